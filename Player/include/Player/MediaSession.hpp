@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+
+#include "Player/Properties.hpp"
+#include "Player/Reception.hpp"
+#include "Player/Time.hpp"
+
+namespace Player {
+
+class MediaHandler;
+
+/// A session with a media server, driven by its owner through these operations alone.
+/// All of them may throw `Exception` kinds; the session can be played again afterwards.
+class MediaSession : public SharedObject {
+public:
+    MediaSession() : SharedObject(0) {}
+
+    /// Reads every setting anew; an absent one returns to its default.
+    virtual void Configure(const Properties& aConfig) = 0;
+    /// Starts the presentation, or switches to it, at `aStart`; tracks and ranges go to `aHandler`.
+    virtual void Play(MediaHandler& aHandler, const std::string& aURL, Time aStart) = 0;
+    virtual void Seek(MediaHandler& aHandler, Time aTo) = 0;
+    virtual void Pause(MediaHandler& aHandler) = 0;
+    virtual void Resume(MediaHandler& aHandler) = 0;
+    /// Ends the presentation and keeps the connection.
+    virtual void Stop(MediaHandler& aHandler) = 0;
+    /// Ends the presentation and the connection.
+    virtual void Close(MediaHandler& aHandler) = 0;
+
+    /// Takes in what has arrived. True when media of the track may be delivered.
+    virtual bool Fill(UInt aTrack) = 0;
+    /// Delivers what is queued. True when anything was.
+    virtual bool Fetch(UInt aTrack) = 0;
+    /// Both: takes in and delivers.
+    virtual bool Produce(UInt aTrack) = 0;
+
+    /// Figures for tools; all zero for a track that is not there.
+    virtual Reception TrackReception(UInt aTrack) const;
+};
+
+}  // namespace Player

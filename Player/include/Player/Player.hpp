@@ -1,0 +1,22 @@
+#pragma once
+
+/// All of the media client library.
+#include "Player/Assert.hpp"
+#include "Player/Buffer.hpp"
+#include "Player/Consumer.hpp"
+#include "Player/Exception.hpp"
+#include "Player/MediaHandler.hpp"
+#include "Player/MediaPlayer.hpp"
+#include "Player/MediaSession.hpp"
+#include "Player/MediaTrack.hpp"
+#include "Player/Mem.hpp"
+#include "Player/Packet.hpp"
+#include "Player/Processor.hpp"
+#include "Player/Properties.hpp"
+#include "Player/Ptr.hpp"
+#include "Player/Reception.hpp"
+#include "Player/Report.hpp"
+#include "Player/SharedObject.hpp"
+#include "Player/String.hpp"
+#include "Player/Time.hpp"
+#include "Player/Types.hpp"

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Player/Types.hpp"
+
+namespace Player {
+
+/// Base of every object that is shared through `SharedPtr`: an intrusive count of its owners.
+/// The count is a plain integer: one thread at a time may retain and release an object.
+class SharedObject {
+public:
+    /// `aRefCount` owners from the start; 0 for an object that is handed to a `SharedPtr` next.
+    explicit SharedObject(UInt aRefCount) : mRefCount(aRefCount) {}
+    /// A copy is an object of its own that nobody owns yet.
+    SharedObject(const SharedObject& /*aOther*/) : mRefCount(0) {}
+    SharedObject& operator=(const SharedObject& /*aOther*/) { return *this; }
+    /// Asserts that no owner is left.
+    virtual ~SharedObject();
+
+    void Retain() const { ++mRefCount; }
+    /// Gives up one reference; the last one deletes the object.
+    void Release() const;
+    UInt GetRefCount() const { return mRefCount; }
+
+private:
+    mutable UInt mRefCount;
+};
+
+}  // namespace Player

@@ -1,0 +1,11 @@
+#include "Player/Consumer.hpp"
+
+#include "Throw.hpp"
+
+namespace Player {
+
+void Consumer::Attach(const SharedPtr<Processor, SharedObject>& /*aNext*/) {
+    PLAYER_THROW(SystemErr, 2, "Consumer::Attach(): Should never be called");
+}
+
+}  // namespace Player

@@ -1,0 +1,35 @@
+#include "RTP/Transport.hpp"
+
+namespace Player::RTP {
+
+void Transport::SetTrackLocalIP(TrackIdx /*aIdx*/, const String& /*aIP*/) {}
+
+void Transport::SetTrackLocalPorts(TrackIdx /*aIdx*/, const String& /*aPorts*/) {}
+
+String Transport::GetTrackLocalIP(TrackIdx /*aIdx*/) const {
+    return String();
+}
+
+String Transport::GetTrackLocalPorts(TrackIdx /*aIdx*/) const {
+    return String();
+}
+
+void Transport::SetTrackRemoteIP(TrackIdx /*aIdx*/, const String& /*aIP*/) {}
+
+void Transport::SetTrackRemotePorts(TrackIdx /*aIdx*/, const String& /*aPorts*/) {}
+
+String Transport::GetTrackRemoteIP(TrackIdx /*aIdx*/) const {
+    return String();
+}
+
+String Transport::GetTrackRemotePorts(TrackIdx /*aIdx*/) const {
+    return String();
+}
+
+void Transport::SetInterLeavedChannelIdentifier(TrackIdx /*aIdx*/, const String& /*aChannels*/) {}
+
+int Transport::GetChannelIndexByChannelIdentifier(int /*aChannel*/) const {
+    return 0;
+}
+
+}  // namespace Player::RTP

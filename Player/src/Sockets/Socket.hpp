@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Player/Types.hpp"
+#include "Sockets/Address.hpp"
+
+namespace Player {
+
+/// Owns a descriptor and closes it. Failures throw `NetworkErr` with the number of the operation; the
+/// socket stays open then. Sending never raises SIGPIPE; an interrupted wait goes on with the time left.
+class Socket {
+public:
+    /// Results of `Read` that are no byte counts.
+    static constexpr SInt kClosed = 0;
+    static constexpr SInt kNoData = -1;
+    static constexpr SInt kTimeOut = -3;
+
+    /// Adopts the descriptor.
+    explicit Socket(UInt aSocket) : mSocket(static_cast<SInt>(aSocket)) {}
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+    virtual ~Socket();
+
+    /// Blocking. Throws 35.
+    SInt Connect(const Address& aAddr);
+    /// For a socket in non-blocking mode; waits so many whole seconds. Throws 35.
+    SInt Connect(const Address& aAddr, UInt aTimeoutSec);
+    /// Throws 34.
+    SInt Bind(const Address& aAddr);
+    /// One `recv`: the byte count, `kClosed` or `kNoData`. Throws 38.
+    SInt Read(void* aData, UInt aSize);
+    /// Waits so many whole seconds first: `kTimeOut` when nothing came. Throws 38.
+    SInt Read(void* aData, UInt aSize, UInt aTimeoutSec);
+    /// One `send`: the byte count, perhaps less than `aSize`, or `kNoData` when the socket takes none now. Throws 39.
+    SInt Write(const void* aData, UInt aSize);
+    /// Whether the peer has ended the connection and nothing is left to read.
+    bool HasClosed() const;
+    /// Throws 33, like the next two.
+    SInt KeepAlive(bool aEnable);
+    SInt RecvBufferSize(UInt aBytes);
+    /// Sets the descriptor's status flags to `O_NONBLOCK` alone, or to none.
+    SInt NonBlockingMode(bool aEnable);
+
+protected:
+    SInt Descriptor() const { return mSocket; }
+    /// Closes the descriptor and adopts another.
+    void Replace(SInt aSocket);
+
+private:
+    SInt mSocket;
+};
+
+}  // namespace Player

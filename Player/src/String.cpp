@@ -1,0 +1,101 @@
+#include "Player/String.hpp"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <algorithm>
+
+#include "Player/Assert.hpp"
+#include "Player/Ptr.hpp"
+
+namespace Player {
+
+namespace {
+
+constexpr SInt kLocalSize = 1024;
+
+std::string Trimmed(const std::string& aText, std::size_t aBegin, std::size_t aEnd, const char* aTrim) {
+    const std::string lPiece = aText.substr(aBegin, aEnd - aBegin);
+    const std::size_t lFirst = lPiece.find_first_not_of(aTrim);
+    if (std::string::npos == lFirst) { return std::string(); }
+    return lPiece.substr(lFirst, lPiece.find_last_not_of(aTrim) - lFirst + 1);
+}
+
+/// Position of the separator at or after `aFrom`, or the end of the text.
+std::size_t FindOrEnd(const std::string& aText, char aSep, std::size_t aFrom) {
+    const std::size_t lPos = aText.find(aSep, aFrom);
+    return std::string::npos == lPos ? aText.size() : lPos;
+}
+
+/// 64-bit on every machine, so that overlong numbers read alike on all of them.
+UInt LowBits(const std::string& aText, int aBase) {
+    return static_cast<UInt>(std::strtoull(aText.c_str(), nullptr, aBase));
+}
+
+}  // namespace
+
+void Split(const std::string& aText, char aSep, std::vector<std::string>& aOut, const char* aTrim) {
+    for (std::size_t lBegin = 0; lBegin < aText.size();) {
+        const std::size_t lEnd = FindOrEnd(aText, aSep, lBegin);
+        aOut.push_back(Trimmed(aText, lBegin, lEnd, aTrim));
+        lBegin = lEnd + 1;
+    }
+}
+
+void SplitToMap(const std::string& aText, char aPairSep, char aKeyValSep, std::map<std::string, std::string>& aOut,
+                const char* aTrim) {
+    for (std::size_t lBegin = 0; lBegin < aText.size();) {
+        const std::size_t lEnd = FindOrEnd(aText, aPairSep, lBegin);
+        const std::size_t lKeyEnd = std::min(FindOrEnd(aText, aKeyValSep, lBegin), lEnd);
+        const std::size_t lValBegin = std::min(lKeyEnd + 1, lEnd);
+        aOut[Trimmed(aText, lBegin, lKeyEnd, aTrim)] = Trimmed(aText, lValBegin, lEnd, aTrim);
+        lBegin = lEnd + 1;
+    }
+}
+
+UInt DecimalToUInt(const std::string& aText, UInt aDefault) {
+    return aText.empty() ? aDefault : LowBits(aText, 10);
+}
+
+UInt HexToUInt(const std::string& aText) {
+    return LowBits(aText, 16);
+}
+
+std::string StringWithFormat(const char* aFmt, ...) {
+    va_list lArgs;
+    va_start(lArgs, aFmt);
+    std::string lText = StringWithVAFormat(aFmt, &lArgs);
+    va_end(lArgs);
+    return lText;
+}
+
+std::string StringWithVAFormat(const char* aFmt, void* aArgs) {
+    if (nullptr == aFmt) { return std::string(); }
+    Char lLocal[kLocalSize];
+    const SInt lLength = CStrWithFormatVA(lLocal, kLocalSize, aFmt, aArgs);
+    if (lLength < 0) { return std::string(); }
+    if (lLength < kLocalSize) { return std::string(lLocal, static_cast<std::size_t>(lLength)); }
+
+    const ScopedArray<Char> lHeap(new Char[static_cast<std::size_t>(lLength) + 1]);
+    CStrWithFormatVA(lHeap.Ptr(), lLength + 1, aFmt, aArgs);
+    return std::string(lHeap.Ptr(), static_cast<std::size_t>(lLength));
+}
+
+SInt CStrWithFormat(Char* aDst, SInt aSize, const Char* aFmt, ...) {
+    va_list lArgs;
+    va_start(lArgs, aFmt);
+    const SInt lLength = CStrWithFormatVA(aDst, aSize, aFmt, &lArgs);
+    va_end(lArgs);
+    return lLength;
+}
+
+SInt CStrWithFormatVA(Char* aDst, SInt aSize, const Char* aFmt, void* aArgs) {
+    PLAYER_ASSERT(0 != aDst && 0 != aSize && 0 != aFmt);
+    va_list lArgs;
+    va_copy(lArgs, *static_cast<va_list*>(aArgs));
+    const SInt lLength = std::vsnprintf(aDst, static_cast<std::size_t>(aSize), aFmt, lArgs);
+    va_end(lArgs);
+    return lLength;
+}
+
+}  // namespace Player

@@ -1,0 +1,18 @@
+# vire_headers_alone(TARGET DIR...): an object library with one source per header below the folders,
+# which includes that header first and alone. TARGET's include folders apply.
+function(vire_headers_alone aTarget)
+    set(lSources)
+    foreach(lDir ${ARGN})
+        file(GLOB_RECURSE lHeaders CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}/${lDir}
+            ${CMAKE_CURRENT_SOURCE_DIR}/${lDir}/*.hpp)
+        foreach(lHeader ${lHeaders})
+            set(lSource ${CMAKE_CURRENT_BINARY_DIR}/alone/${lDir}/${lHeader}.cpp)
+            file(CONFIGURE OUTPUT ${lSource} CONTENT "#include \"@lHeader@\"  // alone\n" @ONLY)
+            list(APPEND lSources ${lSource})
+        endforeach()
+    endforeach()
+    add_library(${aTarget}-headers-alone OBJECT ${lSources})
+    target_link_libraries(${aTarget}-headers-alone PRIVATE ${aTarget})
+    target_include_directories(${aTarget}-headers-alone PRIVATE $<TARGET_PROPERTY:${aTarget},INCLUDE_DIRECTORIES>)
+    vire_warnings(${aTarget}-headers-alone)
+endfunction()

@@ -1,0 +1,12 @@
+# vire_warnings(TARGET): the warnings that our own code is held to, and the sanitizers of the preset.
+set(VIRE_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
+
+if(VIRE_SANITIZE)
+    add_compile_options(-fsanitize=${VIRE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${VIRE_SANITIZE})
+endif()
+
+function(vire_warnings aTarget)
+    target_compile_options(${aTarget} PRIVATE -Wall -Wextra -Wshadow -Wconversion -Wsign-conversion
+        -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+endfunction()
