@@ -1,0 +1,137 @@
+#include "support/Packets.hpp"
+
+#include <stdexcept>
+
+namespace TestSupport {
+
+namespace {
+
+constexpr std::uint8_t kVersion = 0x80;
+constexpr std::uint8_t kPaddingBit = 0x20;
+constexpr std::uint8_t kExtensionBit = 0x10;
+constexpr std::uint8_t kMarkerBit = 0x80;
+
+void Put8(Bytes& aOut, std::uint64_t aValue) {
+    aOut.push_back(static_cast<std::uint8_t>(aValue & 0xff));
+}
+void Put16(Bytes& aOut, std::uint64_t aValue) {
+    Put8(aOut, aValue >> 8);
+    Put8(aOut, aValue);
+}
+void Put32(Bytes& aOut, std::uint64_t aValue) {
+    Put16(aOut, aValue >> 16);
+    Put16(aOut, aValue);
+}
+
+Bytes RtcpHeader(unsigned aCount, unsigned aType, unsigned aWords, std::uint32_t aSsrc) {
+    Bytes lOut;
+    Put8(lOut, kVersion | aCount);
+    Put8(lOut, aType);
+    Put16(lOut, aWords - 1);
+    Put32(lOut, aSsrc);
+    return lOut;
+}
+
+}  // namespace
+
+RtpPacket& RtpPacket::Type(unsigned aType) {
+    mType = aType;
+    return *this;
+}
+
+RtpPacket& RtpPacket::Marker(bool aMarker) {
+    mMarker = aMarker;
+    return *this;
+}
+
+RtpPacket& RtpPacket::Seq(unsigned aSeq) {
+    mSeq = aSeq;
+    return *this;
+}
+
+RtpPacket& RtpPacket::Timestamp(std::uint32_t aTimestamp) {
+    mTimestamp = aTimestamp;
+    return *this;
+}
+
+RtpPacket& RtpPacket::Ssrc(std::uint32_t aSsrc) {
+    mSsrc = aSsrc;
+    return *this;
+}
+
+RtpPacket& RtpPacket::Csrcs(const std::vector<std::uint32_t>& aCsrcs) {
+    mCsrcs = aCsrcs;
+    return *this;
+}
+
+RtpPacket& RtpPacket::Extension(unsigned aProfile, const Bytes& aWords) {
+    if (0 != aWords.size() % 4) { throw std::invalid_argument("an extension consists of whole words"); }
+    mExtended = true;
+    mExtension.clear();
+    Put16(mExtension, aProfile);
+    Put16(mExtension, aWords.size() / 4);
+    mExtension.insert(mExtension.end(), aWords.begin(), aWords.end());
+    return *this;
+}
+
+RtpPacket& RtpPacket::Padding(unsigned aCount) {
+    mPadding = aCount;
+    return *this;
+}
+
+RtpPacket& RtpPacket::Payload(const Bytes& aPayload) {
+    mPayload = aPayload;
+    return *this;
+}
+
+Bytes RtpPacket::Build() const {
+    Bytes lOut;
+    Put8(lOut, kVersion | (0 != mPadding ? kPaddingBit : 0U) | (mExtended ? kExtensionBit : 0U) | mCsrcs.size());
+    Put8(lOut, (mMarker ? kMarkerBit : 0U) | mType);
+    Put16(lOut, mSeq);
+    Put32(lOut, mTimestamp);
+    Put32(lOut, mSsrc);
+    for (const auto lCsrc : mCsrcs) {
+        Put32(lOut, lCsrc);
+    }
+    lOut.insert(lOut.end(), mExtension.begin(), mExtension.end());
+    lOut.insert(lOut.end(), mPayload.begin(), mPayload.end());
+    for (unsigned i = 1; i <= mPadding; ++i) {
+        Put8(lOut, i == mPadding ? mPadding : 0U);
+    }
+    return lOut;
+}
+
+Bytes SenderReport(std::uint32_t aSsrc, std::uint64_t aNtp, std::uint32_t aRtpTime, std::uint32_t aPackets,
+                   std::uint32_t aOctets) {
+    Bytes lOut = RtcpHeader(0, 200, 7, aSsrc);
+    Put32(lOut, aNtp >> 32);
+    Put32(lOut, aNtp);
+    Put32(lOut, aRtpTime);
+    Put32(lOut, aPackets);
+    Put32(lOut, aOctets);
+    return lOut;
+}
+
+Bytes EmptyReceiverReport(std::uint32_t aSsrc) {
+    return RtcpHeader(0, 201, 2, aSsrc);
+}
+
+Bytes Goodbye(std::uint32_t aSsrc) {
+    return RtcpHeader(1, 203, 2, aSsrc);
+}
+
+Bytes InterleavedFrame(unsigned aChannel, const Bytes& aPacket) {
+    Bytes lOut;
+    Put8(lOut, '$');
+    Put8(lOut, aChannel);
+    Put16(lOut, aPacket.size());
+    return lOut + aPacket;
+}
+
+Bytes operator+(Bytes aA, const Bytes& aB) {
+    aA.insert(aA.end(), aB.begin(), aB.end());
+    return aA;
+}
+
+}  // namespace TestSupport

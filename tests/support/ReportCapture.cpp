@@ -1,0 +1,36 @@
+#include "support/ReportCapture.hpp"
+
+#include <algorithm>
+
+namespace TestSupport {
+
+void ReportCapture::Report(const char* /*aFile*/, Player::UInt /*aLine*/, Player::Severity aSeverity,
+                           const char* aMessage) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mEntries.emplace_back(aSeverity, aMessage);
+}
+
+std::vector<ReportCapture::Entry> ReportCapture::All() const {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    return mEntries;
+}
+
+std::vector<std::string> ReportCapture::Messages(Player::Severity aSeverity) const {
+    std::vector<std::string> lMessages;
+    for (const auto& lEntry : All()) {
+        if (lEntry.first == aSeverity) { lMessages.push_back(lEntry.second); }
+    }
+    return lMessages;
+}
+
+std::size_t ReportCapture::Count(Player::Severity aSeverity, const std::string& aMessage) const {
+    const auto lMessages = Messages(aSeverity);
+    return static_cast<std::size_t>(std::count(lMessages.begin(), lMessages.end(), aMessage));
+}
+
+void ReportCapture::Clear() {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mEntries.clear();
+}
+
+}  // namespace TestSupport

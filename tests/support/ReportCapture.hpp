@@ -1,0 +1,34 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Player/Report.hpp"
+
+namespace TestSupport {
+
+/// Collects the library's reports while it lives, instead of printing them.
+class ReportCapture : public Player::Reporter {
+public:
+    using Entry = std::pair<Player::Severity, std::string>;
+
+    ReportCapture() { Player::SetReporter(this); }
+    ~ReportCapture() override { Player::SetDefaultReporter(); }
+
+    void Report(const char* aFile, Player::UInt aLine, Player::Severity aSeverity, const char* aMessage) override;
+
+    std::vector<Entry> All() const;
+    /// The messages of one severity, in order.
+    std::vector<std::string> Messages(Player::Severity aSeverity) const;
+    /// How often this was reported, word for word.
+    std::size_t Count(Player::Severity aSeverity, const std::string& aMessage) const;
+    void Clear();
+
+private:
+    mutable std::mutex mMutex;
+    std::vector<Entry> mEntries;
+};
+
+}  // namespace TestSupport
