@@ -1,0 +1,123 @@
+// Serves one presentation with gst-rtsp-server, for tests and demonstrations. Prints its URL as one line on
+// standard output once it accepts connections; ends on SIGTERM, SIGINT and when standard input ends.
+
+#include <glib-unix.h>
+#include <gst/rtsp-server/rtsp-server.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+struct Options {
+    gchar* mAddress = nullptr;
+    gint mPort = 0;
+    gchar* mPath = nullptr;
+    gchar* mLaunch = nullptr;
+    gchar* mFile = nullptr;
+    gint mMTU = 1400;
+    gchar* mAggregate = nullptr;
+    gboolean mTCPOnly = FALSE;
+    gboolean mUDPOnly = FALSE;
+    gboolean mShared = FALSE;
+};
+
+[[noreturn]] void Fail(const std::string& aText) {
+    std::fprintf(stderr, "rtsp_server: %s\n", aText.c_str());
+    std::exit(1);
+}
+
+void Parse(int aCount, char** aTexts, Options& aOptions) {
+    const GOptionEntry lEntries[] = {
+        {"address", 'a', 0, G_OPTION_ARG_STRING, &aOptions.mAddress, "Address to listen on (127.0.0.1)", "IP"},
+        {"port", 'p', 0, G_OPTION_ARG_INT, &aOptions.mPort, "Port to listen on (0: any free one)", "N"},
+        {"path", 0, 0, G_OPTION_ARG_STRING, &aOptions.mPath, "Where the presentation is (/clip)", "/PATH"},
+        {"launch", 'l', 0, G_OPTION_ARG_STRING, &aOptions.mLaunch, "Bin that ends in payloaders pay0, pay1 ...", "BIN"},
+        {"file", 'f', 0, G_OPTION_ARG_FILENAME, &aOptions.mFile, "H.264 to serve: .mp4, or .h264 in Annex B", "FILE"},
+        {"mtu", 0, 0, G_OPTION_ARG_INT, &aOptions.mMTU, "Largest RTP packet of --file (1400)", "BYTES"},
+        {"aggregate", 0, 0, G_OPTION_ARG_STRING, &aOptions.mAggregate,
+         "Joining of NAL units of --file: none, zero-latency or max-stap (none)", "MODE"},
+        {"tcp-only", 0, 0, G_OPTION_ARG_NONE, &aOptions.mTCPOnly, "Refuse RTP over UDP", nullptr},
+        {"udp-only", 0, 0, G_OPTION_ARG_NONE, &aOptions.mUDPOnly, "Refuse RTP over the RTSP connection", nullptr},
+        {"shared", 0, 0, G_OPTION_ARG_NONE, &aOptions.mShared, "All clients see one and the same play", nullptr},
+        {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
+    };
+    GOptionContext* const lContext = g_option_context_new("- serve one presentation over RTSP");
+    g_option_context_add_main_entries(lContext, lEntries, nullptr);
+    g_option_context_add_group(lContext, gst_init_get_option_group());
+    GError* lError = nullptr;
+    if (!g_option_context_parse(lContext, &aCount, &aTexts, &lError)) { Fail(lError->message); }
+    g_option_context_free(lContext);
+    if ((nullptr == aOptions.mLaunch) == (nullptr == aOptions.mFile)) { Fail("give either --launch or --file"); }
+}
+
+/// The NAL units of the file go out as they are: nothing is inserted, joined only when asked to.
+std::string LaunchForFile(const Options& aOptions) {
+    const std::string lFile = aOptions.mFile;
+    const bool lIsMP4 = lFile.size() > 4 && 0 == lFile.compare(lFile.size() - 4, 4, ".mp4");
+    gchar* const lQuoted = g_strescape(aOptions.mFile, nullptr);
+    const std::string lSource =
+        std::string("( filesrc location=\"") + lQuoted + "\" ! " +
+        (lIsMP4 ? "qtdemux ! h264parse config-interval=0 disable-passthrough=false" : "h264parse config-interval=0");
+    g_free(lQuoted);
+    return lSource + " ! rtph264pay name=pay0 pt=96 config-interval=0 mtu=" + std::to_string(aOptions.mMTU) +
+           " aggregate-mode=" + (nullptr == aOptions.mAggregate ? "none" : aOptions.mAggregate) + " )";
+}
+
+GstRTSPMediaFactory* MakeFactory(const Options& aOptions) {
+    GstRTSPMediaFactory* const lFactory = gst_rtsp_media_factory_new();
+    const std::string lLaunch = nullptr != aOptions.mLaunch ? aOptions.mLaunch : LaunchForFile(aOptions);
+    gst_rtsp_media_factory_set_launch(lFactory, lLaunch.c_str());
+    gst_rtsp_media_factory_set_shared(lFactory, aOptions.mShared);
+    int lProtocols = GST_RTSP_LOWER_TRANS_UDP | GST_RTSP_LOWER_TRANS_TCP;
+    if (aOptions.mTCPOnly) { lProtocols = GST_RTSP_LOWER_TRANS_TCP; }
+    if (aOptions.mUDPOnly) { lProtocols = GST_RTSP_LOWER_TRANS_UDP; }
+    gst_rtsp_media_factory_set_protocols(lFactory, static_cast<GstRTSPLowerTrans>(lProtocols));
+    return lFactory;
+}
+
+gboolean Quit(gpointer aLoop) {
+    g_main_loop_quit(static_cast<GMainLoop*>(aLoop));
+    return G_SOURCE_CONTINUE;
+}
+
+gboolean QuitAtEnd(GIOChannel* aInput, GIOCondition /*aCondition*/, gpointer aLoop) {
+    gchar lByte;
+    gsize lRead = 0;
+    if (G_IO_STATUS_NORMAL == g_io_channel_read_chars(aInput, &lByte, 1, &lRead, nullptr)) { return TRUE; }
+    g_main_loop_quit(static_cast<GMainLoop*>(aLoop));
+    return FALSE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options lOptions;
+    Parse(argc, argv, lOptions);
+    const char* const lPath = nullptr != lOptions.mPath ? lOptions.mPath : "/clip";
+    const char* const lAddress = nullptr != lOptions.mAddress ? lOptions.mAddress : "127.0.0.1";
+
+    GMainLoop* const lLoop = g_main_loop_new(nullptr, FALSE);
+    GstRTSPServer* const lServer = gst_rtsp_server_new();
+    gst_rtsp_server_set_address(lServer, lAddress);
+    gst_rtsp_server_set_service(lServer, std::to_string(lOptions.mPort).c_str());
+    GstRTSPMountPoints* const lMounts = gst_rtsp_server_get_mount_points(lServer);
+    gst_rtsp_mount_points_add_factory(lMounts, lPath, MakeFactory(lOptions));
+    g_object_unref(lMounts);
+    if (0 == gst_rtsp_server_attach(lServer, nullptr)) { Fail("can't listen on this address and port"); }
+
+    std::printf("rtsp://%s:%d%s\n", lAddress, gst_rtsp_server_get_bound_port(lServer), lPath);
+    std::fflush(stdout);
+
+    g_unix_signal_add(SIGTERM, Quit, lLoop);
+    g_unix_signal_add(SIGINT, Quit, lLoop);
+    GIOChannel* const lInput = g_io_channel_unix_new(0);
+    g_io_add_watch(lInput, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR | G_IO_NVAL), QuitAtEnd, lLoop);
+    g_main_loop_run(lLoop);
+
+    g_io_channel_unref(lInput);
+    g_object_unref(lServer);
+    g_main_loop_unref(lLoop);
+    return 0;
+}
