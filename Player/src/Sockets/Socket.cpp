@@ -111,8 +111,21 @@ SInt Socket::Receive(void* aData, UInt aSize, int aFlags) {
 }
 
 SInt Socket::Write(const void* aData, UInt aSize) {
+    return Send(aData, aSize, 0);
+}
+
+SInt Socket::Write(const void* aData, UInt aSize, UInt aTimeoutSec) {
+    const SInt lReady = Sockets::Wait(mSocket, Readiness::kWritable, aTimeoutSec);
+    if (lReady < 0) {
+        const UInt lError = LastError();
+        PLAYER_THROW(NetworkErr, 39, "Socket::Write(): Failed to write [%u]", lError);
+    }
+    return 0 == lReady ? kTimeOut : Send(aData, aSize, MSG_DONTWAIT);
+}
+
+SInt Socket::Send(const void* aData, UInt aSize, int aFlags) {
     PLAYER_ASSERT(0 == (aSize >> 31));
-    const ssize_t lCount = Uninterrupted([&] { return ::send(mSocket, aData, aSize, MSG_NOSIGNAL); });
+    const ssize_t lCount = Uninterrupted([&] { return ::send(mSocket, aData, aSize, MSG_NOSIGNAL | aFlags); });
     return TransferResult(lCount, 39, "Socket::Write(): Failed to write [%u]");
 }
 

@@ -35,6 +35,8 @@ public:
     SInt ReadAvailable(void* aData, UInt aSize);
     /// One `send`: the byte count, perhaps less than `aSize`, or `kNoData` when the socket takes none now. Throws 39.
     SInt Write(const void* aData, UInt aSize);
+    /// Waits so many whole seconds for room first, and never longer: `kTimeOut` when there was none. Throws 39.
+    SInt Write(const void* aData, UInt aSize, UInt aTimeoutSec);
     /// Whether the peer has ended the connection and nothing is left to read.
     bool HasClosed() const;
     /// Throws 33, like the next two.
@@ -51,6 +53,7 @@ protected:
 
 private:
     SInt Receive(void* aData, UInt aSize, int aFlags);
+    SInt Send(const void* aData, UInt aSize, int aFlags);
 
     SInt mSocket;
 };
