@@ -1,9 +1,9 @@
 #include "Player/String.hpp"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <algorithm>
 
 #include "Player/Assert.hpp"
 #include "Player/Ptr.hpp"

@@ -18,7 +18,9 @@ const T& Max(const T& aA, const T& aB) {
     return aA < aB ? aB : aA;
 }
 
-inline int Abs(int aValue) { return aValue < 0 ? -aValue : aValue; }
+inline int Abs(int aValue) {
+    return aValue < 0 ? -aValue : aValue;
+}
 
 }  // namespace Util
 

@@ -1,0 +1,159 @@
+#pragma once
+
+#include <list>
+#include <string>
+#include <vector>
+
+#include "MediaSessions/RTSP/Configuration.hpp"
+#include "MediaSessions/RTSP/Connection.hpp"
+#include "MediaSessions/RTSP/Messages.hpp"
+#include "MediaSessions/RTSP/Request.hpp"
+#include "Player/MediaHandler.hpp"
+#include "Player/MediaSession.hpp"
+#include "Player/Processor.hpp"
+#include "Player/Properties.hpp"
+#include "Player/Ptr.hpp"
+#include "RTP/Transport.hpp"
+
+namespace Player::MediaSessions {
+
+/// An RTSP/1.0 client session (RFC 2326) with the 3GPP extensions for pipelined start-up and for switching
+/// to another presentation without a new set-up (3GPP TS 26.234 section 5.5).
+///
+/// The class holds what is known of the presentation and decides what is said when; each concern has its
+/// file below RTSP/: connection, messages, request texts, start-up, switching, description, play state,
+/// control. A failure throws; the session can be played again afterwards.
+class RTSP : public MediaSession {
+public:
+    RTSP();
+    ~RTSP() override;
+
+    void Configure(const Properties& aConfig) override;
+    void Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) override;
+    void Seek(MediaHandler& aHandler, Time aTo) override;
+    void Pause(MediaHandler& aHandler) override;
+    void Resume(MediaHandler& aHandler) override;
+    void Stop(MediaHandler& aHandler) override;
+    void Close(MediaHandler& aHandler) override;
+    bool Fill(UInt aTrack) override;
+    bool Fetch(UInt aTrack) override;
+    bool Produce(UInt aTrack) override;
+    Reception TrackReception(UInt aTrack) const override;
+
+private:
+    /// A track that is set up; its index is that of the transport's track.
+    struct Stream {
+        SharedPtr<Properties, SharedObject> mProperties;
+        /// Head of the depacketizer chain.
+        SharedPtr<Processor, SharedObject> mProcessor;
+    };
+
+    /// A state whose high byte is 1 is active: the server was asked to send.
+    enum PlayState : UInt { Stopped = 0, Paused = 1, WaitData = 0x100, Buffering = 0x101, Playing = 0x102 };
+
+    // Start-up (StartUp.cpp).
+    /// `Close`, whose failure is reported and goes no further.
+    void LeaveServer(MediaHandler& aHandler);
+    void DoDescribe(MediaHandler& aHandler);
+    bool RecvDescribe(UInt aCSeq);
+    void OfferTracks(MediaHandler& aHandler);
+    /// Makes the chain of an offered track: depacketizer and consumer. False when there is none for it, or
+    /// the handler refuses the track.
+    bool BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream& aStream);
+    void DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching);
+    void CreateTransport();
+    void ReleaseTransport();
+    void SetUpTracks();
+    bool RecvSetup(UInt aCSeq, TrackIdx aIdx);
+    bool RecvPlay(UInt aCSeq, bool aSwitching);
+    void FinishPlay(MediaHandler& aHandler);
+    void FinishPipelinedPlay(MediaHandler& aHandler);
+    void StartPlaying(MediaHandler& aHandler);
+
+    // Switching to another presentation of the same server (Switch.cpp).
+    void FinishSwitch(MediaHandler& aHandler, Time aFrom);
+    void SwitchTracks(MediaHandler& aHandler);
+    void SwitchTrack(MediaHandler& aHandler, TrackIdx aIdx);
+
+    // What the server says about the presentation (TrackSetUp.cpp).
+    void HandleSDP(const Buffer& aBody, const std::string& aBase);
+    void HandleTrackVars(TrackIdx aIdx, const std::string& aParams);
+    void HandleRange(const std::string& aValue);
+    void HandleRTPInfo(const std::string& aValue);
+    void ForgetDescription();
+    /// The session's value of a key, else the first that a track has.
+    std::string FirstInDescription(const char* aKey) const;
+    /// The first described track of that media type, or null.
+    const Properties* DescribedTrack(const std::string& aMediaType) const;
+
+    // Play state (PlayState.cpp).
+    void EnterState(PlayState aState, const char* aName);
+    bool IsActive() const { return 1 == mState >> 8; }
+    bool HasEnded(TrackIdx aIdx);
+    /// Whether the track holds enough to start; also when no more will come.
+    bool HasBuffered(TrackIdx aIdx);
+
+    // Pause, resume, seek, teardown and the levels of reset (Control.cpp).
+    void DoPause();
+    bool RecvPause(UInt aCSeq);
+    void DoResume();
+    void DoSeek(MediaHandler& aHandler, Time aTo);
+    void DoTeardown(MediaHandler& aHandler, bool aReconnect);
+    bool RecvTeardown(UInt aCSeq, bool aReconnect);
+    void DoConnectionReset() { mConnection.DoConnectionReset(); }
+    void DoCommonReset();
+    void DoSessionReset();
+    void DoFullReset();
+
+    // Requests (Requests.cpp): each assembles one and sends it; none waits for the response.
+    void SendDescribe();
+    void SendSetup(TrackIdx aIdx);
+    void SendPlay(Time aFrom, bool aSwitching);
+    void SendPlayFrom(Time aFrom);
+    void SendPlayOn();
+    void SendPause();
+    void SendTeardown();
+    Request NewRequest(const char* aMethod, const std::string& aURL);
+    std::string TransportLine(TrackIdx aIdx) const;
+    void Send(const Request& aRequest, const char* aMethod, const std::string& aURL);
+
+    /// Throws the refusal of the last response as `aFunction`: `aWhat`, status, reason.
+    [[noreturn]] void ThrowRefused(const char* aFunction, const char* aWhat) const;
+    const std::string& URL() const { return mConnection.URL(); }
+
+    Configuration mConfiguration;
+    Connection mConnection;
+    Messages mMessages;
+
+    /// CSeq of the last request sent.
+    UInt mCSeq = 0;
+    UInt mPipelinedRequests = 0;
+    // What the server says it can do.
+    bool mPipelined = false;
+    bool mSwitchSupported = false;
+    bool mServerIsStrand = false;
+
+    // What the server describes.
+    SharedPtr<Properties, SharedObject> mSessionProperties;
+    std::list<SharedPtr<Properties, SharedObject>> mTrackProperties;
+    Time mAvailableStart;
+    Time mAvailableEnd;
+
+    // What is set up.
+    std::string mSessionId;
+    std::vector<Stream> mStreams;
+    ScopedPtr<RTP::Transport> mTransport;
+    /// Tracks that the transport has: fewer than streams after a set-up that failed on the way.
+    UInt mTracksAdded = 0;
+    /// The handler has accepted tracks that it was not told to discard.
+    bool mHandlerHasTracks = false;
+
+    // What is played.
+    Time mPlayingStart;
+    Time mPlayingEnd;
+    PlayState mState = Stopped;
+    /// When `mState` last changed.
+    Time mStateTime;
+};
+
+}  // namespace Player::MediaSessions

@@ -1,0 +1,221 @@
+#include "MediaSessions/RTSP/Connection.hpp"
+
+#include <cerrno>
+
+#include "MediaSessions/RTSP/URL.hpp"
+#include "Player/Mem.hpp"
+#include "Throw.hpp"
+
+namespace Player::MediaSessions {
+
+namespace {
+
+constexpr UInt kOutCapacity = 2048;
+constexpr UInt kInCapacity = 4096;
+/// A single read can't bring more than this, so no more room is made for a message that claims to be larger.
+constexpr UInt kMaxRead = 2 * 1024 * 1024;
+/// Consumed and unconsumed bytes of one message: wide enough for any description, an end for one that never ends.
+constexpr UInt kMaxBuffered = 4 * 1024 * 1024;
+/// One drain takes in so much at most; what is left waits in the socket for the next.
+constexpr UInt kMaxDrain = 128 * 1024;
+
+constexpr char kCR = 13;
+constexpr char kLF = 10;
+
+}  // namespace
+
+Connection::Connection(const Configuration& aConfig) : mConfig(aConfig), mOutBuf(kOutCapacity), mInBuf(kInCapacity) {}
+
+void Connection::DoConnect(const std::string& aAuthority) {
+    DoConnectionReset();
+    DoReconnect(aAuthority);
+}
+
+void Connection::DoReconnect(const std::string& aAuthority) {
+    const std::string& lProxy = mConfig.mUseProxy;
+    const char* const lVia = lProxy.empty() ? "None" : lProxy.c_str();
+    Report(__FILE__, __LINE__, Severity::Info, "Connecting to RTSP server: %s, Via proxy: %s", aAuthority.c_str(),
+           lVia);
+    try {
+        const auto [lHost, lPort] = URL::Address(lProxy.empty() ? aAuthority : lProxy);
+        mSocket.Set(new Sockets::TCP);
+        if (!mConfig.mUseLocalIP.empty()) { mSocket->Bind(Address(mConfig.mUseLocalIP.c_str(), nullptr)); }
+        mServerAddress.Lookup(lHost.c_str(), lPort.c_str());
+        mSocket->NonBlockingMode(true);
+        mSocket->Connect(mServerAddress, mConfig.mTimeOutAfter);
+        mSocket->NonBlockingMode(false);
+        Report(__FILE__, __LINE__, Severity::Info, "Connected to IP: %s", mServerAddress.HostAsString(true).c_str());
+    } catch (...) {
+        mSocket.Set(nullptr);
+        Report(__FILE__, __LINE__, Severity::Error, "Failed to connect to RTSP server: %s, Via proxy: %s",
+               aAuthority.c_str(), lVia);
+        throw;
+    }
+}
+
+void Connection::DoConnectionReset() {
+    mReadPos = 0;
+    mInBuf.Clear();
+    mOutBuf.Clear();
+    mSocket.Set(nullptr);
+}
+
+void Connection::Normalize() {
+    const UInt lLeft = Left();
+    Mem::Move(mInBuf.Begin(), mInBuf.Begin() + mReadPos, lLeft);
+    mInBuf.Resize(lLeft);
+    mReadPos = 0;
+}
+
+bool Connection::FillBuf(UInt aSize) {
+    try {
+        if (!IsOpen()) { return false; }
+        if (mInBuf.Size() >= kMaxBuffered) {
+            PLAYER_THROW(RTSPErr, 2, "RTSP::FillBuf(): %s: %s", "Invalid response", "Message too long");
+        }
+        mInBuf.Reserve(mReadPos + Util::Max(Util::Min(aSize, kMaxRead), Left() + 1));
+        const UInt lEnd = mInBuf.Size();
+        const SInt lResult = mSocket->Read(mInBuf + lEnd, mInBuf.Capacity() - lEnd, mConfig.mTimeOutAfter);
+        if (lResult < 0) {
+            const int lErrno = errno;
+            PLAYER_THROW(NetworkErr, 38, "RTSP::FillBuf(): %s [%u, %d]", "Failed to read from RTSP socket",
+                         static_cast<UInt>(lErrno), lResult);
+        }
+        mInBuf.Resize(lEnd + static_cast<UInt>(lResult));
+        return 0 != lResult && Have(aSize);
+    } catch (...) {
+        DoConnectionReset();
+        throw;
+    }
+}
+
+bool Connection::FillInterleavedBuf() {
+    const UInt lBefore = mInBuf.Size();
+    try {
+        for (bool lMore = IsOpen(); lMore;) {
+            const UInt lEnd = mInBuf.Size();
+            if (lEnd == mInBuf.Capacity()) {
+                if (lEnd >= kMaxDrain) { break; }
+                mInBuf.Reserve(lEnd + 1);
+            }
+            const UInt lFree = mInBuf.Capacity() - lEnd;
+            const SInt lResult = mSocket->ReadAvailable(mInBuf + lEnd, lFree);
+            if (lResult > 0) { mInBuf.Resize(lEnd + static_cast<UInt>(lResult)); }
+            lMore = lResult > 0 && static_cast<UInt>(lResult) == lFree;
+        }
+    } catch (...) {
+        DoConnectionReset();
+        throw;
+    }
+    return mInBuf.Size() > lBefore;
+}
+
+bool Connection::PeekCh(char& aCh, UInt aOff) {
+    if (!Have(aOff + 1) && !FillBuf(aOff + 1)) { return false; }
+    aCh = static_cast<char>(mInBuf[mReadPos + aOff]);
+    return true;
+}
+
+bool Connection::Peek(void* aOut, UInt aSize) {
+    if (!Have(aSize) && !FillBuf(aSize)) { return false; }
+    Mem::Copy(aOut, static_cast<const void*>(mInBuf.Begin() + mReadPos), aSize);
+    return true;
+}
+
+bool Connection::Skip(UInt aSize) {
+    return nullptr != Take(aSize);
+}
+
+Byte* Connection::Take(UInt aSize) {
+    if (!Have(aSize) && !FillBuf(aSize)) { return nullptr; }
+    Byte* const lHere = mInBuf.Begin() + mReadPos;
+    mReadPos += aSize;
+    return lHere;
+}
+
+bool Connection::MeasureLn(Line& aLine) {
+    char lCh = 0;
+    UInt lCount = 0;
+    bool lMore = PeekCh(lCh, 0);
+    if (!lMore) { return false; }
+    while (lMore && kCR != lCh && kLF != lCh) {
+        lMore = PeekCh(lCh, ++lCount);
+    }
+
+    UInt lTerminator = 0;
+    if (lMore) {
+        char lNext = 0;
+        lTerminator = kCR == lCh && PeekCh(lNext, lCount + 1) && kLF == lNext ? 2 : 1;
+    }
+    aLine = {lCount, lTerminator};
+    return true;
+}
+
+std::string Connection::LineText(const Line& aLine) const {
+    return std::string(reinterpret_cast<const char*>(mInBuf.Begin() + mReadPos), aLine.mLength);
+}
+
+bool Connection::PeekLn(std::string& aLine) {
+    Line lLine{};
+    if (!MeasureLn(lLine)) { return false; }
+    aLine = LineText(lLine);
+    return true;
+}
+
+bool Connection::ReadLn(std::string& aLine) {
+    Line lLine{};
+    if (!MeasureLn(lLine)) { return false; }
+    aLine = LineText(lLine);
+    mReadPos += lLine.mLength + lLine.mTerminator;
+    return true;
+}
+
+bool Connection::SkipLn() {
+    Line lLine{};
+    if (!MeasureLn(lLine)) { return false; }
+    mReadPos += lLine.mLength + lLine.mTerminator;
+    return true;
+}
+
+void Connection::WriteLn() {
+    mOutBuf.Append("\r\n", 2);
+}
+
+void Connection::WriteLn(const std::string& aLine) {
+    mOutBuf.Append(aLine.data(), static_cast<UInt>(aLine.size()));
+    WriteLn();
+}
+
+void Connection::Flush() {
+    try {
+        if (!IsOpen() || mSocket->HasClosed()) { DoReconnect(URL::Authority(mURL)); }
+        WriteAll(mOutBuf.Begin(), mOutBuf.Size());
+        mOutBuf.Clear();
+    } catch (...) {
+        DoConnectionReset();
+        throw;
+    }
+}
+
+int Connection::WriteDirectly(const void* aData, UInt aSize) {
+    if (!IsOpen() || mSocket->HasClosed()) { return 0; }
+    try {
+        WriteAll(static_cast<const Byte*>(aData), aSize);
+    } catch (...) {
+        DoConnectionReset();
+        throw;
+    }
+    return static_cast<int>(aSize);
+}
+
+void Connection::WriteAll(const Byte* aData, UInt aSize) {
+    for (UInt lSent = 0; lSent < aSize;) {
+        const SInt lResult = mSocket->Write(aData + lSent, aSize - lSent, mConfig.mTimeOutAfter);
+        if (Socket::kTimeOut == lResult) {
+            PLAYER_THROW(NetworkErr, 39, "RTSP::Flush(): %s", "The server takes nothing in");
+        }
+        if (lResult > 0) { lSent += static_cast<UInt>(lResult); }
+    }
+}
+
+}  // namespace Player::MediaSessions

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <string>
+
+#include "MediaSessions/RTSP/Configuration.hpp"
+#include "Player/Buffer.hpp"
+#include "Player/Ptr.hpp"
+#include "Sockets/TCP.hpp"
+
+namespace Player::MediaSessions {
+
+/// The control connection to the RTSP server or proxy: the socket, what was received from it and not yet
+/// consumed, and the message being written. Reads wait for the configured time-out at most.
+///
+/// What fails on the socket throws `NetworkErr` and leaves the connection reset: closed, buffers empty.
+class Connection {
+public:
+    /// `aConfig` outlives the connection and is read anew each time.
+    explicit Connection(const Configuration& aConfig);
+
+    /// The presentation, whose server a lost connection is opened to again.
+    const std::string& URL() const { return mURL; }
+    void SetURL(const std::string& aURL) { mURL = aURL; }
+    /// Where the socket was connected to: the server, or the proxy.
+    const Address& ServerAddress() const { return mServerAddress; }
+    bool IsOpen() const { return nullptr != mSocket.Ptr(); }
+
+    /// Resets and opens a connection.
+    void DoConnect(const std::string& aAuthority);
+    /// Opens a new connection and keeps what is buffered.
+    void DoReconnect(const std::string& aAuthority);
+    void DoConnectionReset();
+
+    // Reading. What is asked for beyond the buffered bytes is tried with one read of the socket, never
+    // more; where the bytes are still missing then, nothing is consumed and the answer is false.
+    UInt Left() const { return mInBuf.Size() - mReadPos; }
+    bool Have(UInt aSize) const { return Left() >= aSize; }
+    /// Discards the consumed bytes.
+    void Normalize();
+    /// One read that waits. True when `aSize` bytes are there afterwards; false also at the end of the data.
+    bool FillBuf(UInt aSize);
+    /// Takes in what has arrived, without waiting. True when anything had.
+    bool FillInterleavedBuf();
+    /// The byte so many ahead.
+    bool PeekCh(char& aCh, UInt aOff);
+    bool Peek(void* aOut, UInt aSize);
+    bool Skip(UInt aSize);
+    /// Consumes bytes and tells where they lie, or null. Good until the next read.
+    Byte* Take(UInt aSize);
+
+    // A line ends with CR LF, CR, LF or the end of the data. False when there is no byte at all.
+    bool ReadLn(std::string& aLine);
+    bool PeekLn(std::string& aLine);
+    bool SkipLn();
+
+    // Writing: a message is assembled line by line and leaves in one piece.
+    void WriteLn();
+    void WriteLn(const std::string& aLine);
+    /// Sends the message, opening the connection again first when the server has closed it.
+    void Flush();
+    /// Sends bytes past the message. The count, 0 when there is no open connection.
+    int WriteDirectly(const void* aData, UInt aSize);
+
+private:
+    struct Line {
+        UInt mLength;
+        UInt mTerminator;
+    };
+
+    bool MeasureLn(Line& aLine);
+    std::string LineText(const Line& aLine) const;
+    void WriteAll(const Byte* aData, UInt aSize);
+
+    const Configuration& mConfig;
+    std::string mURL;
+    Address mServerAddress;
+    ScopedPtr<Sockets::TCP> mSocket;
+    Buffer mOutBuf;
+    Buffer mInBuf;
+    /// Index in `mInBuf` of the first byte that is not consumed.
+    UInt mReadPos = 0;
+};
+
+}  // namespace Player::MediaSessions

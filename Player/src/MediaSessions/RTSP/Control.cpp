@@ -1,0 +1,123 @@
+#include "MediaSessions/RTSP.hpp"
+#include "MediaSessions/RTSP/URL.hpp"
+#include "Throw.hpp"
+
+namespace Player::MediaSessions {
+
+void RTSP::Pause(MediaHandler& /*aHandler*/) {
+    if (IsActive()) { DoPause(); }
+}
+
+void RTSP::DoPause() {
+    SendPause();
+    if (!RecvPause(mCSeq)) { ThrowRefused("DoPlay", "PAUSE failed"); }
+    mTransport->Fill();
+    const Time lNow = Time::Now();
+    bool lEnded = false;
+    for (TrackIdx lIdx = 0; lIdx < mTracksAdded; ++lIdx) {
+        lEnded = 0 != mTransport->ModifyTrackRTPStack(lIdx).Ended(lNow) || lEnded;
+    }
+    if (lEnded) { EnterState(Stopped, "Stopped"); }
+}
+
+bool RTSP::RecvPause(UInt aCSeq) {
+    const bool lSuccess = mMessages.RecvResponse(aCSeq);
+    if (lSuccess) { EnterState(Paused, "Paused"); }
+    return lSuccess;
+}
+
+void RTSP::Resume(MediaHandler& /*aHandler*/) {
+    if (Paused == mState) {
+        DoResume();
+    } else if (Stopped == mState) {
+        // The clip has played to its end on the server; what is left of it here can still be played.
+        if (0 == mTracksAdded || !mTransport->FillOrHave()) {
+            PLAYER_THROW(RTSPErr, 18, "RTSP::Resume(): %s", "Clip has ended");
+        }
+        EnterState(Playing, "Playing");
+    }
+}
+
+void RTSP::DoResume() {
+    mTransport->Preflight();
+    mTransport->Fill();
+    SendPlayOn();
+    Headers lHeaders;
+    if (!mMessages.RecvResponse(lHeaders, mCSeq)) { ThrowRefused("DoPlay", "Resuming PLAY failed"); }
+    if (0 == lHeaders.count("RTP-Info")) {
+        PLAYER_THROW(RTSPErr, 2, "RTSP::DoResume(): %s: %s", "Invalid PLAY response", "RTP-Info missing");
+    }
+    HandleRTPInfo(lHeaders["RTP-Info"]);
+    EnterState(WaitData, "WaitData");
+}
+
+void RTSP::Seek(MediaHandler& aHandler, Time aTo) {
+    if (0 == mTracksAdded) { PLAYER_THROW(SystemErr, 1, "RTSP::Seek(): %s", "No valid media session"); }
+    if (IsActive()) { DoPause(); }
+    DoSeek(aHandler, aTo);
+}
+
+void RTSP::DoSeek(MediaHandler& aHandler, Time aTo) {
+    mTransport->Preflight();
+    mTransport->Fill();
+    SendPlayFrom(aTo);
+    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Seeking PLAY failed"); }
+    StartPlaying(aHandler);
+}
+
+void RTSP::Stop(MediaHandler& aHandler) {
+    if (!mSessionId.empty()) { DoTeardown(aHandler, false); }
+    DoCommonReset();
+}
+
+void RTSP::Close(MediaHandler& aHandler) {
+    try {
+        if (!mSessionId.empty()) { DoTeardown(aHandler, false); }
+    } catch (...) {
+        DoFullReset();
+        throw;
+    }
+    DoFullReset();
+}
+
+void RTSP::DoTeardown(MediaHandler& /*aHandler*/, bool aReconnect) {
+    SendTeardown();
+    RecvTeardown(mCSeq, aReconnect);
+    EnterState(Stopped, "Stopped");
+}
+
+bool RTSP::RecvTeardown(UInt aCSeq, bool aReconnect) {
+    Headers lHeaders;
+    if (!mMessages.RecvResponse(lHeaders, aCSeq)) { return false; }
+    if (ClosesConnection(lHeaders)) {
+        DoConnectionReset();
+        if (aReconnect) { mConnection.DoReconnect(Player::URL::Authority(URL())); }
+    }
+    DoSessionReset();
+    return true;
+}
+
+void RTSP::DoCommonReset() {
+    ForgetDescription();
+    mCSeq = 0;
+    mPipelinedRequests = 0;
+    mPipelined = false;
+    mSwitchSupported = false;
+    mServerIsStrand = false;
+    mConnection.SetURL("");
+}
+
+void RTSP::DoSessionReset() {
+    mSessionId.clear();
+    mStreams.clear();
+    EnterState(Stopped, "Stopped");
+    ReleaseTransport();
+}
+
+void RTSP::DoFullReset() {
+    DoSessionReset();
+    DoCommonReset();
+    DoConnectionReset();
+}
+
+}  // namespace Player::MediaSessions

@@ -1,0 +1,194 @@
+#include "MediaSessions/RTSP/Messages.hpp"
+
+#include "Player/String.hpp"
+#include "RTP/Transports/OverRTSP.hpp"
+#include "Throw.hpp"
+
+namespace Player::MediaSessions {
+
+namespace {
+
+constexpr char kFrameMagic = '$';
+constexpr UInt kFrameHeaderSize = 4;
+constexpr char kBlanks[] = " \t\n\v\f\r";
+
+constexpr UInt kStatusNotImplemented = 501;
+constexpr char kNotImplemented[] = "Not Implemented";
+
+/// The word at or after `aPos`; `aPos` moves behind it.
+std::string NextWord(const std::string& aLine, std::size_t& aPos) {
+    const std::size_t lBegin = std::min(aLine.find_first_not_of(kBlanks, aPos), aLine.size());
+    aPos = std::min(aLine.find_first_of(kBlanks, lBegin), aLine.size());
+    return aLine.substr(lBegin, aPos - lBegin);
+}
+
+struct Status {
+    /// The digits read as a hexadecimal number: 0x200.
+    UInt mCode = 0;
+    std::string mText;
+
+    UInt Class() const { return mCode >> 8; }
+    const char* TextOrUnknown() const { return mText.empty() ? "Unknown" : mText.c_str(); }
+};
+
+/// "RTSP/1.0 200 OK": version, status, reason.
+Status ParseStatusLine(const std::string& aLine) {
+    std::size_t lPos = 0;
+    NextWord(aLine, lPos);
+    Status lStatus;
+    lStatus.mCode = HexToUInt(NextWord(aLine, lPos));
+    const std::size_t lReason = aLine.find_first_not_of(kBlanks, lPos);
+    if (std::string::npos != lReason) { lStatus.mText = aLine.substr(lReason); }
+    return lStatus;
+}
+
+bool IsStatusLine(const std::string& aLine) {
+    constexpr char kVersion[] = "RTSP/";
+    return 0 == strncasecmp(aLine.c_str(), kVersion, sizeof(kVersion) - 1);
+}
+
+}  // namespace
+
+bool Messages::RecvResponse(UInt aCSeq) {
+    Headers lHeaders;
+    return RecvResponse(lHeaders, aCSeq);
+}
+
+bool Messages::RecvResponse(Headers& aHeaders, UInt aCSeq) {
+    Buffer lBody;
+    return RecvResponse(aHeaders, lBody, aCSeq);
+}
+
+bool Messages::RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq) {
+    Status lStatus;
+    do {
+        mConnection.Normalize();
+        aHeaders.clear();
+        aBody.Clear();
+        lStatus = Status();
+        std::string lLine = NextLine();
+        for (; !lLine.empty() && !IsStatusLine(lLine); lLine = NextLine()) {
+            HandleRequest(lLine);
+        }
+        if (lLine.empty()) { break; }
+        lStatus = ParseStatusLine(lLine);
+        RecvHeaders(aHeaders);
+        if (!RecvBody(aHeaders, aBody)) {
+            PLAYER_THROW(RTSPErr, 2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "Bad Content-Length");
+        }
+        CheckCSeq(aHeaders, aCSeq);
+    } while (1 == lStatus.Class());
+    mConnection.Normalize();
+
+    const bool lSuccess = 2 == lStatus.Class();
+    Report(__FILE__, __LINE__, lSuccess ? Severity::Info : Severity::Error, "Got RTSP response: %03x %s", lStatus.mCode,
+           lStatus.TextOrUnknown());
+    if (!lSuccess) {
+        mStatusCode = lStatus.mCode;
+        mStatusText = lStatus.TextOrUnknown();
+    }
+    return lSuccess;
+}
+
+std::string Messages::NextLine() {
+    std::string lLine;
+    char lCh = 0;
+    while (lLine.empty() && mConnection.PeekCh(lCh, 0)) {
+        if (kFrameMagic == lCh) {
+            HandleInterleavedData(true);
+            // The connection ended within a frame: nothing behind it can be a line.
+            if (mConnection.Left() > 0 && mConnection.PeekCh(lCh, 0) && kFrameMagic == lCh) { break; }
+        } else {
+            mConnection.ReadLn(lLine);
+        }
+    }
+    return lLine;
+}
+
+void Messages::RecvHeaders(Headers& aHeaders) {
+    std::string lLine;
+    while (mConnection.ReadLn(lLine) && !lLine.empty()) {
+        const std::size_t lColon = lLine.find(':');
+        std::string& lValue = aHeaders[lLine.substr(0, lColon)];
+        const std::size_t lBegin = std::string::npos == lColon ? lColon : lLine.find_first_not_of(' ', lColon + 1);
+        lValue = std::string::npos == lBegin ? std::string() : lLine.substr(lBegin);
+    }
+}
+
+bool Messages::RecvBody(const Headers& aHeaders, Buffer& aBody) {
+    const UInt lSize = DecimalToUInt(HeaderValue(aHeaders, "Content-Length"));
+    if (0 == lSize) { return true; }
+    const Byte* const lBody = mConnection.Take(lSize);
+    if (nullptr == lBody) { return false; }
+    aBody.Assign(lBody, lSize);
+    return true;
+}
+
+void Messages::CheckCSeq(const Headers& aHeaders, UInt aCSeq) const {
+    if (0 == aHeaders.count("CSeq")) {
+        PLAYER_THROW(RTSPErr, 2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "CSeq missing");
+    }
+    if (DecimalToUInt(HeaderValue(aHeaders, "CSeq")) != aCSeq) {
+        PLAYER_THROW(RTSPErr, 2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "CSeq mismatch");
+    }
+}
+
+void Messages::HandleRequest(const std::string& aRequestLine) {
+    std::size_t lPos = 0;
+    const std::string lMethod = NextWord(aRequestLine, lPos);
+    const std::string lURL = NextWord(aRequestLine, lPos);
+    Report(__FILE__, __LINE__, Severity::Info, "Got RTSP %s request for URL: %s", lMethod.c_str(), lURL.c_str());
+
+    Headers lHeaders;
+    RecvHeaders(lHeaders);
+    Buffer lBody;
+    if (!RecvBody(lHeaders, lBody)) {
+        PLAYER_THROW(RTSPErr, 2, "RTSP::HandleRequest(): %s: %s", "Invalid request", "Bad Content-Length");
+    }
+
+    mConnection.WriteLn(StringWithFormat("RTSP/1.0 %u %s", kStatusNotImplemented, kNotImplemented));
+    if (0 != lHeaders.count("CSeq")) { mConnection.WriteLn("CSeq: " + HeaderValue(lHeaders, "CSeq")); }
+    mConnection.WriteLn();
+    Report(__FILE__, __LINE__, Severity::Info, "Sending RTSP response: %u %s", kStatusNotImplemented, kNotImplemented);
+    mConnection.Flush();
+}
+
+bool Messages::HandleInterleavedData(bool aBlocking) {
+    bool lDelivered = false;
+    char lCh = 0;
+    while ((aBlocking || mConnection.Have(kFrameHeaderSize)) && mConnection.PeekCh(lCh, 0) && kFrameMagic == lCh) {
+        const UInt lLeftBefore = mConnection.Left();
+        Byte lHeader[kFrameHeaderSize] = {};
+        Byte* lFrame = nullptr;
+        if (mConnection.Peek(lHeader, kFrameHeaderSize)) {
+            const UInt lSize = lHeader[2] * 256U + lHeader[3];
+            PLAYER_ASSERT(1500 >= lSize);
+            if (!aBlocking && !mConnection.Have(lSize + kFrameHeaderSize)) { break; }
+            lFrame = mConnection.Take(lSize + kFrameHeaderSize);
+            if (nullptr != lFrame && nullptr != mFrameReceiver) {
+                mFrameReceiver->HandlePacketData(lHeader[1], lFrame + kFrameHeaderSize,
+                                                 static_cast<unsigned short>(lSize));
+                lDelivered = true;
+            }
+        }
+        // Each try reads once. One that brought nothing met the end of the data.
+        if (nullptr == lFrame && mConnection.Left() == lLeftBefore) { break; }
+    }
+    mConnection.Normalize();
+    return lDelivered;
+}
+
+bool Messages::RecvInterleavedPackets() {
+    if (!mConnection.IsOpen() || !mConnection.FillInterleavedBuf()) { return false; }
+    char lCh = 0;
+    mConnection.PeekCh(lCh, 0);
+    if (kFrameMagic == lCh) { return HandleInterleavedData(false); }
+
+    std::string lLine;
+    mConnection.ReadLn(lLine);
+    HandleRequest(lLine);
+    mConnection.Normalize();
+    return true;
+}
+
+}  // namespace Player::MediaSessions

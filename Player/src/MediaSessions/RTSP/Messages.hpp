@@ -1,0 +1,65 @@
+#pragma once
+
+#include <string>
+
+#include "MediaSessions/RTSP/Connection.hpp"
+#include "MediaSessions/RTSP/Headers.hpp"
+#include "Player/Buffer.hpp"
+#include "RTP/Transports/InterleavedConnection.hpp"
+
+namespace Player::RTP::Transports {
+class OverRTSP;
+}
+
+namespace Player::MediaSessions {
+
+/// What the server sends on the control connection, told apart: responses, requests of its own, and
+/// interleaved "$" frames with media (RFC 2326 sections 6, 7 and 10.12).
+///
+///      0        1         2        3
+///     +--------+---------+--------+--------+----------------
+///     | "$"    | channel | length          | RTP or RTCP ...
+///     +--------+---------+--------+--------+----------------
+class Messages final : public RTP::Transports::InterleavedConnection {
+public:
+    explicit Messages(Connection& aConnection) : mConnection(aConnection) {}
+
+    /// Who gets the frames; null drops them. Not owned: unset before it goes.
+    void SetFrameReceiver(RTP::Transports::OverRTSP* aReceiver) { mFrameReceiver = aReceiver; }
+    bool HasFrameReceiver() const { return nullptr != mFrameReceiver; }
+
+    /// Receives the response to the request numbered `aCSeq`; frames and requests in front of it are dealt
+    /// with, 1xx responses dropped. True for a 2xx response; otherwise `StatusCode` and `StatusText` tell.
+    /// Throws `RTSPErr` 2 for a response that is malformed or not the one awaited.
+    bool RecvResponse(UInt aCSeq);
+    bool RecvResponse(Headers& aHeaders, UInt aCSeq);
+    bool RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq);
+
+    /// Status of the last response that was no success, its digits read as a hexadecimal number: 0x404.
+    /// 0 when the connection ended before a response came.
+    UInt StatusCode() const { return mStatusCode; }
+    const std::string& StatusText() const { return mStatusText; }
+
+    bool RecvInterleavedPackets() override;
+    int Send_RR(const void* aData, UInt aSize) override { return mConnection.WriteDirectly(aData, aSize); }
+
+private:
+    void RecvHeaders(Headers& aHeaders);
+    /// The next line that is not empty, with the frames before it delivered; empty at the end of the data.
+    std::string NextLine();
+    /// Consumes the body that the headers announce. False when it is not all there.
+    bool RecvBody(const Headers& aHeaders, Buffer& aBody);
+    void CheckCSeq(const Headers& aHeaders, UInt aCSeq) const;
+    /// Every request of a server is answered with 501.
+    void HandleRequest(const std::string& aRequestLine);
+    /// Delivers the frames that come next. Blocking, an incomplete one is waited for; otherwise it stays for
+    /// the next call. True when any was delivered.
+    bool HandleInterleavedData(bool aBlocking);
+
+    Connection& mConnection;
+    RTP::Transports::OverRTSP* mFrameReceiver = nullptr;
+    UInt mStatusCode = 0;
+    std::string mStatusText;
+};
+
+}  // namespace Player::MediaSessions

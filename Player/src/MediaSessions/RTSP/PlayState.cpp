@@ -1,0 +1,56 @@
+#include "MediaSessions/RTSP.hpp"
+#include "Player/Report.hpp"
+
+namespace Player::MediaSessions {
+
+void RTSP::EnterState(PlayState aState, const char* aName) {
+    if (aState == mState) { return; }
+    Report(__FILE__, __LINE__, Severity::Info, "RTSP: State -> %s", aName);
+    mState = aState;
+    mStateTime = Time::Now();
+    if (0 != mTracksAdded) { mTransport->Notify("State", aName); }
+}
+
+bool RTSP::HasEnded(TrackIdx aIdx) {
+    return 0 != mTransport->ModifyTrackRTPStack(aIdx).Ended(Time::Now());
+}
+
+bool RTSP::HasBuffered(TrackIdx aIdx) {
+    return mTransport->GetTrackRTPStack(aIdx).SizeInTime() > Time(mConfiguration.mTargetRTPBuffer, 1) || HasEnded(aIdx);
+}
+
+bool RTSP::Fill(UInt aTrack) {
+    if (0 == mTracksAdded) { return false; }
+    // A track that has ended gets no more; while buffering it goes on to play what it has.
+    if (!mTransport->FillTrack(aTrack) && (Buffering != mState || !HasEnded(aTrack))) { return false; }
+    if (Playing == mState) { return true; }
+    if (WaitData == mState) { EnterState(Buffering, "Buffering"); }
+    if (Buffering != mState || (!mServerIsStrand && !HasBuffered(aTrack))) { return false; }
+    EnterState(Playing, "Playing");
+    return true;
+}
+
+bool RTSP::Fetch(UInt aTrack) {
+    const RTP::Transport* const mSrc = mTransport.Ptr();
+    PLAYER_ASSERT(0 != mSrc);
+    return Playing == mState && mTransport->FetchTrack(aTrack);
+}
+
+bool RTSP::Produce(UInt aTrack) {
+    if (!IsActive()) { return false; }
+    if (WaitData == mState) {
+        if (!mTransport->Fill()) { return false; }
+        EnterState(Buffering, "Buffering");
+    }
+    if (Buffering == mState) {
+        if (!mServerIsStrand) {
+            mTransport->Fill();
+            // The first track decides for all.
+            if (!HasBuffered(0)) { return false; }
+        }
+        EnterState(Playing, "Playing");
+    }
+    return mTransport->ProduceTrack(aTrack);
+}
+
+}  // namespace Player::MediaSessions

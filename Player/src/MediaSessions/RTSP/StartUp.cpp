@@ -1,0 +1,202 @@
+#include "MediaSessions/RTSP.hpp"
+#include "MediaSessions/RTSP/URL.hpp"
+#include "Player/String.hpp"
+#include "Processors/RTP/Factories.hpp"
+#include "RTP/Transports/OverRTSP.hpp"
+#include "RTP/Transports/OverUDP.hpp"
+#include "Throw.hpp"
+
+namespace Player::MediaSessions {
+
+namespace {
+
+bool Contains(const std::string& aText, const char* aWord) {
+    return std::string::npos != aText.find(aWord);
+}
+
+}  // namespace
+
+void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
+    const std::string lAuthority = Player::URL::Authority(aURL);
+    if (URL().empty() || Player::URL::Authority(URL()) != lAuthority) {
+        LeaveServer(aHandler);
+        mConnection.DoConnect(lAuthority);
+    } else if (mSessionId.empty()) {
+        // What is described belongs to the URL that it was fetched for.
+        if (URL() != aURL) { ForgetDescription(); }
+    } else if (!mSwitchSupported) {
+        DoTeardown(aHandler, true);
+        ForgetDescription();
+    }
+    mConnection.SetURL(aURL);
+
+    if (mTrackProperties.empty()) { DoDescribe(aHandler); }
+    DoPlay(aHandler, aFrom, !mSessionId.empty() && mSwitchSupported);
+}
+
+void RTSP::LeaveServer(MediaHandler& aHandler) {
+    try {
+        Close(aHandler);
+    } catch (const Exception& lException) {
+        // The way to the next server must not depend on the last one.
+        Report(__FILE__, __LINE__, Severity::Warning, "Left the RTSP server without its answer: %s",
+               lException.Message());
+    }
+}
+
+void RTSP::DoDescribe(MediaHandler& aHandler) {
+    SendDescribe();
+    if (!RecvDescribe(mCSeq)) { ThrowRefused("DoDescribe", "DESCRIBE failed"); }
+    OfferTracks(aHandler);
+    mStreams.clear();
+    for (const auto& lOffered : mTrackProperties) {
+        Stream lStream;
+        if (BuildChain(aHandler, *lOffered, lStream)) { mStreams.push_back(lStream); }
+    }
+}
+
+bool RTSP::RecvDescribe(UInt aCSeq) {
+    Headers lHeaders;
+    Buffer lBody;
+    if (!mMessages.RecvResponse(lHeaders, lBody, aCSeq)) {
+        if (ClosesConnection(lHeaders)) { DoFullReset(); }
+        return false;
+    }
+    if (0 != lHeaders.count("Supported")) {
+        mPipelined = Contains(lHeaders["Supported"], "3gpp-pipelined");
+        mSwitchSupported = Contains(lHeaders["Supported"], "3gpp-switch-req-sdp");
+    }
+    if (0 != lHeaders.count("Server")) { mServerIsStrand = Contains(lHeaders["Server"], "Quenra Strand"); }
+
+    std::string lBase = URL();
+    for (const char* lName : {"Content-Location", "Content-Base"}) {
+        if (0 != lHeaders.count(lName)) { lBase = lHeaders[lName]; }
+    }
+    HandleSDP(lBody, lBase);
+    return true;
+}
+
+void RTSP::OfferTracks(MediaHandler& aHandler) {
+    if (mHandlerHasTracks) {
+        aHandler.Reset();
+        mHandlerHasTracks = false;
+    }
+    aHandler.SelectTracks(mSessionProperties, mTrackProperties);
+    aHandler.AvailableRange(mAvailableStart, mAvailableEnd);
+}
+
+bool RTSP::BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream& aStream) {
+    aStream.mProperties.Set(new Properties(aOffered));
+    aStream.mProcessor = Processors::RTP::CreateDepacketizer(*aStream.mProperties);
+    if (!aStream.mProcessor) { return false; }
+    const SharedPtr<Processor, SharedObject> lConsumer = aHandler.AcceptTrack(aStream.mProperties);
+    if (!lConsumer) { return false; }
+    mHandlerHasTracks = true;
+    aStream.mProcessor->Attach(lConsumer);
+    return true;
+}
+
+void RTSP::DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching) {
+    if (mStreams.empty()) { return; }
+    if (!aSwitching) {
+        CreateTransport();
+        SetUpTracks();
+    }
+    if (!mPipelined) { mTransport->Preflight(); }
+    SendPlay(aFrom, aSwitching);
+    if (aSwitching) {
+        FinishSwitch(aHandler, aFrom);
+    } else if (mPipelined) {
+        FinishPipelinedPlay(aHandler);
+    } else {
+        FinishPlay(aHandler);
+    }
+}
+
+void RTSP::CreateTransport() {
+    ReleaseTransport();
+    if (mConfiguration.mUseInterleavedRTP) {
+        auto* const lTransport = new RTP::Transports::OverRTSP(&mMessages);
+        mTransport.Set(lTransport);
+        mMessages.SetFrameReceiver(lTransport);
+    } else {
+        mTransport.Set(new RTP::Transports::OverUDP(mConfiguration.mUseUDPPortsFrom, mConfiguration.mUseUDPPortsTo,
+                                                    mConfiguration.mUseLocalIP));
+    }
+}
+
+void RTSP::ReleaseTransport() {
+    mMessages.SetFrameReceiver(nullptr);
+    mTransport.Set(nullptr);
+    mTracksAdded = 0;
+}
+
+void RTSP::SetUpTracks() {
+    for (TrackIdx lIdx = 0; lIdx < mStreams.size(); ++lIdx) {
+        SendSetup(lIdx);
+        if (!mPipelined && !RecvSetup(mCSeq, lIdx)) { ThrowRefused("DoPlay", "SETUP failed"); }
+    }
+}
+
+bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx) {
+    Headers lHeaders;
+    if (!mMessages.RecvResponse(lHeaders, aCSeq)) { return false; }
+    if (mSessionId.empty()) {
+        if (0 == lHeaders.count("Session")) {
+            PLAYER_THROW(RTSPErr, 2, "RTSP::RecvSetup(): %s: %s", "Invalid SETUP response", "Session missing");
+        }
+        const std::string& lSession = lHeaders["Session"];
+        mSessionId = lSession.substr(0, lSession.find(';'));
+    }
+    if (0 != lHeaders.count("Transport")) { HandleTrackVars(aIdx, lHeaders["Transport"]); }
+    return true;
+}
+
+bool RTSP::RecvPlay(UInt aCSeq, bool aSwitching) {
+    Headers lHeaders;
+    Buffer lBody;
+    if (!mMessages.RecvResponse(lHeaders, lBody, aCSeq)) { return false; }
+    if (aSwitching) { HandleSDP(lBody, URL() + "/"); }
+    if (0 == lHeaders.count("RTP-Info")) {
+        PLAYER_THROW(RTSPErr, 2, "RTSP::RecvPlay(): %s: %s", "Invalid PLAY response", "RTP-Info missing");
+    }
+    HandleRTPInfo(lHeaders["RTP-Info"]);
+    mTransport->Flush();
+    if (0 != lHeaders.count("Range")) { HandleRange(lHeaders["Range"]); }
+    return true;
+}
+
+void RTSP::FinishPlay(MediaHandler& aHandler) {
+    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "PLAY failed"); }
+    StartPlaying(aHandler);
+}
+
+void RTSP::FinishPipelinedPlay(MediaHandler& aHandler) {
+    const UInt lTracks = static_cast<UInt>(mStreams.size());
+    bool lAllSetUp = true;
+    for (TrackIdx lIdx = 0; lIdx < lTracks; ++lIdx) {
+        if (RecvSetup(mCSeq - lTracks + lIdx, lIdx)) { continue; }
+        lAllSetUp = false;
+        Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s: %03x %s", "Pipelined SETUP failed",
+               mMessages.StatusCode(), mMessages.StatusText().c_str());
+    }
+    mTransport->Preflight();
+    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Pipelined PLAY failed"); }
+    if (!lAllSetUp) {
+        constexpr char kWords[] = "One or more pipelined SETUP requests failed";
+        Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s", kWords);
+        if (!mSessionId.empty()) {
+            SendTeardown();
+            RecvTeardown(mCSeq, false);
+        }
+        throw RTSPErr(19, "RTSP::DoPlay(): %s", kWords);
+    }
+    StartPlaying(aHandler);
+}
+
+void RTSP::StartPlaying(MediaHandler& aHandler) {
+    aHandler.PlayingRange(mPlayingStart, mPlayingEnd);
+    EnterState(WaitData, "WaitData");
+}
+
+}  // namespace Player::MediaSessions

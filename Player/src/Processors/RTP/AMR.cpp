@@ -1,0 +1,64 @@
+#include "Processors/RTP/AMR.hpp"
+
+#include "Player/Mem.hpp"
+
+namespace Player::Processors::RTP {
+
+namespace {
+
+/// Bytes of a frame by its type (3GPP TS 26.101), without the table-of-contents byte.
+constexpr Byte gNBFrameTypeOctets[] = {12, 13, 15, 17, 19, 20, 26, 31, 5, 6, 5, 5, 0, 0, 0, 0};
+constexpr UInt kLargestFrame = 31;
+
+// Payload (RFC 3267 section 4.4):
+//   codec mode request, 1 byte
+//   table of contents, per frame 1 byte: F more entries follow (1 bit), type (4), quality (1), padding (2)
+//   the frames in that order
+constexpr UInt kTableStart = 1;
+constexpr Byte kMoreFollow = 0x80;
+
+UInt FrameSize(Byte aEntry) {
+    return gNBFrameTypeOctets[aEntry >> 3 & 0x0F];
+}
+
+/// Where the table of contents ends: behind the entry without the F bit, at the payload's end at the latest.
+UInt FindTableEnd(const Packets::RTP& aPacket) {
+    UInt lAt = kTableStart;
+    while (lAt < aPacket.Size() && 0 != (aPacket.Begin()[lAt] & kMoreFollow)) {
+        ++lAt;
+    }
+    return Util::Min(lAt + 1, aPacket.Size());
+}
+
+/// `aSize` bytes of the payload from `aAt` on; those that the packet lacks are zero.
+Packet* NewFrame(const Packets::RTP& aPacket, UInt aAt, UInt aSize) {
+    const UInt lLeft = aPacket.Size() - aAt;
+    const Byte* const lData = aPacket.Begin() + aAt;
+    if (aSize <= lLeft) { return new Packets::Media(aPacket.PlayTime(), lData, aSize); }
+
+    Byte lPadded[kLargestFrame] = {};
+    Mem::Copy(lPadded, lData, lLeft);
+    return new Packets::Media(aPacket.PlayTime(), lPadded, aSize);
+}
+
+}  // namespace
+
+SharedPtr<Processor, SharedObject> AMR::Create(Properties& aFormat) {
+    return CreateFor<AMR>(aFormat, "AMR");
+}
+
+bool AMR::Handle(const SharedPtr<Packet, SharedObject>& aPacket, Time aLatest) {
+    const Packets::RTP& lPacket = AsRTP(*aPacket);
+    const UInt lTableEnd = FindTableEnd(lPacket);
+    UInt lAt = lTableEnd;
+    bool lOk = true;
+    for (UInt lEntry = kTableStart; lEntry < lTableEnd; ++lEntry) {
+        const UInt lSize = FrameSize(lPacket.Begin()[lEntry]);
+        if (0 == lSize) { continue; }
+        lOk = Next().Handle(SharedPtr<Packet, SharedObject>(NewFrame(lPacket, lAt, lSize)), aLatest);
+        lAt += Util::Min(lSize, lPacket.Size() - lAt);
+    }
+    return lOk;
+}
+
+}  // namespace Player::Processors::RTP

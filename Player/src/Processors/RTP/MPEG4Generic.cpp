@@ -1,0 +1,222 @@
+#include "Processors/RTP/MPEG4Generic.hpp"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "Player/Mem.hpp"
+#include "Player/String.hpp"
+#include "Processors/RTP/EncMPEG4Generic.hpp"
+
+namespace Player::Processors::RTP {
+
+namespace {
+
+constexpr UInt kLengthFieldBytes = 2;
+constexpr UInt kLengthFieldBits = 16;
+
+/// Headers may claim the same bytes over and over, and each claim is a copy. A proper packet's AUs take
+/// each byte once; a packet that has taken this many times its own size is left alone.
+constexpr UInt kMaxCopies = 16;
+
+/// Of ASCII letters, whatever the locale.
+String LowerCased(String aText) {
+    std::transform(aText.begin(), aText.end(), aText.begin(),
+                   [](char aCh) { return 'A' <= aCh && aCh <= 'Z' ? static_cast<char>(aCh - 'A' + 'a') : aCh; });
+    return aText;
+}
+
+UInt BytesOf(std::uint64_t aBits) {
+    return static_cast<UInt>((aBits + 7) / 8);
+}
+
+}  // namespace
+
+SharedPtr<Processor, SharedObject> MPEG4Generic::Create(Properties& aFormat) {
+    if (IsFormat(aFormat, "mpeg4-generic")) { return SharedPtr<Processor, SharedObject>(new MPEG4Generic(aFormat)); }
+    if (IsFormat(aFormat, "enc-mpeg4-generic")) {
+        return SharedPtr<Processor, SharedObject>(new EncMPEG4Generic(aFormat));
+    }
+    return {};
+}
+
+MPEG4Generic::MPEG4Generic(Properties& aFormat) {
+    ReadParameters(aFormat.Get("FmtParams"));
+    mSizeWidth = Width("sizelength");
+    mIndexWidth = Width("indexlength");
+    mIndexDeltaWidth = Width("indexdeltalength");
+    mCTSDeltaWidth = Width("ctsdeltalength");
+    mDTSDeltaWidth = Width("dtsdeltalength");
+    mStreamStateWidth = Width("streamstateindication");
+    mAuxiliarySizeWidth = Width("auxiliarydatasizelength");
+    mHasRandomAccessFlag = 0 != Parameter("randomaccessindication");
+    SetDeliversSamples(aFormat);
+}
+
+void MPEG4Generic::ReadParameters(const String& aText) {
+    std::map<String, String> lPairs;
+    SplitToMap(aText, ';', '=', lPairs);
+    for (const auto& [lName, lVal] : lPairs) {
+        const String lKey = LowerCased(lName);
+        if ("mode" == lKey) {
+            mMode = lVal;
+        } else if ("config" != lKey) {
+            mParameters[lKey] = static_cast<SInt>(DecimalToUInt(lVal));
+        }
+    }
+}
+
+SInt MPEG4Generic::Parameter(const char* aKey) const {
+    const auto lEntry = mParameters.find(aKey);
+    return mParameters.end() == lEntry ? 0 : lEntry->second;
+}
+
+UInt MPEG4Generic::Width(const char* aKey) const {
+    return static_cast<UInt>(Util::Max(Parameter(aKey), 0));
+}
+
+bool MPEG4Generic::Handle(const SharedPtr<Packet, SharedObject>& aPacket, Time aLatest) {
+    return Decode(AsRTP(*aPacket), aLatest);
+}
+
+void MPEG4Generic::Flush() {
+    ClearSamples();
+    Depacketizer::Flush();
+}
+
+// Payload (RFC 3640 section 3.2):
+//   AU-headers length in bits (16 bits)
+//   AU headers, filled up to whole bytes
+//   auxiliary data size in bits and the data, when the size has a width
+//   the AUs' data
+bool MPEG4Generic::Decode(const Packets::RTP& aPacket, Time aLatest) {
+    BitReader lBits(aPacket.Begin(), aPacket.Size());
+    ReadAuHeadersLength(aPacket, lBits);
+    FindData(aPacket);
+    ReadAUs(aPacket, lBits);
+    ReadAuxiliaryData(lBits);
+    return !aPacket.HasMarker() || DeliverSamples(aLatest);
+}
+
+void MPEG4Generic::ReadAuHeadersLength(const Packets::RTP& aPacket, BitReader& aBits) {
+    const UInt lLength = aBits.Read(kLengthFieldBits);
+    const UInt lBytesLeft = aPacket.Size() - Util::Min(aPacket.Size(), kLengthFieldBytes);
+    const std::uint64_t lCut = Util::Min(std::uint64_t{lLength}, std::uint64_t{lBytesLeft} * 8);
+    mAUHeadersLength = static_cast<unsigned short>(lCut);
+}
+
+/// Finds where the data starts and where the AU headers end.
+void MPEG4Generic::FindData(const Packets::RTP& aPacket) {
+    std::uint64_t lStart = BytesOf(mAUHeadersLength);
+    if (mAuxiliarySizeWidth > 0) {
+        // Deliberately the size is looked for before the length field is counted, and its own bits are not
+        // stepped over.
+        BitReader lBits(aPacket.Begin(), aPacket.Size());
+        lBits.Seek(lStart * 8);
+        lStart += BytesOf(lBits.Read(mAuxiliarySizeWidth));
+    }
+    lStart += kLengthFieldBytes;
+    mDataStart = static_cast<UInt>(Util::Min(lStart, std::uint64_t{aPacket.Size()}));
+    mDataPosition = mDataStart;
+    mAUHeadersLength = static_cast<unsigned short>(mAUHeadersLength + kLengthFieldBits);
+}
+
+void MPEG4Generic::ReadAUs(const Packets::RTP& aPacket, BitReader& aBits) {
+    const std::uint64_t lMostTaken = std::uint64_t{aPacket.Size()} * kMaxCopies;
+    mIsFirstAU = true;
+    mTakenBytes = 0;
+    while (aBits.Position() < mAUHeadersLength && mTakenBytes <= lMostTaken) {
+        const std::uint64_t lHeader = aBits.Position();
+        ReadFormatSpecificFields(aBits);
+        ReadAuHeader(aBits);
+        SplitPayloadToSamples(aPacket);
+        mIsFirstAU = false;
+        // Headers without any field would go on for ever.
+        if (!mHasSeveralAUs || aBits.Position() == lHeader) { break; }
+    }
+}
+
+void MPEG4Generic::ReadFormatSpecificFields(BitReader& /*aBits*/) {}
+
+void MPEG4Generic::ReadAuxiliaryData(BitReader& /*aBits*/) {}
+
+void MPEG4Generic::ReadAuHeader(BitReader& aBits) {
+    mAUSize = aBits.Read(mSizeWidth);
+    if (mIndexWidth > 0) {
+        if (mIsFirstAU) {
+            mAUIndex = aBits.Read(mIndexWidth);
+        } else {
+            const std::uint64_t lModulus = std::uint64_t{1} << Util::Min(mIndexWidth, 32U);
+            mAUIndex = (mAUIndex + aBits.Read(mIndexDeltaWidth) + 1) & static_cast<UInt>(lModulus - 1);
+        }
+    }
+    StepOverTimeDelta(aBits, mCTSDeltaWidth);
+    StepOverTimeDelta(aBits, mDTSDeltaWidth);
+    mIsRandomAccessPoint = mHasRandomAccessFlag && 0 != aBits.Read(1);
+    aBits.Skip(mStreamStateWidth);
+}
+
+/// A flag and, when it is set, the delta. All AUs of a packet play at the packet's time.
+void MPEG4Generic::StepOverTimeDelta(BitReader& aBits, UInt aWidth) const {
+    if (aWidth > 0 && 0 != aBits.Read(1)) { aBits.Skip(aWidth); }
+}
+
+void MPEG4Generic::SplitPayloadToSamples(const Packets::RTP& aPacket) {
+    const UInt lRemaining = aPacket.Size() - mDataStart;
+    if (0 == mAUSize || mAUSize > lRemaining) {
+        GetFragmentedAU(aPacket);
+    } else if (mAUSize < lRemaining) {
+        GetConcatenatedAU(aPacket);
+    } else {
+        GetCompleteAU(aPacket);
+    }
+}
+
+void MPEG4Generic::GetCompleteAU(const Packets::RTP& aPacket) {
+    AddSample(aPacket, mDataStart, mAUSize);
+}
+
+void MPEG4Generic::GetConcatenatedAU(const Packets::RTP& aPacket) {
+    const UInt lSize = Util::Min(mAUSize, aPacket.Size() - mDataPosition);
+    if (0 == lSize) { return; }
+    AddSample(aPacket, mDataPosition, lSize);
+    mDataPosition += lSize;
+}
+
+void MPEG4Generic::GetFragmentedAU(const Packets::RTP& aPacket) {
+    const UInt lSize = aPacket.Size() - mDataStart;
+    if (mSamples.empty()) {
+        AddSample(aPacket, mDataStart, lSize);
+        return;
+    }
+    mTakenBytes += lSize;
+    mSamples.back()->Append(aPacket.Begin() + mDataStart, lSize);
+    Hold(lSize);
+}
+
+void MPEG4Generic::AddSample(const Packets::RTP& aPacket, UInt aStart, UInt aSize) {
+    mTakenBytes += aSize;
+    mSamples.emplace_back(
+        new Sample(aPacket.PlayTime(), aPacket.Begin() + aStart, aSize, mAUIndex, mIsRandomAccessPoint));
+    Hold(static_cast<UInt>(sizeof(Sample)) + aSize);
+}
+
+void MPEG4Generic::Hold(UInt aBytes) {
+    if (mHeldBytes <= kMaxPendingBytes) { mHeldBytes += aBytes; }
+    if (mHeldBytes > kMaxPendingBytes) { mSamples.clear(); }
+}
+
+bool MPEG4Generic::DeliverSamples(Time aLatest) {
+    bool lOk = true;
+    for (const SharedPtr<Sample, SharedObject>& lSample : mSamples) {
+        lOk = Next().Handle(lSample, aLatest) && lOk;
+    }
+    ClearSamples();
+    return lOk;
+}
+
+void MPEG4Generic::ClearSamples() {
+    mSamples.clear();
+    mHeldBytes = 0;
+}
+
+}  // namespace Player::Processors::RTP
