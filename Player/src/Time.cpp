@@ -80,10 +80,14 @@ Time Time::Now() {
 
 Time Time::WithDecimalCString(const char* aText, bool aRound) {
     const char* lText = aText;
-    while (' ' == *lText) { ++lText; }
+    while (' ' == *lText) {
+        ++lText;
+    }
     // A leading '-' is no digit and ends the number before it began: only times from 0 on are read.
     long long lValue = 0;
-    for (; IsDigit(*lText); ++lText) { lValue = AppendDigit(lValue, *lText); }
+    for (; IsDigit(*lText); ++lText) {
+        lValue = AppendDigit(lValue, *lText);
+    }
 
     UInt lDivisor = 1;
     if ('.' == *lText) {
@@ -93,9 +97,7 @@ Time Time::WithDecimalCString(const char* aText, bool aRound) {
             lDivisor *= 10;
         }
         const bool lHasMoreDigits = IsDigit(*lText);
-        if (aRound && lHasMoreDigits && *lText > '4') {
-            lValue = static_cast<long long>(Bits(lValue) + 1);
-        }
+        if (aRound && lHasMoreDigits && *lText > '4') { lValue = static_cast<long long>(Bits(lValue) + 1); }
     }
     return Time(lValue, lDivisor, aRound);
 }
