@@ -57,9 +57,8 @@ std::string LaunchForFile(const Options& aOptions) {
     const std::string lFile = aOptions.mFile;
     const bool lIsMP4 = lFile.size() > 4 && 0 == lFile.compare(lFile.size() - 4, 4, ".mp4");
     gchar* const lQuoted = g_strescape(aOptions.mFile, nullptr);
-    const std::string lSource =
-        std::string("( filesrc location=\"") + lQuoted + "\" ! " +
-        (lIsMP4 ? "qtdemux ! h264parse config-interval=0 disable-passthrough=false" : "h264parse config-interval=0");
+    const std::string lSource = std::string("( filesrc location=\"") + lQuoted + "\" ! " +
+                                (lIsMP4 ? "qtdemux name=demux demux.video_0" : "h264parse config-interval=0");
     g_free(lQuoted);
     return lSource + " ! rtph264pay name=pay0 pt=96 config-interval=0 mtu=" + std::to_string(aOptions.mMTU) +
            " aggregate-mode=" + (nullptr == aOptions.mAggregate ? "none" : aOptions.mAggregate) + " )";
