@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 
 #include "Packets/RTP.hpp"
@@ -7,6 +8,10 @@
 #include "Player/Reception.hpp"
 #include "Player/Time.hpp"
 #include "Player/Types.hpp"
+#include "RTP/Extension.hpp"
+#include "RTP/Jitter.hpp"
+#include "RTP/ReceiverReport.hpp"
+#include "RTP/SenderClock.hpp"
 
 namespace Player::RTP {
 
@@ -27,9 +32,9 @@ public:
     /// The clock rate in Hz; 0 makes all times zero.
     void SetTimeRes(unsigned int aTimeRes) { mTimeRes = aTimeRes; }
     /// First sequence number of the play range; indices go on from where they are.
-    void SetSeqBase(unsigned short aSeq);
+    void SetSeqBase(unsigned short aSeq) { mSeq.SetBase(aSeq); }
     /// RTP timestamp at the start of the play range; play times go on from where they are.
-    void SetTimeBase(unsigned int aTimestamp);
+    void SetTimeBase(unsigned int aTimestamp) { mTimestamp.SetBase(aTimestamp); }
     /// Play time of the packet whose timestamp is the time base.
     void SetBeginTime(const Time& aTime);
     /// Where the track ends; 0 for none.
@@ -46,7 +51,7 @@ public:
 
     /// The oldest packet, with its play time set; null when there is none.
     SharedPtr<Packets::RTP, SharedObject> Pop();
-    bool Empty() const { return mQueue.empty(); }
+    bool Empty() const { return mRun.mQueue.empty(); }
     /// From the oldest to the newest packet queued.
     Time SizeInTime() const;
     /// Play time of the packet popped last.
@@ -65,31 +70,66 @@ public:
     /// Drops all that was received and learnt from reports; the configuration stays.
     void Flush(Time aNow);
     /// Back to the state after construction.
-    void Reset();
+    void Reset() { *this = Stack(); }
     /// Shifts this track's play times so that they match `aOther`'s by the server's clock. Does nothing
     /// until both have had a sender report and know where their time begins.
     void Synchronize(const Stack& aOther);
 
     UInt GetTimeRes() const { return mTimeRes; }
     /// 32.32 fixed point; 0 before the first sender report.
-    unsigned long long GetLastNTPTime() const { return mLastNTPTime; }
-    unsigned long long GetLastRTPTimeExt() const;
-    long long GetAdjustedTimeBase() const { return static_cast<long long>(mTimeBase) + mAdjustment; }
+    unsigned long long GetLastNTPTime() const { return mRun.mClock.NTPTime(); }
+    /// RTP time of the last sender report, wraps of these counted.
+    unsigned long long GetLastRTPTimeExt() const { return mRun.mClock.RTPTimeExt(); }
+    long long GetAdjustedTimeBase() const { return static_cast<long long>(mTimestamp.Base()) + mRun.mAdjustment; }
     /// Figures for tools.
     Reception GetReception() const;
 
 private:
+    /// All that a flush forgets.
+    struct Run {
+        UInt mPacketsReceived = 0;
+        UInt mPacketsReordered = 0;
+        UInt mPacketsDuplicate = 0;
+        std::uint64_t mBytes = 0;
+        UInt mRTCPPacketsReceived = 0;
+        Time mLastRTPArrival;
+        Time mLastRTCPArrival;
+        Jitter mJitter;
+        LossInterval mLosses;
+        SenderClock mClock;
+        /// Timestamp units that `Synchronize` adds to play times; wraps.
+        SInt mAdjustment = 0;
+        Reception::End mEnd = Reception::End::kRunning;
+        /// Ascending by index; equal ones can only stand at the front.
+        Queue mQueue;
+        UInt mPoppedIndex = 0;
+        long long mPoppedTimestamp = 0;
+    };
+
+    void LearnFrom(const Byte* aData, Time aArrival);
+    bool TakeRTP(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& aLengths, Time aArrival);
+    bool Enqueue(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& aLengths, UInt aIndex,
+                 long long aTimestamp);
+    void HandleSenderReport(const Byte* aData, UInt aSize, Time aArrival);
+
+    /// The arrival in timestamp units less the timestamp, modulo 2^32.
+    UInt Transit(Time aArrival, UInt aTimestamp) const;
+    long long LatestTimestamp() const;
+    Time PlayTime(long long aTimestamp) const { return Time(aTimestamp, mTimeRes); }
+    Time AdjustedPlayTime(long long aTimestamp) const;
+    bool HasTimeBase() const { return 0 != mTimestamp.Base() || 0 != mRun.mPacketsReceived; }
+    /// From the time base to the last sender report, 32.32 fixed point.
+    std::uint64_t NTPSinceTimeBase() const;
+
     unsigned char mExpectedPT = 0;
     UInt mExpectedSSRC = 0;
     UInt mLocalSSRC = 0;
     UInt mTimeRes = 0;
-    unsigned short mSeqBase = 0;
-    UInt mTimeBase = 0;
     Time mEndTime;
     Time mTimeoutTime;
-    unsigned long long mLastNTPTime = 0;
-    SInt mAdjustment = 0;
-    Queue mQueue;
+    SequenceExtension mSeq;
+    TimestampExtension mTimestamp;
+    Run mRun;
 };
 
 }  // namespace Player::RTP

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "Player/Buffer.hpp"
@@ -47,6 +48,9 @@ public:
     }
 
 private:
+    /// 64-bit: the sum of two sizes does not wrap.
+    const Byte* Ahead(std::uint64_t aSize, std::uint64_t aOff) const;
+
     BufferRef mRef;
     UInt mPos = 0;
 };
@@ -61,10 +65,11 @@ void Reader::Peek<char>(char& aOut, UInt aOff) const;
 /// Appends the rest of the line to `aOut` and moves over its end.
 void ReadLn(Reader& aReader, std::string& aOut);
 /// Appends what stands before `aDelim` to `aOut` and moves over `aDelim`; stops in front of a line end.
-void ReadLnTo(Reader& aReader, std::string& aOut, char aDelim);
+/// Returns whether `aDelim` was there.
+bool ReadLnTo(Reader& aReader, std::string& aOut, char aDelim);
 void SkipLn(Reader& aReader);
-/// Moves over `aDelim`; stops in front of a line end.
-void SkipLnTo(Reader& aReader, char aDelim);
+/// The same, appending nothing.
+bool SkipLnTo(Reader& aReader, char aDelim);
 /// Moves over a run of `aChar`. Meant for places where another character follows: the last one read is
 /// put back, also at the end of the data.
 void SkipLnWhile(Reader& aReader, char aChar);

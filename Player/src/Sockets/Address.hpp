@@ -20,7 +20,7 @@ public:
     Address& operator=(const Address& aOther);
 
     /// Resolves a host (name or dotted) and a service (name or port number as text), IPv4 only, and takes
-    /// the first result. Throws `NetworkErr` 16.
+    /// the first result. Throws `NetworkErr` 16; the address stays as it was then.
     void Lookup(const char* aHost, const char* aService);
     /// The host, as dotted text or looked up by name. Throws `NetworkErr` 16.
     std::string HostAsString(bool aNumeric) const;
@@ -34,6 +34,8 @@ public:
 
 private:
     static constexpr UInt kCapacity = 128;
+
+    void Store(const void* aAddr, UInt aSize);
 
     UInt mSize = 0;
     alignas(sockaddr_storage) Byte mStorage[kCapacity] = {};

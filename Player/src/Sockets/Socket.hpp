@@ -7,6 +7,7 @@ namespace Player {
 
 /// Owns a descriptor and closes it. Failures throw `NetworkErr` with the number of the operation; the
 /// socket stays open then. Sending never raises SIGPIPE; an interrupted wait goes on with the time left.
+/// Sizes of 2^31 and above are a mistake of the caller (an assertion).
 class Socket {
 public:
     /// Results of `Read` that are no byte counts.
@@ -30,6 +31,8 @@ public:
     SInt Read(void* aData, UInt aSize);
     /// Waits so many whole seconds first: `kTimeOut` when nothing came. Throws 38.
     SInt Read(void* aData, UInt aSize, UInt aTimeoutSec);
+    /// `Read` that never blocks, whatever the mode of the socket. Throws 38.
+    SInt ReadAvailable(void* aData, UInt aSize);
     /// One `send`: the byte count, perhaps less than `aSize`, or `kNoData` when the socket takes none now. Throws 39.
     SInt Write(const void* aData, UInt aSize);
     /// Whether the peer has ended the connection and nothing is left to read.
@@ -42,10 +45,13 @@ public:
 
 protected:
     SInt Descriptor() const { return mSocket; }
-    /// Closes the descriptor and adopts another.
-    void Replace(SInt aSocket);
+    /// Closes the descriptor; every operation fails until another is adopted.
+    void Close();
+    void Adopt(UInt aSocket) { mSocket = static_cast<SInt>(aSocket); }
 
 private:
+    SInt Receive(void* aData, UInt aSize, int aFlags);
+
     SInt mSocket;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sockets/DatagramBatch.hpp"
 #include "Sockets/Socket.hpp"
 
 namespace Player::Sockets {
@@ -13,8 +14,11 @@ public:
 
     /// One `sendto`: the byte count, or `kNoData` when the socket takes none now. Throws `NetworkErr` 39.
     SInt WriteTo(const void* aData, UInt aSize, const Address& aTo);
-    /// One `recvfrom`: the byte count, or `kNoData`; the sender goes to `aFrom`. Throws `NetworkErr` 38.
+    /// One `recvfrom`: the byte count (0 for an empty datagram), or `kNoData`; the sender goes to `aFrom`.
+    /// Throws `NetworkErr` 38.
     SInt ReadFrom(void* aData, UInt aSize, Address& aFrom) const;
+    /// Takes in what waits, up to a full batch, without blocking; the count. Throws `NetworkErr` 38.
+    UInt ReadMany(DatagramBatch& aBatch) const;
 };
 
 }  // namespace Player::Sockets

@@ -1,0 +1,51 @@
+#include "Packets/RTP.hpp"
+
+#include "BigEndian.hpp"
+#include "Player/Mem.hpp"
+
+namespace Player::Packets {
+
+namespace {
+
+constexpr UInt kFixedHeader = 12;
+constexpr UInt kExtensionHeader = 4;
+constexpr UInt kCSRC = 4;
+
+}  // namespace
+
+RTP::RTP(const Byte* aData, UInt aSize, const Lengths& aLengths, UInt aSeqNumberExt, long long aTimestampExt)
+    : Media(Time(0), aData, aSize), mLengths(aLengths), mSeqNumberExt(aSeqNumberExt), mTimestampExt(aTimestampExt) {
+    PLAYER_ASSERT(kFixedHeader <= aLengths.mHeader && aLengths.Overhead() <= aSize);
+}
+
+unsigned short RTP::SeqNumber() const {
+    return BigEndian::Read16(Data().Begin() + 2);
+}
+
+UInt RTP::Timestamp() const {
+    return BigEndian::Read32(Data().Begin() + 4);
+}
+
+bool RTP::HasMarker() const {
+    return 0 != (Data()[1] & 0x80);
+}
+
+Byte RTP::NumCSRCs() const {
+    return Data()[0] & 0x0F;
+}
+
+void RTP::CopyCSRCs(UInt* aDst, unsigned short aMax) const {
+    const UInt lHeld = (mLengths.mHeader - kFixedHeader) / kCSRC;
+    const UInt lCount = Util::Min<UInt>(Util::Min<UInt>(NumCSRCs(), lHeld), aMax);
+    for (UInt i = 0; i < lCount; ++i) {
+        aDst[i] = BigEndian::Read32(Data().Begin() + kFixedHeader + i * kCSRC);
+    }
+}
+
+void RTP::CopyExtension(Byte* aDst, unsigned short aMax) const {
+    if (mLengths.mExtension < kExtensionHeader) { return; }
+    const Byte* const lBytes = Data().Begin() + mLengths.mHeader + kExtensionHeader;
+    Mem::Copy(aDst, lBytes, Util::Min<UInt>(ExtensionSize(), aMax));
+}
+
+}  // namespace Player::Packets

@@ -1,0 +1,101 @@
+#include "RTP/Transports/OverRTSP.hpp"
+
+#include <cstdlib>
+
+#include "BigEndian.hpp"
+#include "Player/Exception.hpp"
+#include "Player/Mem.hpp"
+#include "Player/Report.hpp"
+
+namespace Player::RTP::Transports {
+
+namespace {
+
+/// '$', the channel, and the length in 16 bits.
+constexpr UInt kFrameHeader = 4;
+
+}  // namespace
+
+TrackIdx OverRTSP::AddTrack() {
+    return Add(ScopedPtr<RTSPTrack>(new RTSPTrack));
+}
+
+void OverRTSP::Reset() {
+    RemoveAll();
+}
+
+void OverRTSP::SetInterLeavedChannelIdentifier(TrackIdx aIdx, const String& aChannels) {
+    At(aIdx).mChannelId = static_cast<int>(std::strtol(aChannels.c_str(), nullptr, 10));
+}
+
+int OverRTSP::GetTrackByChannelId(int aChannel) const {
+    for (const int lChannel : {aChannel, aChannel - 1}) {
+        for (TrackIdx i = 0; i < Held().size(); ++i) {
+            if (lChannel == At(i).mChannelId) { return static_cast<int>(i); }
+        }
+    }
+    return -1;
+}
+
+bool OverRTSP::HandlePacketData(unsigned char aChannel, unsigned char* aData, unsigned short aSize) {
+    const int lIdx = GetTrackByChannelId(aChannel);
+    if (lIdx < 0) { return false; }
+    const TrackIdx lTrack = static_cast<TrackIdx>(lIdx);
+    if (0 == aChannel % 2) { return At(lTrack).mStack.HandleRTP(aData, aSize, Time::Now()); }
+    HandleRTCP(lTrack, aData, aSize);
+    return false;
+}
+
+void OverRTSP::HandleRTCP(TrackIdx aIdx, const Byte* aData, UInt aSize) {
+    Byte lFrame[kFrameHeader + ReceiverReport::kSize];
+    const UInt lSize = AnswerRTCP(At(aIdx), aData, aSize, lFrame + kFrameHeader, ReceiverReport::kSize);
+    if (0 == lSize) { return; }
+    lFrame[0] = '$';
+    // By the track's index, not by the channel that the packet came on.
+    lFrame[1] = static_cast<Byte>(aIdx + 1);
+    BigEndian::Write16(lFrame + 2, lSize);
+    try {
+        mRTSPSession->Send_RR(lFrame, kFrameHeader + lSize);
+    } catch (const NetworkErr& lError) {
+        // The server does without this report; whoever reads next finds out about the connection.
+        Report(__FILE__, __LINE__, Severity::Warning, "OverRTSP::HandleRTCP(): %s", lError.Message());
+    }
+}
+
+bool OverRTSP::Receive() {
+    try {
+        return mRTSPSession->RecvInterleavedPackets();
+    } catch (const NetworkErr&) {
+        // No more data.
+        return false;
+    }
+}
+
+Time OverRTSP::GetBufferSizeInTime() const {
+    Time lShortest = Time::Now();  // longer than any span of media
+    for (const auto& lTrack : All()) {
+        lShortest = Util::Min(lShortest, lTrack->mStack.SizeInTime());
+    }
+    return lShortest;
+}
+
+void OverRTSP::Preflight() {
+    PLAYER_ASSERT(mRTSPSession);
+}
+
+bool OverRTSP::FillOrHave() {
+    Receive();
+    return TrackTransport::FillOrHave();
+}
+
+bool OverRTSP::Produce() {
+    Receive();
+    return TrackTransport::Produce();
+}
+
+bool OverRTSP::TakeIn(RTSPTrack& aTrack) {
+    if (aTrack.NotifyEnd(Time::Now())) { return false; }
+    return Receive() && !aTrack.mStack.Empty();
+}
+
+}  // namespace Player::RTP::Transports

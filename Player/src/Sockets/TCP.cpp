@@ -1,0 +1,32 @@
+#include "Sockets/TCP.hpp"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+
+#include "Throw.hpp"
+
+namespace Player::Sockets {
+
+namespace {
+
+UInt Create() {
+    const int lSocket = ::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+    if (lSocket < 0) {
+        const int lErrno = errno;
+        PLAYER_THROW(NetworkErr, 32, "TCP::Create(): Failed to create [%u]", static_cast<UInt>(lErrno));
+    }
+    return static_cast<UInt>(lSocket);
+}
+
+}  // namespace
+
+TCP::TCP() : Socket(Create()) {}
+
+void TCP::Reset() {
+    Close();
+    Adopt(Create());
+}
+
+}  // namespace Player::Sockets
