@@ -172,8 +172,9 @@ SharedPtr<Packets::RTP, SharedObject> Stack::Pop() {
 
 Time Stack::SizeInTime() const {
     if (Empty()) { return Time(0); }
-    const auto lFirst = static_cast<std::uint64_t>(mRun.mQueue.front()->TimestampExt());
-    return PlayTime(static_cast<long long>(static_cast<std::uint64_t>(LatestTimestamp()) - lFirst));
+    const std::uint64_t lFirst = static_cast<std::uint64_t>(mRun.mQueue.front()->TimestampExt());
+    const std::uint64_t lSpan = static_cast<std::uint64_t>(LatestTimestamp()) - lFirst;
+    return PlayTime(static_cast<long long>(lSpan));
 }
 
 Time Stack::CurrentTime() const {
@@ -197,8 +198,9 @@ long long Stack::LatestTimestamp() const {
 }
 
 Time Stack::AdjustedPlayTime(long long aTimestamp) const {
-    const auto lAdjustment = static_cast<std::uint64_t>(mRun.mAdjustment);
-    return PlayTime(static_cast<long long>(static_cast<std::uint64_t>(aTimestamp) + lAdjustment));
+    const std::uint64_t lAdjustment = static_cast<std::uint64_t>(mRun.mAdjustment);
+    const std::uint64_t lAdjusted = static_cast<std::uint64_t>(aTimestamp) + lAdjustment;
+    return PlayTime(static_cast<long long>(lAdjusted));
 }
 
 UInt Stack::Ended(Time aNow) {

@@ -100,7 +100,7 @@ private:
         /// Timestamp units that `Synchronize` adds to play times; wraps.
         SInt mAdjustment = 0;
         Reception::End mEnd = Reception::End::kRunning;
-        /// Ascending by index; equal ones can only stand at the front.
+        /// Ascending by index; two can be equal.
         Queue mQueue;
         UInt mPoppedIndex = 0;
         long long mPoppedTimestamp = 0;

@@ -113,10 +113,8 @@ void OverUDP::PreflightTrack(UDPTrack& aTrack, Time aNow) {
     std::vector<String> lPorts;
     Split(aTrack.mRemotePorts, '-', lPorts);
     PLAYER_ASSERT(2 >= lPorts.size());
-    Sockets::UDP* const lSockets[] = {&aTrack.mRTPSocket, &aTrack.mRTCPSocket};
-    for (UInt i = 0; i < lPorts.size(); ++i) {
-        PunchHole(*lSockets[i], aTrack.mRemoteIP, lPorts[i]);
-    }
+    if (!lPorts.empty()) { PunchHole(aTrack.mRTPSocket, aTrack.mRemoteIP, lPorts[0]); }
+    if (1 < lPorts.size()) { PunchHole(aTrack.mRTCPSocket, aTrack.mRemoteIP, lPorts[1]); }
 }
 
 bool OverUDP::TakeIn(UDPTrack& aTrack) {
