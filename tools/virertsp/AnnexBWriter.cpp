@@ -1,0 +1,63 @@
+#include "AnnexBWriter.hpp"
+
+#include <map>
+#include <vector>
+
+#include "Parser/Base64.hpp"
+#include "Player/String.hpp"
+
+namespace Virertsp {
+
+namespace {
+
+constexpr Player::Byte kStartCode[] = {0, 0, 0, 1};
+/// In front of each NAL unit of a sample: its length, big-endian.
+constexpr std::size_t kLengthSize = 4;
+
+/// The NAL units in "sprop-parameter-sets" (RFC 6184 section 8.1).
+std::vector<std::string> ParameterSets(const Player::Properties& aTrack) {
+    std::map<std::string, std::string> lParameters;
+    Player::SplitToMap(aTrack.Get("FmtParams"), ';', '=', lParameters);
+    std::vector<std::string> lSets;
+    Player::Split(lParameters["sprop-parameter-sets"], ',', lSets);
+    for (std::string& lSet : lSets) {
+        lSet = Parser::Base64Decode(lSet);
+    }
+    return lSets;
+}
+
+std::size_t ReadLength(const Player::Byte* aData) {
+    std::size_t lLength = 0;
+    for (std::size_t i = 0; i < kLengthSize; ++i) {
+        lLength = lLength << 8 | aData[i];
+    }
+    return lLength;
+}
+
+}  // namespace
+
+AnnexBWriter::AnnexBWriter(const Player::Properties& aTrack, const std::string& aPath) : mFile(aPath) {
+    for (const std::string& lSet : ParameterSets(aTrack)) {
+        if (!lSet.empty()) { WriteNAL(lSet.data(), lSet.size()); }
+    }
+}
+
+void AnnexBWriter::Write(const Player::Packet& aSample) {
+    const Player::Byte* lAt = aSample.Begin();
+    const Player::Byte* const lEnd = aSample.End();
+    while (lEnd - lAt >= static_cast<std::ptrdiff_t>(kLengthSize)) {
+        const std::size_t lLeft = static_cast<std::size_t>(lEnd - lAt) - kLengthSize;
+        const std::size_t lLength = ReadLength(lAt);
+        lAt += kLengthSize;
+        const std::size_t lSize = lLength < lLeft ? lLength : lLeft;
+        WriteNAL(lAt, lSize);
+        lAt += lSize;
+    }
+}
+
+void AnnexBWriter::WriteNAL(const void* aData, std::size_t aSize) {
+    mFile.Write(kStartCode, sizeof(kStartCode));
+    mFile.Write(aData, aSize);
+}
+
+}  // namespace Virertsp

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "Command.hpp"
+#include "Player/Exception.hpp"
+
+namespace Virertsp {
+
+/// What ends a command: one sentence for people, and the exit code.
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitCode aCode, const std::string& aSentence) : std::runtime_error(aSentence), mCode(aCode) {}
+
+    ExitCode Code() const { return mCode; }
+
+private:
+    ExitCode mCode;
+};
+
+/// The library's failure in words that need no knowledge of the library.
+Failure Explain(const Player::Exception& aException, const std::string& aURL);
+
+}  // namespace Virertsp

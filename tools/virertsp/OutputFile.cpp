@@ -1,0 +1,36 @@
+#include "OutputFile.hpp"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "Failure.hpp"
+
+namespace Virertsp {
+
+OutputFile::OutputFile(const std::string& aPath) : mPath(aPath), mFile(std::fopen(aPath.c_str(), "wbe")) {
+    if (!mFile) { Fail(); }
+}
+
+void OutputFile::Write(const void* aData, std::size_t aSize) {
+    if (aSize != std::fwrite(aData, 1, aSize, mFile.get())) { Fail(); }
+}
+
+void OutputFile::Close() {
+    if (mFile && 0 != std::fclose(mFile.release())) { Fail(); }
+}
+
+void OutputFile::Fail() const {
+    throw Failure(kExitOutput, "Can't write " + mPath + ": " + std::strerror(errno) + ".");
+}
+
+void MakeDirectory(const std::string& aPath) {
+    if (0 == mkdir(aPath.c_str(), 0777)) { return; }
+    const int lError = errno;
+    struct stat lStatus = {};
+    if (0 == stat(aPath.c_str(), &lStatus) && S_ISDIR(lStatus.st_mode)) { return; }
+    throw Failure(kExitOutput, "Can't make the directory " + aPath + ": " + std::strerror(lError) + ".");
+}
+
+}  // namespace Virertsp

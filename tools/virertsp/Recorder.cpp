@@ -1,0 +1,123 @@
+#include "Recorder.hpp"
+
+#include <sys/stat.h>
+
+#include <thread>
+
+#include "Failure.hpp"
+#include "Interrupt.hpp"
+#include "Player/String.hpp"
+
+namespace Virertsp {
+
+namespace {
+
+/// The end of a track may be known before its last packets are read: they get so much time.
+constexpr std::chrono::milliseconds kLastWords(300);
+/// After so many samples of one track the others get their turn.
+constexpr unsigned kMaxTurn = 256;
+
+bool IsDevice(const std::string& aPath) {
+    struct stat lStatus = {};
+    return 0 == stat(aPath.c_str(), &lStatus) && S_ISCHR(lStatus.st_mode);
+}
+
+}  // namespace
+
+Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
+    : mPlayer(aPlayer), mLimit(static_cast<long long>(aSettings.mSeconds * 4294967296.0)), mLastTaken(Clock::now()) {
+    const bool lDrop = IsDevice(aSettings.mDirectory);
+    if (!lDrop) { MakeDirectory(aSettings.mDirectory); }
+    for (Player::TrackIdx lTrack = 0; lTrack < mPlayer.GetTrackCount(); ++lTrack) {
+        AddTrack(lTrack, aSettings, lDrop);
+    }
+    if (mTracks.empty()) { throw Failure(kExitNothingPlayable, "No track of the presentation can be written."); }
+}
+
+void Recorder::AddTrack(Player::TrackIdx aIndex, const Settings& aSettings, bool aDrop) {
+    const std::string lBase = aSettings.mDirectory + Player::StringWithFormat("/track%u", aIndex);
+    try {
+        auto lWriter = aDrop ? MakeNullWriter() : MakeWriter(*mPlayer.GetTrackInfo(aIndex), lBase);
+        auto lTimes = aSettings.mTimes && !aDrop ? std::make_unique<OutputFile>(lBase + ".times") : nullptr;
+        mTracks.push_back({aIndex, TrackRecord(std::move(lWriter), std::move(lTimes))});
+    } catch (const Failure& lFailure) {
+        if (kExitNothingPlayable != lFailure.Code()) { throw; }
+        std::fprintf(stderr, "virertsp: track %u is left out: %s\n", aIndex, lFailure.what());
+    }
+}
+
+void Recorder::Run(Progress& aProgress) {
+    for (;;) {
+        const bool lTaken = DrainAll();
+        const Clock::time_point lNow = Clock::now();
+        if (Interrupted() || IsEnough() || IsOver(lTaken, lNow)) { return; }
+        aProgress.Update(mPlayer, lNow);
+        std::this_thread::sleep_for(mPace.Next(PacketsSinceLast()));
+    }
+}
+
+bool Recorder::DrainAll() {
+    bool lTaken = false;
+    for (Track& lTrack : mTracks) {
+        lTaken = Drain(lTrack) || lTaken;
+    }
+    return lTaken;
+}
+
+bool Recorder::Drain(Track& aTrack) {
+    unsigned lSamples = 0;
+    while (lSamples < kMaxTurn) {
+        const auto lSample = mPlayer.GetTrackPacket(aTrack.mIndex);
+        if (!lSample) { break; }
+        aTrack.mRecord.Write(*lSample);
+        ++lSamples;
+        // Brings the next sample out of what was received already: the network is asked only when that is used up.
+        mPlayer.Fetch(aTrack.mIndex);
+    }
+    return 0 != lSamples;
+}
+
+bool Recorder::IsEnough() const {
+    if (Player::Time(0) == mLimit) { return false; }
+    for (const Track& lTrack : mTracks) {
+        if (!(lTrack.mRecord.Length() >= mLimit) && !mPlayer.IsTrackEnded(lTrack.mIndex)) { return false; }
+    }
+    return true;
+}
+
+bool Recorder::IsOver(bool aTakenIn, Clock::time_point aNow) {
+    if (aTakenIn || !mPlayer.IsEnded()) { mLastTaken = aNow; }
+    return aNow - mLastTaken >= kLastWords;
+}
+
+unsigned Recorder::PacketsSinceLast() {
+    const std::uint64_t lPackets = Totals::Of(mPlayer).mPackets;
+    const std::uint64_t lMore = lPackets > mLastPackets ? lPackets - mLastPackets : 0;
+    mLastPackets = lPackets;
+    return static_cast<unsigned>(lMore);
+}
+
+void Recorder::Finish() {
+    for (Track& lTrack : mTracks) {
+        lTrack.mRecord.Finish();
+    }
+}
+
+std::string Recorder::Summary() const {
+    std::string lText;
+    for (const Track& lTrack : mTracks) {
+        lText += Player::StringWithFormat("track %u: ", lTrack.mIndex) +
+                 mPlayer.GetTrackInfo(lTrack.mIndex)->Get("Format") + ", " +
+                 lTrack.mRecord.Summary(mPlayer.GetTrackReception(lTrack.mIndex)) + "\n";
+    }
+    return lText;
+}
+
+int Recorder::SilentTrack() const {
+    for (const Track& lTrack : mTracks) {
+        if (mPlayer.HasTrackTimedOut(lTrack.mIndex)) { return static_cast<int>(lTrack.mIndex); }
+    }
+    return -1;
+}
+
+}  // namespace Virertsp

@@ -1,0 +1,80 @@
+#include "SessionOptions.hpp"
+
+#include <strings.h>
+
+#include <memory>
+
+#include "Configuration.hpp"
+#include "Failure.hpp"
+#include "Player/Report.hpp"
+
+namespace Virertsp {
+
+namespace {
+
+constexpr char kScheme[] = "rtsp://";
+
+struct FreeContext {
+    void operator()(GOptionContext* aContext) const { g_option_context_free(aContext); }
+};
+using ContextPtr = std::unique_ptr<GOptionContext, FreeContext>;
+
+}  // namespace
+
+SessionOptions::~SessionOptions() {
+    g_strfreev(mConfig);
+}
+
+bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries) {
+    gboolean lHelp = FALSE;
+    const GOptionEntry lCommon[] = {
+        {"tcp", 't', 0, G_OPTION_ARG_NONE, &mTCP, "Ask for media over the RTSP connection instead of UDP", nullptr},
+        {"config", 'c', 0, G_OPTION_ARG_STRING_ARRAY, &mConfig, "Set a value of the session, may be repeated",
+         "KEY=VALUE"},
+        {"verbose", 'v', 0, G_OPTION_ARG_NONE, &mVerbose, "Show the messages of the library", nullptr},
+        {"help", 'h', 0, G_OPTION_ARG_NONE, &lHelp, "Show this help", nullptr},
+        {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
+    };
+    const ContextPtr lContext(g_option_context_new("URL"));
+    g_option_context_set_summary(lContext.get(), aSummary);
+    g_option_context_set_description(lContext.get(), ConfigurationHelp().c_str());
+    // The parser's own help would end the program.
+    g_option_context_set_help_enabled(lContext.get(), FALSE);
+    g_option_context_add_main_entries(lContext.get(), aEntries, nullptr);
+    g_option_context_add_main_entries(lContext.get(), lCommon, nullptr);
+    GError* lError = nullptr;
+    if (!g_option_context_parse(lContext.get(), &aCount, &aArguments, &lError)) {
+        const std::string lText = lError->message;
+        g_error_free(lError);
+        throw Failure(kExitUsage, lText + ".");
+    }
+    if (lHelp) {
+        gchar* const lText = g_option_context_get_help(lContext.get(), FALSE, nullptr);
+        g_print("%s", lText);
+        g_free(lText);
+        return false;
+    }
+    TakeURL(aCount, aArguments);
+    return true;
+}
+
+void SessionOptions::TakeURL(int aCount, char** aArguments) {
+    if (2 != aCount) { throw Failure(kExitUsage, "Give one URL, such as rtsp://host/clip."); }
+    mURL = aArguments[1];
+    if (0 != strncasecmp(mURL.c_str(), kScheme, sizeof(kScheme) - 1)) {
+        throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + ".");
+    }
+}
+
+void SessionOptions::Open(Player::MediaPlayer& aPlayer) const {
+    if (!Verbose()) { Player::SetReporter(nullptr); }
+    Configure(aPlayer, FALSE != mTCP, mConfig);
+    try {
+        aPlayer.Play(mURL, Player::Time(0));
+    } catch (const Player::Exception& lException) { throw Explain(lException, mURL); }
+    if (0 == aPlayer.GetTrackCount()) {
+        throw Failure(kExitNothingPlayable, "The presentation has no track of a format that can be played.");
+    }
+}
+
+}  // namespace Virertsp

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <glib.h>
+
+#include <string>
+#include <vector>
+
+#include "Player/MediaPlayer.hpp"
+
+namespace Virertsp {
+
+/// What every command that opens a session lets its user say.
+class SessionOptions {
+public:
+    SessionOptions() = default;
+    SessionOptions(const SessionOptions&) = delete;
+    SessionOptions& operator=(const SessionOptions&) = delete;
+    ~SessionOptions();
+
+    /// Reads the command line with the command's own entries (ended by an empty one) beside the common ones.
+    /// Throws `Failure`. False when help was asked for and printed.
+    bool Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries);
+
+    const std::string& URL() const { return mURL; }
+    bool Verbose() const { return FALSE != mVerbose; }
+
+    /// Silences the library unless its messages were asked for, and plays the location. Throws `Failure`, also
+    /// when no track can be played.
+    void Open(Player::MediaPlayer& aPlayer) const;
+
+private:
+    void TakeURL(int aCount, char** aArguments);
+
+    gboolean mTCP = FALSE;
+    gboolean mVerbose = FALSE;
+    gchar** mConfig = nullptr;
+    std::string mURL;
+};
+
+}  // namespace Virertsp
