@@ -18,7 +18,7 @@ constexpr const char* kAAC = "mode=AAC-hbr;sizelength=13;indexlength=3;indexdelt
 constexpr UInt kLimit = Processors::RTP::MPEG4Generic::kMaxPendingBytes;
 
 /// Headers of a stream that is described as `kAAC`.
-AUHeaders AAC(std::vector<UInt> aSizes) {
+AUHeaders AAC(const std::vector<UInt>& aSizes) {
     AUHeaders lHeaders;
     for (const UInt lSize : aSizes) {
         lHeaders.Put(13, lSize).Put(3, 0);
