@@ -15,6 +15,7 @@ public:
     BitReader(const Byte* aData, UInt aSize) : mData(aData), mEnd(std::uint64_t{aSize} * 8) {}
 
     std::uint64_t Position() const { return mPosition; }
+    bool AtEnd() const { return mPosition == mEnd; }
     /// A position behind the end stands for the end.
     void Seek(std::uint64_t aPosition) { mPosition = Util::Min(aPosition, mEnd); }
     void Skip(std::uint64_t aBits) { mPosition += Util::Min(aBits, mEnd - mPosition); }
@@ -39,7 +40,7 @@ private:
     UInt BitOffset() const { return static_cast<UInt>(mPosition % kBitsOfByte); }
     /// `aBits` bits that lie within one byte.
     UInt Peek(UInt aBits) const {
-        if (mPosition == mEnd) { return 0; }
+        if (AtEnd()) { return 0; }
         const UInt lByte = mData[mPosition / kBitsOfByte];
         return lByte >> (kBitsOfByte - BitOffset() - aBits) & ((1U << aBits) - 1);
     }

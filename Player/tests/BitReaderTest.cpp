@@ -60,6 +60,7 @@ TEST_F(BitReaderTest, MissingBitsAreZeroAndTheCursorStaysAtTheEnd) {
     lBits.Skip(4);
     EXPECT_EQ(0xF00U, lBits.Read(12));
     EXPECT_EQ(8U, lBits.Position());
+    EXPECT_TRUE(lBits.AtEnd());
     EXPECT_EQ(0U, lBits.Read(32));
     EXPECT_EQ(8U, lBits.Position());
 }
@@ -82,6 +83,7 @@ TEST_F(BitReaderTest, SkipAndSeekStopAtTheEnd) {
     lBits.Skip(~std::uint64_t{0});
     EXPECT_EQ(16U, lBits.Position());
     lBits.Seek(15);
+    EXPECT_FALSE(lBits.AtEnd());
     EXPECT_EQ(1U, lBits.Read(1));
     lBits.Seek(17);
     EXPECT_EQ(16U, lBits.Position());

@@ -18,11 +18,16 @@ public:
     /// Drops what is left of the current word, unless a whole number of bytes is left of it.
     void trim();
 
-private:
+protected:
     using bitstream<T>::kWordBits;
     using bitstream<T>::kWordBytes;
     using bitstream<T>::m_bits;
+    using bitstream<T>::m_offset;
+    using bitstream<T>::m_size;
+    using bitstream<T>::m_word;
+    using bitstream<T>::NextWord;
 
+private:
     T Word() const;
     T Take(std::uint8_t aBits);
 };
@@ -35,14 +40,14 @@ T reader<T>::read(std::uint8_t a_bits) {
     if (a_bits <= m_bits) { return Take(a_bits); }
     const auto lMore = static_cast<std::uint8_t>(a_bits - m_bits);
     const T lHead = Take(m_bits);
-    const T lTail = this->NextWord() ? Take(lMore) : 0;
+    const T lTail = NextWord() ? Take(lMore) : 0;
     return (kWordBits == lMore ? 0 : lHead << lMore) | lTail;
 }
 
 template <typename T>
 bool reader<T>::has_bits(std::uint8_t n) const {
-    const std::uint64_t lConsumed = std::uint64_t{this->m_offset} * 8 + kWordBits - m_bits;
-    return lConsumed + n <= std::uint64_t{this->m_size} * 8;
+    const std::uint64_t lConsumed = std::uint64_t{m_offset} * 8 + kWordBits - m_bits;
+    return lConsumed + n <= std::uint64_t{m_size} * 8;
 }
 
 template <typename T>
@@ -55,7 +60,7 @@ template <typename T>
 T reader<T>::Word() const {
     T lWord = 0;
     for (UInt lByte = 0; lByte < kWordBytes; ++lByte) {
-        lWord = lWord << 8 | (lByte < this->m_size - this->m_offset ? this->m_word[lByte] : 0);
+        lWord = lWord << 8 | (lByte < m_size - m_offset ? m_word[lByte] : 0);
     }
     return lWord;
 }

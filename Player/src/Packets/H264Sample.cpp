@@ -4,13 +4,13 @@
 #include <limits>
 #include <stdexcept>
 
+#include "BigEndian.hpp"
 #include "Player/Mem.hpp"
 
 namespace Player::Packets {
 
 namespace {
 
-constexpr UInt kSizeBytes = 4;
 constexpr Byte kNALRefIdc = 0x60;
 
 }  // namespace
@@ -22,10 +22,9 @@ void H264Sample::Reserve(UInt aMore, UInt aOverhead) {
 }
 
 void H264Sample::AppendSize(UInt aSize) {
-    const UInt lAt = Mark();
-    const Byte lZeros[kSizeBytes] = {};
-    Append(lZeros, kSizeBytes);
-    ModifySize(lAt, aSize);
+    Byte lField[kSizeBytes];
+    BigEndian::Write32(lField, aSize);
+    Append(lField, kSizeBytes);
 }
 
 void H264Sample::AppendNAL(const void* aData, UInt aSize) {
@@ -35,9 +34,8 @@ void H264Sample::AppendNAL(const void* aData, UInt aSize) {
 }
 
 void H264Sample::ModifySize(UInt aAt, UInt aSize) {
-    for (UInt lIdx = 0; lIdx < kSizeBytes; ++lIdx) {
-        Data()[aAt + lIdx] = static_cast<Byte>(aSize >> 8 * (kSizeBytes - 1 - lIdx));
-    }
+    PLAYER_ASSERT(aAt <= Mark() && kSizeBytes <= Mark() - aAt);
+    BigEndian::Write32(Data() + aAt, aSize);
 }
 
 void H264Sample::Revert(UInt aAt) {

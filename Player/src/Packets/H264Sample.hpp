@@ -8,6 +8,9 @@ namespace Player::Packets {
 /// Sizes and positions are in bytes. An access unit beyond 32 bits throws `std::length_error`.
 class H264Sample : public Media {
 public:
+    /// What stands before each NAL unit.
+    static constexpr UInt kSizeBytes = 4;
+
     explicit H264Sample(Time aPlayTime) : Media(aPlayTime) {}
 
     /// The length so far: a position to come back to.

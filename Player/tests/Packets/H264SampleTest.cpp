@@ -68,6 +68,13 @@ TEST(H264SampleTest, ModifySizeWritesFourBytesInPlace) {
     EXPECT_EQ((Bytes{0x11, 0xA1, 0xB2, 0xC3, 0xD4, 0x22}), BytesOf(lSample));
 }
 
+TEST(H264SampleDeathTest, ASizeOutsideTheSampleIsAMistake) {
+    H264Sample lSample{Time(0)};
+    lSample.AppendSize(0);
+    EXPECT_DEATH(lSample.ModifySize(1, 0), "kSizeBytes <= Mark\\(\\) - aAt");
+    EXPECT_DEATH(lSample.ModifySize(0xFFFFFFFF, 0), "aAt <= Mark\\(\\)");
+}
+
 TEST(H264SampleTest, RevertCutsBackToAMark) {
     H264Sample lSample{Time(0)};
     lSample.Append(1);

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "BigEndian.hpp"
+
 namespace Player::Processors::RTP {
 
 namespace {
@@ -102,11 +104,10 @@ void H264::DecodePackets(Packets::H264Sample& aSample) const {
 
 /// The most that the pending packets can give, so that the sample is allocated once.
 UInt H264::MaxSampleSize() const {
-    constexpr UInt kLengthField = 4;
     UInt lMost = 0;
     for (const PacketPtr& lPacket : mPending) {
         const UInt lSize = lPacket->Size();
-        lMost += lSize + kLengthField;
+        lMost += lSize + Packets::H264Sample::kSizeBytes;
         // A unit takes at least 3 bytes of an aggregate, and its length grows from 2 bytes to 4.
         if (kSTAPA == NALType(*lPacket)) { lMost += lSize / 3 * 2; }
     }
@@ -119,7 +120,7 @@ void H264::DecodeSTAP(const Packets::RTP& aPacket, Packets::H264Sample& aSample)
     const Byte* const lData = aPacket.Begin();
     const UInt lEnd = aPacket.Size();
     for (UInt lAt = 1; lEnd - lAt > 2;) {
-        const UInt lSize = static_cast<UInt>(lData[lAt] << 8 | lData[lAt + 1]);
+        const UInt lSize = BigEndian::Read16(lData + lAt);
         lAt += 2;
         // A size that cannot be is stepped over alone: a good unit may follow.
         if (0 == lSize || lSize > lEnd - lAt) { continue; }
@@ -149,7 +150,7 @@ void H264::DecodeFU(PacketList::const_iterator& aIt, PacketList::const_iterator 
         }
         ++aIt;
         if (HasFUFlag(lFragment, kFUEnd)) {
-            aSample.ModifySize(lMark, aSample.Mark() - lMark - 4);
+            aSample.ModifySize(lMark, aSample.Mark() - lMark - Packets::H264Sample::kSizeBytes);
             return;
         }
         // What continues a unit is told by its number alone; the type byte is not looked at.

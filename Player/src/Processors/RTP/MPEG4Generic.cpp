@@ -124,7 +124,7 @@ void MPEG4Generic::ReadAUs(const Packets::RTP& aPacket, BitReader& aBits) {
     const std::uint64_t lMostTaken = std::uint64_t{aPacket.Size()} * kMaxCopies;
     mIsFirstAU = true;
     mTakenBytes = 0;
-    while (aBits.Position() < mAUHeadersLength && mTakenBytes <= lMostTaken) {
+    while (aBits.Position() < mAUHeadersLength && !aBits.AtEnd() && mTakenBytes <= lMostTaken) {
         const std::uint64_t lHeader = aBits.Position();
         ReadFormatSpecificFields(aBits);
         ReadAuHeader(aBits);

@@ -26,7 +26,7 @@ inline Bytes operator+(Bytes aA, const Bytes& aB) {
 }
 
 /// `aCount` bytes that count up from `aFirst`.
-inline Bytes Run(UInt aCount, Byte aFirst = 0) {
+inline Bytes Counted(UInt aCount, Byte aFirst = 0) {
     Bytes lBytes;
     for (UInt lIdx = 0; lIdx < aCount; ++lIdx) {
         lBytes.push_back(static_cast<Byte>(aFirst + lIdx));
@@ -114,7 +114,7 @@ public:
     Processor& Link() { return *mProcessor; }
 
     Recorder& End() { return *mEnd; }
-    std::size_t Count() const { return mEnd->mSamples.size(); }
+    std::size_t Delivered() const { return mEnd->mSamples.size(); }
     /// The contents of all samples so far.
     std::vector<Bytes> Samples() const {
         std::vector<Bytes> lSamples;

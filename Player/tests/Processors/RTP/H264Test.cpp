@@ -51,7 +51,7 @@ TEST_F(H264Test, PaddingIsNoPartOfANALUnit) {
 TEST_F(H264Test, PacketsOfOneTimestampGatherUpToTheMarker) {
     EXPECT_TRUE(mChain.Push(RTPPacket({0x67, 1}).Seq(1)));
     EXPECT_TRUE(mChain.Push(RTPPacket({0x68, 2}).Seq(2)));
-    EXPECT_EQ(0U, mChain.Count());
+    EXPECT_EQ(0U, mChain.Delivered());
     EXPECT_TRUE(mChain.Push(RTPPacket({0x65, 3}).Seq(3).Marker()));
     EXPECT_THAT(mChain.Samples(), ElementsAre(Unit({0x67, 1}) + Unit({0x68, 2}) + Unit({0x65, 3})));
 }
@@ -59,7 +59,7 @@ TEST_F(H264Test, PacketsOfOneTimestampGatherUpToTheMarker) {
 TEST_F(H264Test, WithoutAMarkerTheNextTimestampEndsTheUnit) {
     mChain.Push(RTPPacket({0x65, 1}).Seq(1).At(100));
     mChain.Push(RTPPacket({0x41, 2}).Seq(2).At(200), Time(999));
-    ASSERT_EQ(1U, mChain.Count());
+    ASSERT_EQ(1U, mChain.Delivered());
     EXPECT_EQ(Time(100), mChain.End().mSamples[0]->PlayTime());
     EXPECT_EQ(Time(999), mChain.End().mLatest[0]);
     mChain.Push(RTPPacket({0x41, 3}).Seq(3).At(150));  // an earlier timestamp is another one, too
@@ -100,7 +100,7 @@ TEST_F(H264Test, ARefusalOfEitherUnitIsAnsweredButBothAreDelivered) {
         lChain.End().mAnswers = {lRow.mFirst, lRow.mSecond};
         EXPECT_TRUE(lChain.Push(RTPPacket({0x65, 1}).At(100)));
         EXPECT_EQ(lRow.mAnswer, lChain.Push(RTPPacket({0x41, 2}).At(200).Marker()));
-        EXPECT_EQ(2U, lChain.Count());
+        EXPECT_EQ(2U, lChain.Delivered());
     }
 }
 
@@ -121,7 +121,7 @@ TEST_F(H264Test, OnlyNALTypes1To23AreSingleUnits) {
 TEST_F(H264Test, AUnitWithoutBytesIsNotDelivered) {
     mChain.End().mAnswers = {false};
     EXPECT_TRUE(mChain.Push(RTPPacket({0x79, 1, 2}).At(1).Marker()));
-    EXPECT_EQ(0U, mChain.Count());
+    EXPECT_EQ(0U, mChain.Delivered());
     EXPECT_FALSE(mChain.Push(RTPPacket({0x65}).At(1).Marker())) << "the first to reach the consumer";
     EXPECT_THAT(mChain.Samples(), ElementsAre(Unit({0x65})));
 }
@@ -344,7 +344,7 @@ void FillPending(Chain& aChain, UInt aTotal) {
 TEST_F(H264Test, AnAccessUnitOfTheLargestSizeIsDelivered) {
     FillPending(mChain, kLimit);
     mChain.Link().Param("EndOfStream", "Bye");
-    ASSERT_EQ(1U, mChain.Count());
+    ASSERT_EQ(1U, mChain.Delivered());
     EXPECT_GT(mChain.Samples()[0].size(), kLimit - kLimit / 100);
 }
 
@@ -352,7 +352,7 @@ TEST_F(H264Test, AnAccessUnitBeyondTheLimitIsDroppedWhole) {
     FillPending(mChain, kLimit + 1);
     EXPECT_TRUE(mChain.Push(RTPPacket({0x41, 1})));
     EXPECT_TRUE(mChain.Push(RTPPacket({0x41, 2}).Marker()));
-    EXPECT_EQ(0U, mChain.Count());
+    EXPECT_EQ(0U, mChain.Delivered());
     mChain.Push(RTPPacket({0x41, 3}).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(Unit({0x41, 3}))) << "the next one is whole again";
 }
