@@ -1,5 +1,6 @@
 """Records real media with the program and compares what comes out with what was served."""
 
+import os
 import pathlib
 import re
 import signal
@@ -92,6 +93,22 @@ class RecordTest(unittest.TestCase):
             result = media.record(url, "/dev/null", "--times")
         self.assertEqual((0, ""), (result.returncode, result.stderr))
         self.assertIn(f"{25 * SHORT} samples", result.stdout)
+
+    def test_progress_on_a_terminal(self):
+        master, slave = os.openpty()
+        with media.server("--file", str(media.clip(SHORT))) as url:
+            result = subprocess.run([media.VIRERTSP, "record", url, "--output", str(self.output)], stderr=slave,
+                                    stdout=subprocess.PIPE, timeout=media.PATIENCE)
+        os.close(slave)
+        shown = os.read(master, 65536).decode()
+        os.close(master)
+        self.assertEqual(0, result.returncode)
+        lines = shown.split("\r\033[K")
+        self.assertGreater(len(lines), SHORT)
+        for line in lines[1:-1]:
+            self.assertRegex(line, r"^\d\d:\d\d\.\d  \d+ packets, 0 lost, \d+ kbit/s, \d+\.\d s buffered$")
+        # The line is empty again at the end.
+        self.assertEqual(["", ""], [lines[0], lines[-1]])
 
     def test_an_interrupt_ends_cleanly(self):
         with media.server("--file", str(media.clip(LONG))) as url:

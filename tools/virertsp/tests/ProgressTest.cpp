@@ -16,7 +16,8 @@ TEST(ProgressTest, TimesAreForPeople) {
     };
     for (const Case& lCase : {
              Case{Time(0), "00:00.0"},
-             Case{Time(1999, 1000), "00:01.9"},
+             Case{Time(1949, 1000), "00:01.9"},
+             Case{Time(1951, 1000), "00:02.0"},
              Case{Time(3599, 1), "59:59.0"},
              Case{Time(3600, 1), "1:00:00.0"},
              Case{Time(100 * 3600 + 61, 1), "100:01:01.0"},
@@ -30,7 +31,7 @@ TEST(ProgressTest, ALineSaysItAll) {
     lTotals.mTime = Time(1234, 10);
     lTotals.mPackets = 812;
     lTotals.mLost = -1;
-    lTotals.mBuffered = Time(285, 100);
+    lTotals.mBuffered = Time(284, 100);
     EXPECT_EQ("02:03.4  812 packets, -1 lost, 4012 kbit/s, 2.8 s buffered", FormatProgress(lTotals, 4012));
 }
 
