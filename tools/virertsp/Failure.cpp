@@ -45,7 +45,7 @@ std::string ServerOf(const std::string& aURL) {
 }
 
 Failure ExplainConnect(const std::string& aDetail, const std::string& aServer) {
-    const int lError = std::atoi(aDetail.c_str());
+    const int lError = static_cast<int>(std::strtoul(aDetail.c_str(), nullptr, 10));
     if ("Timeout" == aDetail || ETIMEDOUT == lError) {
         return Failure(kExitTimeOut, "The server " + aServer + " did not take the connection in time.");
     }

@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds kInterval(500);
 constexpr char kNewLine[] = "\r\033[K";
 
 long long Tenths(const Player::Time& aTime) {
-    return aTime.Scale(10, 1);
+    return aTime.Scale(10, 1, true);
 }
 
 }  // namespace

@@ -17,19 +17,18 @@ constexpr char kSummary[] =
 
 /// False when only help was wanted.
 bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Recorder::Settings& aSettings) {
-    gchar* lDirectory = nullptr;
+    OptionText lDirectory;
     gdouble lSeconds = 0;
     gboolean lTimes = FALSE;
     const GOptionEntry lEntries[] = {
-        {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory,
+        {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText,
          "Where the files go; made if it is not there; /dev/null drops everything", "DIR"},
         {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much play time", "N"},
         {"times", 0, 0, G_OPTION_ARG_NONE, &lTimes, "Write each sample's play time in ns into trackN.times", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries);
-    aSettings.mDirectory = nullptr == lDirectory ? "" : lDirectory;
-    g_free(lDirectory);
+    aSettings.mDirectory = lDirectory.Value();
     aSettings.mSeconds = lSeconds;
     aSettings.mTimes = FALSE != lTimes;
     if (lGoOn && aSettings.mDirectory.empty()) { throw Failure(kExitUsage, "Say where to with --output DIR."); }

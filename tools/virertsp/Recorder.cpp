@@ -28,22 +28,33 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
     : mPlayer(aPlayer), mLimit(static_cast<long long>(aSettings.mSeconds * 4294967296.0)), mLastTaken(Clock::now()) {
     const bool lDrop = IsDevice(aSettings.mDirectory);
     if (!lDrop) { MakeDirectory(aSettings.mDirectory); }
+    unsigned lLeftOut = 0;
     for (Player::TrackIdx lTrack = 0; lTrack < mPlayer.GetTrackCount(); ++lTrack) {
-        AddTrack(lTrack, aSettings, lDrop);
+        if (lDrop) {
+            mTracks.push_back({lTrack, TrackRecord(MakeNullWriter(), nullptr)});
+        } else if (!AddTrack(lTrack, aSettings)) {
+            ++lLeftOut;
+        }
     }
-    if (mTracks.empty()) { throw Failure(kExitNothingPlayable, "No track of the presentation can be written."); }
+    if (mTracks.size() == lLeftOut) {
+        throw Failure(kExitNothingPlayable, "No track of the presentation can be written.");
+    }
 }
 
-void Recorder::AddTrack(Player::TrackIdx aIndex, const Settings& aSettings, bool aDrop) {
+bool Recorder::AddTrack(Player::TrackIdx aIndex, const Settings& aSettings) {
     const std::string lBase = aSettings.mDirectory + Player::StringWithFormat("/track%u", aIndex);
     try {
-        auto lWriter = aDrop ? MakeNullWriter() : MakeWriter(*mPlayer.GetTrackInfo(aIndex), lBase);
-        auto lTimes = aSettings.mTimes && !aDrop ? std::make_unique<OutputFile>(lBase + ".times") : nullptr;
+        auto lWriter = MakeWriter(*mPlayer.GetTrackInfo(aIndex), lBase);
+        auto lTimes = aSettings.mTimes ? std::make_unique<OutputFile>(lBase + ".times") : nullptr;
         mTracks.push_back({aIndex, TrackRecord(std::move(lWriter), std::move(lTimes))});
+        return true;
     } catch (const Failure& lFailure) {
         if (kExitNothingPlayable != lFailure.Code()) { throw; }
-        std::fprintf(stderr, "virertsp: track %u is left out: %s\n", aIndex, lFailure.what());
+        std::fprintf(stderr, "virertsp: track %u is dropped: %s\n", aIndex, lFailure.what());
     }
+    // It plays all the same, and what nobody takes out would pile up.
+    mTracks.push_back({aIndex, TrackRecord(MakeNullWriter(), nullptr)});
+    return false;
 }
 
 void Recorder::Run(Progress& aProgress) {

@@ -43,7 +43,8 @@ private:
         TrackRecord mRecord;
     };
 
-    void AddTrack(Player::TrackIdx aIndex, const Settings& aSettings, bool aDrop);
+    /// False for a track that can't be written and is dropped.
+    bool AddTrack(Player::TrackIdx aIndex, const Settings& aSettings);
     bool Drain(Track& aTrack);
     bool DrainAll();
     bool IsEnough() const;

@@ -35,6 +35,7 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
         {"help", 'h', 0, G_OPTION_ARG_NONE, &lHelp, "Show this help", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
+    g_set_prgname((std::string("virertsp ") + aArguments[0]).c_str());
     const ContextPtr lContext(g_option_context_new("URL"));
     g_option_context_set_summary(lContext.get(), aSummary);
     g_option_context_set_description(lContext.get(), ConfigurationHelp().c_str());

@@ -9,6 +9,18 @@
 
 namespace Virertsp {
 
+/// Text that GLib's parser allocates.
+struct OptionText {
+    OptionText() = default;
+    OptionText(const OptionText&) = delete;
+    OptionText& operator=(const OptionText&) = delete;
+    ~OptionText() { g_free(mText); }
+
+    std::string Value() const { return nullptr == mText ? "" : mText; }
+
+    gchar* mText = nullptr;
+};
+
 /// What every command that opens a session lets its user say.
 class SessionOptions {
 public:

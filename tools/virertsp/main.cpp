@@ -1,3 +1,4 @@
+#include <clocale>
 #include <cstdio>
 #include <cstring>
 
@@ -34,6 +35,7 @@ void PrintHelp(std::FILE* aOut) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::setlocale(LC_CTYPE, "");
     const char* const lName = argc > 1 ? argv[1] : "";
     for (const Command& lCommand : kCommands) {
         if (0 == std::strcmp(lName, lCommand.mName)) { return lCommand.mRun(argc - 1, argv + 1); }

@@ -1,0 +1,62 @@
+#include "Progress.hpp"
+
+#include <gtest/gtest.h>
+
+#include "Pace.hpp"
+
+namespace Virertsp {
+namespace {
+
+using Player::Time;
+
+TEST(ProgressTest, TimesAreForPeople) {
+    struct Case {
+        Time mTime;
+        const char* mText;
+    };
+    for (const Case& lCase : {
+             Case{Time(0), "00:00.0"},
+             Case{Time(1949, 1000), "00:01.9"},
+             Case{Time(1951, 1000), "00:02.0"},
+             Case{Time(3599, 1), "59:59.0"},
+             Case{Time(3600, 1), "1:00:00.0"},
+             Case{Time(100 * 3600 + 61, 1), "100:01:01.0"},
+         }) {
+        EXPECT_EQ(lCase.mText, FormatTime(lCase.mTime));
+    }
+}
+
+TEST(ProgressTest, ALineSaysItAll) {
+    Totals lTotals;
+    lTotals.mTime = Time(1234, 10);
+    lTotals.mPackets = 812;
+    lTotals.mLost = -1;
+    lTotals.mBuffered = Time(284, 100);
+    EXPECT_EQ("02:03.4  812 packets, -1 lost, 4012 kbit/s, 2.8 s buffered", FormatProgress(lTotals, 4012));
+}
+
+TEST(ProgressTest, NothingIsShownOutsideATerminal) {
+    std::FILE* const lFile = std::tmpfile();
+    Progress lProgress(lFile);
+    lProgress.Update(Player::MediaPlayer(), Progress::Clock::now() + std::chrono::hours(1));
+    lProgress.Clear();
+    EXPECT_EQ(0, std::ftell(lFile));
+    std::fclose(lFile);
+}
+
+TEST(PaceTest, IdleLooksGrowRareAndBurstsBringThemBack) {
+    Pace lPace;
+    EXPECT_EQ(2, lPace.Next(0).count());
+    for (int i = 0; i < 10; ++i) {
+        lPace.Next(0);
+    }
+    EXPECT_EQ(5, lPace.Next(23).count());
+    EXPECT_EQ(5, lPace.Next(24).count());
+    EXPECT_EQ(5, lPace.Next(63).count());
+    EXPECT_EQ(1, lPace.Next(64).count());
+    EXPECT_EQ(1, lPace.Next(24).count());
+    EXPECT_EQ(2, lPace.Next(23).count());
+}
+
+}  // namespace
+}  // namespace Virertsp

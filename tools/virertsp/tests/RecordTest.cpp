@@ -1,0 +1,223 @@
+#include "Record.hpp"
+
+#include <gmock/gmock.h>
+
+#include "Command.hpp"
+#include "Player/Report.hpp"
+#include "Scratch.hpp"
+#include "support/Packets.hpp"
+#include "support/ScriptedServer.hpp"
+
+namespace Virertsp {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using TestSupport::Hex;
+using TestSupport::RtpPacket;
+using TestSupport::ScriptedServer;
+
+/// What a run of the command left behind.
+struct Outcome {
+    int mCode;
+    std::string mOutput;
+    std::string mErrors;
+};
+
+Outcome Record(std::vector<std::string> aArguments) {
+    aArguments.insert(aArguments.begin(), "record");
+    std::vector<char*> lPointers;
+    lPointers.reserve(aArguments.size() + 1);
+    for (std::string& lArgument : aArguments) {
+        lPointers.push_back(lArgument.data());
+    }
+    lPointers.push_back(nullptr);
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    Outcome lOutcome;
+    lOutcome.mCode = RunRecord(static_cast<int>(aArguments.size()), lPointers.data());
+    lOutcome.mOutput = ::testing::internal::GetCapturedStdout();
+    lOutcome.mErrors = ::testing::internal::GetCapturedStderr();
+    Player::SetDefaultReporter();
+    return lOutcome;
+}
+
+/// A description with these media lines.
+std::string Describe(const std::string& aMedia) {
+    return "C: DESCRIBE rtsp://127.0.0.1:{port}/clip RTSP/1.0\n"
+           "C...\n"
+           "S: RTSP/1.0 200 OK\n"
+           "S: CSeq: 1\n"
+           "S: Content-Base: rtsp://127.0.0.1:{port}/clip/\n"
+           "S: Content-Length: {length}\n"
+           "S:\n"
+           "S| v=0\n" +
+           aMedia;
+}
+
+constexpr char kVideo[] =
+    "S| m=video 0 RTP/AVP 96\n"
+    "S| a=rtpmap:96 H264/90000\n"
+    "S| a=fmtp:96 sprop-parameter-sets=Z0I=,aM4=\n"
+    "S| a=control:video\n";
+
+constexpr char kPlayInterleaved[] = R"(
+    C: SETUP rtsp://127.0.0.1:{port}/clip/video RTSP/1.0
+    C...
+    S: RTSP/1.0 200 OK
+    S: CSeq: 2
+    S: Session: 1
+    S: Transport: RTP/AVP/TCP;unicast;interleaved=0-1;ssrc=00000006
+    S:
+    C: PLAY {*}
+    C...
+    S: RTSP/1.0 200 OK
+    S: CSeq: 3
+    S: RTP-Info: url=rtsp://127.0.0.1:{port}/clip/video;seq=1;rtptime=9000
+    S:
+    SPLIT
+)";
+
+constexpr char kTeardown[] = R"(
+    C: TEARDOWN {*}
+    C...
+    S: RTSP/1.0 200 OK
+    S: CSeq: 4
+    S:
+)";
+
+/// Two samples, then the server's goodbye.
+std::string Media() {
+    const auto lFirst = RtpPacket().Seq(1).Timestamp(9000).Ssrc(6).Marker().Payload({0x65, 0x88}).Build();
+    const auto lSecond = RtpPacket().Seq(2).Timestamp(12600).Ssrc(6).Marker().Payload({0x41, 0x9a}).Build();
+    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(6), TestSupport::Goodbye(6));
+    return "S$ 0 " + Hex(lFirst) + "\nS$ 0 " + Hex(lSecond) + "\nS$ 1 " + Hex(lBye) + "\n";
+}
+
+TEST(RecordTest, WritesWhatThePlayerDelivers) {
+    const Scratch lScratch;
+    ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + Media() + kTeardown);
+    const Outcome lOutcome =
+        Record({lServer.URL(), "--tcp", "--times", "-o", lScratch.Path("out"), "-c", "RTSP:TargetRTPBuffer=0"});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ("", lOutcome.mErrors);
+    EXPECT_EQ(kExitOk, lOutcome.mCode);
+    EXPECT_EQ("track 0: H264, 2 samples, 12 bytes, 00:00.0, 2 packets, 0 lost, ended by the server -> " +
+                  lScratch.Path("out/track0.h264") + "\n",
+              lOutcome.mOutput);
+    EXPECT_EQ(std::string("\0\0\0\1\x67\x42\0\0\0\1\x68\xce\0\0\0\1\x65\x88\0\0\0\1\x41\x9a", 24),
+              lScratch.Contents("out/track0.h264"));
+    // 3600 ticks of 1/90000 s, cut to units of 2^-32 s and then to nanoseconds.
+    EXPECT_EQ("0\n39999999\n", lScratch.Contents("out/track0.times"));
+}
+
+TEST(RecordTest, ADeviceSwallowsEverything) {
+    ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + Media() + kTeardown);
+    const Outcome lOutcome = Record({lServer.URL(), "--tcp", "-o", "/dev/null"});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitOk, lOutcome.mCode);
+    EXPECT_THAT(lOutcome.mOutput, HasSubstr("2 samples, 12 bytes"));
+    EXPECT_THAT(lOutcome.mOutput, HasSubstr("-> nowhere\n"));
+}
+
+TEST(RecordTest, SilenceIsATimeOutButKeepsWhatCame) {
+    const Scratch lScratch;
+    const auto lPacket = RtpPacket().Seq(1).Timestamp(9000).Ssrc(6).Marker().Payload({0x65, 0x88}).Build();
+    ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + "S$ 0 " + Hex(lPacket) + "\n" + kTeardown);
+    const Outcome lOutcome =
+        Record({lServer.URL(), "--tcp", "-o", lScratch.Path("out"), "-c", "RTSP:TimeOutRTPAfter=1"});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitTimeOut, lOutcome.mCode);
+    EXPECT_EQ("virertsp: Media of track 0 stopped coming.\n", lOutcome.mErrors);
+    EXPECT_THAT(lOutcome.mOutput, HasSubstr("1 samples"));
+    EXPECT_THAT(lScratch.Contents("out/track0.h264"), ::testing::EndsWith("\x65\x88"));
+}
+
+TEST(RecordTest, FailuresOfTheDialogue) {
+    struct Case {
+        std::string mScript;
+        int mCode;
+        const char* mWords;
+    };
+    const std::string lDescribe = "C: DESCRIBE {*}\nC...\n";
+    for (const Case& lCase : {
+             Case{lDescribe + "S: RTSP/1.0 404 Not Found\nS: CSeq: 1\nS:", kExitRefused, "404 Not Found."},
+             Case{lDescribe + "S: RTSP/1.0 200 OK\nS:", kExitProtocol, "CSeq missing."},
+             Case{lDescribe + "CLOSE", kExitNetwork, "closed the connection without an answer."},
+             Case{lDescribe, kExitTimeOut, "does not answer."},
+             Case{Describe(""), kExitProtocol, "describes no presentation that can be understood."},
+             Case{Describe("S| m=video 0 RTP/AVP 96\nS| a=rtpmap:96 VP8/90000\n"), kExitNothingPlayable,
+                  "has no track of a format that can be played."},
+         }) {
+        ScriptedServer lServer(lCase.mScript);
+        const Outcome lOutcome = Record({lServer.URL(), "-o", "/dev/null", "-c", "RTSP:TimeOutAfter=1"});
+        EXPECT_EQ("", lServer.Failure());
+        EXPECT_EQ(lCase.mCode, lOutcome.mCode) << lCase.mScript;
+        EXPECT_EQ("", lOutcome.mOutput);
+        EXPECT_THAT(lOutcome.mErrors, StartsWith("virertsp: The "));
+        EXPECT_THAT(lOutcome.mErrors, ::testing::EndsWith(std::string(lCase.mWords) + "\n"));
+    }
+}
+
+TEST(RecordTest, AServerThatIsNotThere) {
+    std::string lURL;
+    {
+        ScriptedServer lServer("");
+        lURL = lServer.URL();
+    }
+    const Outcome lOutcome = Record({lURL, "-o", "/dev/null"});
+    EXPECT_EQ(kExitNetwork, lOutcome.mCode);
+    EXPECT_THAT(lOutcome.mErrors, HasSubstr("refuses connections.\n"));
+}
+
+TEST(RecordTest, AnOutputThatCantBeMade) {
+    const Scratch lScratch;
+    std::ofstream(lScratch.Path("file")) << "x";
+    ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved);
+    const Outcome lOutcome = Record({lServer.URL(), "--tcp", "-o", lScratch.Path("file")});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitOutput, lOutcome.mCode);
+    EXPECT_THAT(lOutcome.mErrors, StartsWith("virertsp: Can't make the directory "));
+}
+
+TEST(RecordTest, MistakesOnTheCommandLine) {
+    const std::string lURL = "rtsp://127.0.0.1:1/clip";
+    for (const std::vector<std::string>& lArguments : std::vector<std::vector<std::string>>{
+             {},
+             {lURL},
+             {"-o", "/dev/null"},
+             {lURL, lURL, "-o", "/dev/null"},
+             {"http://127.0.0.1/clip", "-o", "/dev/null"},
+             {lURL, "-o", "/dev/null", "--unknown"},
+             {lURL, "-o", "/dev/null", "--seconds", "-1"},
+             {lURL, "-o", "/dev/null", "-c", "no equals sign"},
+             {lURL, "-o", "/dev/null", "-c", "RTSP:TimeoutAfter=5"},
+             {lURL, "-o", "/dev/null", "-c", "RTSP:TimeOutAfter=0"},
+             {lURL, "-o", "/dev/null", "-c", "RTSP:UseUDPPortsFrom=65536"},
+             {lURL, "-o", "/dev/null", "-c", "RTSP:UseUDPPortsTo=65537"},
+             {lURL, "-o", "/dev/null", "-c", "RTSP:UseUDPPortsFrom=6001", "-c", "RTSP:UseUDPPortsTo=6000"},
+         }) {
+        const Outcome lOutcome = Record(lArguments);
+        EXPECT_EQ(kExitUsage, lOutcome.mCode) << ::testing::PrintToString(lArguments);
+        EXPECT_THAT(lOutcome.mErrors, StartsWith("virertsp: "));
+    }
+}
+
+TEST(RecordTest, HelpListsTheKeys) {
+    const Outcome lOutcome = Record({"--help"});
+    EXPECT_EQ(kExitOk, lOutcome.mCode);
+    EXPECT_EQ("", lOutcome.mErrors);
+    EXPECT_THAT(lOutcome.mOutput, StartsWith("Usage:\n  virertsp record [OPTION"));
+    EXPECT_THAT(lOutcome.mOutput, HasSubstr("  RTSP:TimeOutAfter             seconds to wait for the server (10)\n"));
+}
+
+TEST(RecordTest, TheLibrarySpeaksOnlyWhenAsked) {
+    for (const bool lVerbose : {false, true}) {
+        ScriptedServer lServer("C: DESCRIBE {*}\nC...\nS: RTSP/1.0 404 Not Found\nS: CSeq: 1\nS:");
+        const Outcome lOutcome = Record({lServer.URL(), "-o", "/dev/null", lVerbose ? "-v" : "--tcp"});
+        EXPECT_EQ(lVerbose, std::string::npos != lOutcome.mErrors.find("Sending RTSP DESCRIBE"));
+    }
+}
+
+}  // namespace
+}  // namespace Virertsp
