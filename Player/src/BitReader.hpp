@@ -12,7 +12,7 @@ namespace Player {
 /// outside the bytes given is ever touched. Positions are in bits from the first byte's top bit.
 class BitReader {
 public:
-    BitReader(const Byte* aData, UInt aSize) : mData(aData), mEnd(std::uint64_t{aSize} * 8) {}
+    BitReader(const Byte* aData, UInt aSize) : mData(aData), mEnd(std::uint64_t{aSize} * kBitsOfByte) {}
 
     std::uint64_t Position() const { return mPosition; }
     bool AtEnd() const { return mPosition == mEnd; }
@@ -22,28 +22,29 @@ public:
 
     /// The next `aBits` bits, most significant first; of more than 32 the last 32.
     UInt Read(UInt aBits) {
-        if (aBits > kMaxBits) { Skip(aBits - kMaxBits); }
-        UInt lValue = 0;
-        for (UInt lLeft = Util::Min(aBits, kMaxBits); 0 != lLeft;) {
-            const UInt lTaken = Util::Min(lLeft, kBitsOfByte - BitOffset());
-            lValue = lValue << lTaken | Peek(lTaken);
-            lLeft -= lTaken;
-            Skip(lTaken);
-        }
-        return lValue;
+        const UInt lTaken = Util::Min(aBits, kMaxBits);
+        Skip(aBits - lTaken);
+        const std::uint64_t lWindow = Window() >> (kWindowBits - BitOffset() - lTaken);
+        Skip(lTaken);
+        return static_cast<UInt>(lWindow & ((std::uint64_t{1} << lTaken) - 1));
     }
 
 private:
-    static constexpr UInt kMaxBits = 32;
     static constexpr UInt kBitsOfByte = 8;
+    static constexpr UInt kMaxBits = 32;
+    /// As many bytes as 32 bits can touch.
+    static constexpr UInt kWindowBits = 40;
 
     UInt BitOffset() const { return static_cast<UInt>(mPosition % kBitsOfByte); }
-    /// `aBits` bits that lie within one byte.
-    UInt Peek(UInt aBits) const {
-        if (AtEnd()) { return 0; }
-        const UInt lByte = mData[mPosition / kBitsOfByte];
-        return lByte >> (kBitsOfByte - BitOffset() - aBits) & ((1U << aBits) - 1);
+    std::uint64_t Window() const {
+        std::uint64_t lWindow = 0;
+        const std::uint64_t lFirst = mPosition - BitOffset();
+        for (UInt lBit = 0; lBit < kWindowBits; lBit += kBitsOfByte) {
+            lWindow = lWindow << kBitsOfByte | ByteAt(lFirst + lBit);
+        }
+        return lWindow;
     }
+    Byte ByteAt(std::uint64_t aPosition) const { return aPosition < mEnd ? mData[aPosition / kBitsOfByte] : Byte{0}; }
 
     const Byte* mData;
     std::uint64_t mEnd;

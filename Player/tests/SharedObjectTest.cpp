@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace Player {
 namespace {
 
@@ -70,8 +72,8 @@ TEST(SharedObject, AssignmentLeavesBothCounts) {
 
 TEST(SharedObjectDeathTest, ReleaseOfAnUnownedObject) {
     int lDeleted = 0;
-    const Tracked lObject(0, lDeleted);
-    EXPECT_DEATH(lObject.Release(), "0 < mRefCount");
+    const std::unique_ptr<Tracked> lObject(new Tracked(0, lDeleted));
+    EXPECT_DEATH(lObject->Release(), "0 < mRefCount");
 }
 
 TEST(SharedObjectDeathTest, DestroyedWhileOwned) {

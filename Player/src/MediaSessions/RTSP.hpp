@@ -1,6 +1,7 @@
 #pragma once
 
 #include <list>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -62,12 +63,17 @@ private:
     bool BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream& aStream);
     void DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching);
     void CreateTransport();
+    /// Without a transport nothing plays.
     void ReleaseTransport();
     void SetUpTracks();
     bool RecvSetup(UInt aCSeq, TrackIdx aIdx);
     bool RecvPlay(UInt aCSeq, bool aSwitching);
-    void FinishPlay(MediaHandler& aHandler);
-    void FinishPipelinedPlay(MediaHandler& aHandler);
+    /// Sends all set-ups and the PLAY before it waits for any answer.
+    void DoPipelinedPlay(MediaHandler& aHandler, Time aFrom);
+    /// False when a set-up was refused.
+    bool RecvPipelinedSetups();
+    /// Ends what the server plays of a presentation that is not set up whole, and throws.
+    [[noreturn]] void GiveUpPipelined();
     void StartPlaying(MediaHandler& aHandler);
 
     // Switching to another presentation of the same server (Switch.cpp).
@@ -83,6 +89,8 @@ private:
     void ForgetDescription();
     /// The session's value of a key, else the first that a track has.
     std::string FirstInDescription(const char* aKey) const;
+    /// The tracks that are set up, by the identifier that an RTP-Info header names them with.
+    std::multimap<std::string, TrackIdx> TracksById() const;
     /// The first described track of that media type, or null.
     const Properties* DescribedTrack(const std::string& aMediaType) const;
 

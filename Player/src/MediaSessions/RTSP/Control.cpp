@@ -89,9 +89,15 @@ void RTSP::DoTeardown(MediaHandler& /*aHandler*/, bool aReconnect) {
 bool RTSP::RecvTeardown(UInt aCSeq, bool aReconnect) {
     Headers lHeaders;
     if (!mMessages.RecvResponse(lHeaders, aCSeq)) { return false; }
-    if (ClosesConnection(lHeaders)) {
-        DoConnectionReset();
-        if (aReconnect) { mConnection.DoReconnect(Player::URL::Authority(URL())); }
+    try {
+        if (ClosesConnection(lHeaders)) {
+            DoConnectionReset();
+            if (aReconnect) { mConnection.DoReconnect(Player::URL::Authority(URL())); }
+        }
+    } catch (...) {
+        // Whether or not the server can be reached again, the session is over.
+        DoSessionReset();
+        throw;
     }
     DoSessionReset();
     return true;
@@ -110,7 +116,6 @@ void RTSP::DoCommonReset() {
 void RTSP::DoSessionReset() {
     mSessionId.clear();
     mStreams.clear();
-    EnterState(Stopped, "Stopped");
     ReleaseTransport();
 }
 

@@ -20,7 +20,7 @@ bool RTSP::HasBuffered(TrackIdx aIdx) {
 }
 
 bool RTSP::Fill(UInt aTrack) {
-    if (0 == mTracksAdded) { return false; }
+    if (aTrack >= mTracksAdded) { return false; }
     // A track that has ended gets no more; while buffering it goes on to play what it has.
     if (!mTransport->FillTrack(aTrack) && (Buffering != mState || !HasEnded(aTrack))) { return false; }
     if (Playing == mState) { return true; }
@@ -33,11 +33,11 @@ bool RTSP::Fill(UInt aTrack) {
 bool RTSP::Fetch(UInt aTrack) {
     const RTP::Transport* const mSrc = mTransport.Ptr();
     PLAYER_ASSERT(0 != mSrc);
-    return Playing == mState && mTransport->FetchTrack(aTrack);
+    return Playing == mState && aTrack < mTracksAdded && mTransport->FetchTrack(aTrack);
 }
 
 bool RTSP::Produce(UInt aTrack) {
-    if (!IsActive()) { return false; }
+    if (!IsActive() || aTrack >= mTracksAdded) { return false; }
     if (WaitData == mState) {
         if (!mTransport->Fill()) { return false; }
         EnterState(Buffering, "Buffering");

@@ -22,8 +22,8 @@ void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
         LeaveServer(aHandler);
         mConnection.DoConnect(lAuthority);
     } else if (mSessionId.empty()) {
-        // What is described belongs to the URL that it was fetched for.
-        if (URL() != aURL) { ForgetDescription(); }
+        // What is described belongs to the URL that it was fetched for, and its tracks went with their session.
+        if (URL() != aURL || mStreams.empty()) { ForgetDescription(); }
     } else if (!mSwitchSupported) {
         DoTeardown(aHandler, true);
         ForgetDescription();
@@ -31,7 +31,8 @@ void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
     mConnection.SetURL(aURL);
 
     if (mTrackProperties.empty()) { DoDescribe(aHandler); }
-    DoPlay(aHandler, aFrom, !mSessionId.empty() && mSwitchSupported);
+    const bool lCanSwitch = !mSessionId.empty() && 0 != mTracksAdded;
+    DoPlay(aHandler, aFrom, lCanSwitch && mSwitchSupported);
 }
 
 void RTSP::LeaveServer(MediaHandler& aHandler) {
@@ -100,17 +101,14 @@ void RTSP::DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching) {
     if (mStreams.empty()) { return; }
     if (!aSwitching) {
         CreateTransport();
+        if (mPipelined) { return DoPipelinedPlay(aHandler, aFrom); }
         SetUpTracks();
     }
     if (!mPipelined) { mTransport->Preflight(); }
     SendPlay(aFrom, aSwitching);
-    if (aSwitching) {
-        FinishSwitch(aHandler, aFrom);
-    } else if (mPipelined) {
-        FinishPipelinedPlay(aHandler);
-    } else {
-        FinishPlay(aHandler);
-    }
+    if (aSwitching) { return FinishSwitch(aHandler, aFrom); }
+    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "PLAY failed"); }
+    StartPlaying(aHandler);
 }
 
 void RTSP::CreateTransport() {
@@ -126,6 +124,7 @@ void RTSP::CreateTransport() {
 }
 
 void RTSP::ReleaseTransport() {
+    EnterState(Stopped, "Stopped");
     mMessages.SetFrameReceiver(nullptr);
     mTransport.Set(nullptr);
     mTracksAdded = 0;
@@ -166,12 +165,24 @@ bool RTSP::RecvPlay(UInt aCSeq, bool aSwitching) {
     return true;
 }
 
-void RTSP::FinishPlay(MediaHandler& aHandler) {
-    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "PLAY failed"); }
+void RTSP::DoPipelinedPlay(MediaHandler& aHandler, Time aFrom) {
+    bool lAllSetUp = true;
+    try {
+        SetUpTracks();
+        SendPlay(aFrom, false);
+        lAllSetUp = RecvPipelinedSetups();
+    } catch (...) {
+        // Answers that are still to come would be taken for those to later requests.
+        DoConnectionReset();
+        throw;
+    }
+    mTransport->Preflight();
+    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Pipelined PLAY failed"); }
+    if (!lAllSetUp) { GiveUpPipelined(); }
     StartPlaying(aHandler);
 }
 
-void RTSP::FinishPipelinedPlay(MediaHandler& aHandler) {
+bool RTSP::RecvPipelinedSetups() {
     const UInt lTracks = static_cast<UInt>(mStreams.size());
     bool lAllSetUp = true;
     for (TrackIdx lIdx = 0; lIdx < lTracks; ++lIdx) {
@@ -180,18 +191,17 @@ void RTSP::FinishPipelinedPlay(MediaHandler& aHandler) {
         Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s: %03x %s", "Pipelined SETUP failed",
                mMessages.StatusCode(), mMessages.StatusText().c_str());
     }
-    mTransport->Preflight();
-    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Pipelined PLAY failed"); }
-    if (!lAllSetUp) {
-        constexpr char kWords[] = "One or more pipelined SETUP requests failed";
-        Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s", kWords);
-        if (!mSessionId.empty()) {
-            SendTeardown();
-            RecvTeardown(mCSeq, false);
-        }
-        throw RTSPErr(19, "RTSP::DoPlay(): %s", kWords);
+    return lAllSetUp;
+}
+
+void RTSP::GiveUpPipelined() {
+    constexpr char kWords[] = "One or more pipelined SETUP requests failed";
+    Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s", kWords);
+    if (!mSessionId.empty()) {
+        SendTeardown();
+        RecvTeardown(mCSeq, false);
     }
-    StartPlaying(aHandler);
+    throw RTSPErr(19, "RTSP::DoPlay(): %s", kWords);
 }
 
 void RTSP::StartPlaying(MediaHandler& aHandler) {

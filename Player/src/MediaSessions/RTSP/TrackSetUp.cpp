@@ -30,7 +30,12 @@ Time TimeOr(const std::string& aText, const Time& aDefault) {
 void RTSP::HandleSDP(const Buffer& aBody, const std::string& aBase) {
     if (!aBody.Empty()) {
         ForgetDescription();
-        if (aBody.Size() >= kShortestSDP) { ParseSDP(aBody, mSessionProperties, mTrackProperties); }
+        // What can't be read to its end is not kept: half a presentation must not be set up later.
+        SharedPtr<Properties, SharedObject> lSession;
+        std::list<SharedPtr<Properties, SharedObject>> lTracks;
+        if (aBody.Size() >= kShortestSDP) { ParseSDP(aBody, lSession, lTracks); }
+        mSessionProperties = lSession;
+        mTrackProperties.swap(lTracks);
     }
     if (!mSessionProperties || mTrackProperties.empty()) {
         PLAYER_THROW(SDPErr, 2, "RTSP::HandleSDP(): %s", "Invalid or incomplete SDP");
@@ -99,19 +104,34 @@ void RTSP::HandleRange(const std::string& aValue) {
 }
 
 void RTSP::HandleRTPInfo(const std::string& aValue) {
+    const std::multimap<std::string, TrackIdx> lTracks = TracksById();
     std::vector<std::string> lEntries;
     Split(aValue, ',', lEntries);
     for (const std::string& lEntry : lEntries) {
-        const std::string lURL = lEntry.substr(0, lEntry.find(';'));
-        const std::size_t lSlash = lURL.rfind('/');
+        std::vector<std::string> lFields;
+        Split(lEntry, ';', lFields);
+        lFields.resize(1);
+        const std::size_t lSlash = lFields[0].rfind('/');
         if (std::string::npos == lSlash) { continue; }
-        const std::string lSuffix = lURL.substr(lSlash + 1);
-        // The first described track of a media type speaks for all tracks of that type.
-        for (TrackIdx lIdx = 0; lIdx < mTracksAdded; ++lIdx) {
-            const Properties* const lTrack = DescribedTrack(mStreams[lIdx].mProperties->Get("MediaType"));
-            if (nullptr != lTrack && lTrack->Get("Id") == lSuffix) { HandleTrackVars(lIdx, lEntry); }
+        const auto lNamed = lTracks.equal_range(lFields[0].substr(lSlash + 1));
+        for (auto lTrack = lNamed.first; lTrack != lNamed.second; ++lTrack) {
+            HandleTrackVars(lTrack->second, lEntry);
         }
     }
+}
+
+std::multimap<std::string, TrackIdx> RTSP::TracksById() const {
+    // The first described track of a media type speaks for all tracks of that type.
+    Map lIds;
+    for (const auto& lTrack : mTrackProperties) {
+        lIds.emplace(lTrack->Get("MediaType"), lTrack->Get("Id"));
+    }
+    std::multimap<std::string, TrackIdx> lTracks;
+    for (TrackIdx lIdx = 0; lIdx < mTracksAdded && lIdx < mStreams.size(); ++lIdx) {
+        const auto lId = lIds.find(mStreams[lIdx].mProperties->Get("MediaType"));
+        if (lId != lIds.end()) { lTracks.emplace(lId->second, lIdx); }
+    }
+    return lTracks;
 }
 
 }  // namespace Player::MediaSessions

@@ -48,9 +48,11 @@ TEST(EncMPEG4GenericTest, FieldsOfLaterAUsAreNotInTheFirst) {
 
 TEST(EncMPEG4GenericTest, NegativeAndHugeLengthsAreHarmless) {
     ExpectFieldsOf(0, "isamcrypivlength=-1;ismacrypkeyindicatorlength=-1");
-    Chain lChain = Track("isamcrypivlength=2147483647;sizelength=8");
-    lChain.Push(RTPPacket(AUHeaders().Put(16, 0xFFFF).Payload(Counted(3))).Marker());
-    EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(3))) << "the size reads as 0";
+    for (const char* lLength : {"2147483647", "536870912"}) {  // bytes; the latter are 2^32 bits
+        Chain lChain = Track(std::string("sizelength=8;isamcrypivlength=") + lLength);
+        lChain.Push(RTPPacket(AUHeaders().Put(8, 2).Put(8, 1).Payload(Counted(3))).Marker());
+        EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(3))) << "the size reads as 0";
+    }
 }
 
 TEST(EncMPEG4GenericTest, OnlyTheFirstAUOfAPacketIsTaken) {

@@ -142,6 +142,7 @@ TEST_F(MP4VESTest, FlushForgetsTheFrame) {
     mChain.Push(RTPPacket(kStart).Seq(100));
     mChain.Link().Flush();
     mChain.Push(RTPPacket(kEnd).Seq(101).Marker());
+    mChain.Push(RTPPacket(kEnd).Seq(0).Marker());
     EXPECT_THAT(mChain.End().mEvents, ElementsAre("flush"));
 }
 

@@ -18,7 +18,7 @@ constexpr const char* kAAC = "mode=AAC-hbr;sizelength=13;indexlength=3;indexdelt
 constexpr UInt kLimit = Processors::RTP::MPEG4Generic::kMaxPendingBytes;
 
 /// Headers of a stream that is described as `kAAC`.
-AUHeaders AAC(std::vector<UInt> aSizes) {
+AUHeaders AAC(const std::vector<UInt>& aSizes) {
     AUHeaders lHeaders;
     for (const UInt lSize : aSizes) {
         lHeaders.Put(13, lSize).Put(3, 0);
@@ -265,9 +265,11 @@ TEST_F(MPEG4GenericTest, WithoutAWidthThereIsNoAuxiliarySize) {
 }
 
 TEST_F(MPEG4GenericTest, ASectionBeyondThePayloadIsCut) {
-    const Bytes lTwo = AAC({0, 0}).PayloadWithLength(0x7FFF, {});
-    mChain.Push(RTPPacket(lTwo).Marker());
-    EXPECT_THAT(mChain.Samples(), ElementsAre(Bytes())) << "a fragment of no bytes";
+    for (const UInt lBits : {33U, 40U, 0x7FFFU, 0xFFF0U, 0xFFFFU}) {
+        Chain lChain("mpeg4-generic", kAAC);
+        lChain.Push(RTPPacket(AAC({0, 0}).PayloadWithLength(lBits, {})).Marker());
+        EXPECT_THAT(lChain.Samples(), ElementsAre(Bytes())) << lBits << ": a fragment of no bytes";
+    }
 }
 
 TEST_F(MPEG4GenericTest, PayloadsWithoutAHeaderGiveNoAU) {

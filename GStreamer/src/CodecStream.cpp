@@ -1,0 +1,97 @@
+#include "CodecStream.hpp"
+
+#include <cstring>
+
+namespace nsGstVireRtspSrc {
+
+namespace {
+
+/// Null when the text is not hexadecimal.
+GstBuffer* NewBufferFromHex(const gchar* aHex) {
+    GValue lValue = G_VALUE_INIT;
+    g_value_init(&lValue, GST_TYPE_BUFFER);
+    GstBuffer* lBuffer = nullptr;
+    if (gst_value_deserialize(&lValue, aHex)) { lBuffer = gst_buffer_ref(gst_value_get_buffer(&lValue)); }
+    g_value_unset(&lValue);
+    return lBuffer;
+}
+
+}  // namespace
+
+bool CodecStream::caps_are_valid() {
+    GstCaps* const lDescribed = create_caps(player().TrackInfo(track()));
+    GstCaps* const lCurrent = gst_pad_get_negotiated_caps(pad());
+    const bool lEqual = nullptr != lCurrent && gst_caps_is_equal(lDescribed, lCurrent);
+    if (nullptr != lCurrent) { gst_caps_unref(lCurrent); }
+    gst_caps_unref(lDescribed);
+    return lEqual;
+}
+
+bool CodecStream::task_process() {
+    const auto lPacket = player().TakePacket(track());
+    if (!lPacket) { return false; }
+    GstBuffer* const lBuffer = make_buffer(*lPacket);
+    const long long lPlayTime = lPacket->PlayTime().NanoSeconds();
+    GST_BUFFER_TIMESTAMP(lBuffer) = lPlayTime > 0 ? static_cast<GstClockTime>(lPlayTime) : 0;
+    GST_BUFFER_DURATION(lBuffer) = GST_CLOCK_TIME_NONE;
+    GST_BUFFER_OFFSET(lBuffer) = next_offset();
+    GST_BUFFER_OFFSET_END(lBuffer) = GST_BUFFER_OFFSET(lBuffer);
+    if (take_new_segment()) { start_segment(lBuffer); }
+    if (GST_FLOW_ERROR == gst_pad_push(pad(), lBuffer)) { stop_processing(); }
+    return true;
+}
+
+GstBuffer* CodecStream::make_buffer(const Player::Packet& aPacket) const {
+    const gsize lSize = aPacket.Size();
+    GstCaps* const lCaps = gst_pad_get_negotiated_caps(pad());
+    GstBuffer* lBuffer = nullptr;
+    if (gst_pad_is_linked(pad())) {
+        const GstFlowReturn lResult =
+            gst_pad_alloc_buffer(pad(), GST_BUFFER_OFFSET_NONE, static_cast<gint>(lSize), lCaps, &lBuffer);
+        if (GST_FLOW_OK != lResult) { lBuffer = nullptr; }
+    }
+    if (nullptr != lBuffer && GST_BUFFER_SIZE(lBuffer) != lSize) {
+        gst_buffer_unref(lBuffer);
+        lBuffer = nullptr;
+    }
+    if (nullptr == lBuffer) {
+        lBuffer = NewBuffer(aPacket.Begin(), lSize);
+    } else if (0 != lSize) {
+        std::memcpy(GST_BUFFER_DATA(lBuffer), aPacket.Begin(), lSize);
+    }
+    if (nullptr != lCaps) {
+        gst_buffer_set_caps(lBuffer, lCaps);
+        gst_caps_unref(lCaps);
+    }
+    return lBuffer;
+}
+
+void CodecStream::start_segment(GstBuffer* aBuffer) {
+    const GstClockTime lStart = GST_BUFFER_TIMESTAMP(aBuffer);
+    const Segment lSegment = segment_from(lStart);
+    gst_pad_push_event(pad(), gst_event_new_new_segment(FALSE, 1.0, GST_FORMAT_TIME, static_cast<gint64>(lStart),
+                                                        lSegment.mStop, lSegment.mPosition));
+    GST_BUFFER_FLAG_SET(aBuffer, GST_BUFFER_FLAG_DISCONT);
+}
+
+GstBuffer* NewBuffer(const void* aData, gsize aSize) {
+    GstBuffer* const lBuffer = gst_buffer_new_and_alloc(static_cast<guint>(aSize));
+    if (0 != aSize) { std::memcpy(GST_BUFFER_DATA(lBuffer), aData, aSize); }
+    return lBuffer;
+}
+
+GstBuffer* NewBufferFromParam(const Player::Properties& aInfo, const char* aParam) {
+    if (!aInfo.Has("FmtParams")) { return nullptr; }
+    GHashTable* const lParams = Stream::split_fmt_params(aInfo.Get("FmtParams"));
+    const auto* const lHex = static_cast<const gchar*>(g_hash_table_lookup(lParams, aParam));
+    GstBuffer* const lBuffer = nullptr == lHex ? nullptr : NewBufferFromHex(lHex);
+    g_hash_table_unref(lParams);
+    return lBuffer;
+}
+
+void SetCodecData(GstCaps* aCaps, GstBuffer* aBuffer) {
+    gst_caps_set_simple(aCaps, "codec_data", GST_TYPE_BUFFER, aBuffer, nullptr);
+    gst_buffer_unref(aBuffer);
+}
+
+}  // namespace nsGstVireRtspSrc

@@ -1,0 +1,114 @@
+#include "Messages.hpp"
+
+#include "Player/String.hpp"
+
+namespace nsGstVireRtspSrc {
+
+namespace {
+
+/// Areas of the library's exceptions.
+enum Category { kSystem = 1, kNetwork = 3, kRtsp = 17, kSdp = 18, kRtp = 19 };
+
+/// A status line refused the request: the error is the status read as a hexadecimal number.
+bool IsStatus(const Player::Exception& aWhy) {
+    return kRtsp == aWhy.Category() && 0x300 <= aWhy.Error() && aWhy.Error() <= 0x699;
+}
+
+std::string StatusReason(unsigned int aStatus) {
+    switch (aStatus) {
+        case 0x401: return "the server wants a user name and a password (401)";
+        case 0x403: return "the server does not allow it (403)";
+        case 0x404: return "the server has no such presentation (404); check the path";
+        case 0x407: return "the proxy wants credentials (407); set \"proxy-authorization\"";
+        case 0x453: return "the server says the bandwidth does not suffice (453)";
+        case 0x454: return "the server has forgotten the session (454); go to READY and play again";
+        case 0x503: return "the server is overloaded (503); try again later";
+        default: return Player::StringWithFormat("the server answered %03x", aStatus);
+    }
+}
+
+std::string Reason(const Player::Exception& aWhy) {
+    if (IsStatus(aWhy)) { return StatusReason(aWhy.Error()); }
+    switch (aWhy.Category()) {
+        case kNetwork:
+            return "the server could not be reached or does not answer; check the address and the network";
+        case kRtsp: return "the server did not keep to the protocol";
+        case kSdp: return "the server's description of the presentation cannot be used";
+        case kRtp: return "no ports for the media could be opened; check the UDP port range and the local address";
+        default: return "the system refused";
+    }
+}
+
+/// The code of a resource warning that applications may sort by.
+GstResourceError ResourceCode(const Player::Exception& aWhy) {
+    if (IsStatus(aWhy) && 0x404 == aWhy.Error()) { return GST_RESOURCE_ERROR_NOT_FOUND; }
+    return kNetwork == aWhy.Category() ? GST_RESOURCE_ERROR_OPEN_READ : GST_RESOURCE_ERROR_FAILED;
+}
+
+}  // namespace
+
+void Messages::error(gint aCode) const {
+    GstStructure* const lStructure = gst_structure_new("VIRE_RTSP_SRC_MESSAGE", "Error", G_TYPE_INT, aCode, nullptr);
+    gst_element_post_message(m_element, gst_message_new_application(GST_OBJECT(m_element), lStructure));
+}
+
+void Messages::buffering(gint aPercent) const {
+    gst_element_post_message(m_element, gst_message_new_buffering(GST_OBJECT(m_element), aPercent));
+}
+
+void Messages::duration(gint64 aDuration) const {
+    gst_element_post_message(m_element,
+                             gst_message_new_duration(GST_OBJECT(m_element), GST_FORMAT_TIME, aDuration));
+}
+
+void Messages::warn_no_location() const {
+    GST_ELEMENT_WARNING(m_element, RESOURCE, NOT_FOUND,
+                        ("There is nothing to play: set \"location\" to an address such as rtsp://server/clip."),
+                        (nullptr));
+}
+
+void Messages::warn_no_network(const std::string& aLocation) const {
+    GST_ELEMENT_WARNING(m_element, RESOURCE, OPEN_READ,
+                        ("%s was not asked for anything: the application has set \"network-available\" to false.",
+                         DisplayedLocation(aLocation).c_str()),
+                        (nullptr));
+}
+
+void Messages::warn_no_tracks(const std::string& aLocation) const {
+    GST_ELEMENT_WARNING(m_element, STREAM, WRONG_TYPE,
+                        ("%s has no track that can be played: H.264, MPEG-4 video and MPEG-4 audio (LATM) can.",
+                         DisplayedLocation(aLocation).c_str()),
+                        (nullptr));
+}
+
+void Messages::warn_timed_out(const std::string& aLocation) const {
+    GST_ELEMENT_WARNING(m_element, RESOURCE, READ,
+                        ("No media comes from %s any more: the server or the network has gone, or a firewall keeps "
+                         "the UDP packets away. Go to READY and play again.",
+                         DisplayedLocation(aLocation).c_str()),
+                        (nullptr));
+}
+
+void Messages::warn_failed(const char* aWhat, const std::string& aLocation, const Player::Exception& aWhy) const {
+    const std::string lLocation = DisplayedLocation(aLocation);
+    gchar* const lText = g_strdup_printf("%s %s failed: %s.", aWhat, lLocation.c_str(), Reason(aWhy).c_str());
+    gst_element_message_full(m_element, GST_MESSAGE_WARNING, GST_RESOURCE_ERROR, ResourceCode(aWhy), lText,
+                             g_strdup(aWhy.Message()), __FILE__, GST_FUNCTION, __LINE__);
+}
+
+void Messages::warn_failed(const char* aWhat, const std::string& aLocation, const char* aWhy) const {
+    GST_ELEMENT_WARNING(m_element, RESOURCE, FAILED,
+                        ("%s %s failed: %s.", aWhat, DisplayedLocation(aLocation).c_str(), aWhy), (nullptr));
+}
+
+std::string DisplayedLocation(const std::string& aLocation) {
+    const auto lAuthority = aLocation.find("://");
+    if (std::string::npos == lAuthority) { return aLocation; }
+    const auto lHost = lAuthority + 3;
+    const auto lEnd = aLocation.find('/', lHost);
+    const auto lAt = aLocation.rfind('@', lEnd);
+    if (std::string::npos == lAt || lAt < lHost) { return aLocation; }
+    return aLocation.substr(0, lHost) + aLocation.substr(lAt + 1);
+}
+
+}  // namespace nsGstVireRtspSrc

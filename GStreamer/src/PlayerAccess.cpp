@@ -1,0 +1,117 @@
+#include "PlayerAccess.hpp"
+
+#include "Player/Report.hpp"
+
+namespace nsGstVireRtspSrc {
+
+namespace {
+
+/// Samples dropped per call and unplayed track: more than arrive between two calls for a played one.
+constexpr int kDropAtMost = 16;
+
+Player::MediaPlayer* MakeMediaPlayer() {
+    return new Player::MediaPlayer;
+}
+
+PlayerAccess::MakePlayer gMake = MakeMediaPlayer;
+
+}  // namespace
+
+PlayerAccess::Hold::Hold(PlayerAccess& aAccess) : m_access(aAccess) {
+    g_static_mutex_lock(m_access.m_playerMutex);
+}
+
+PlayerAccess::Hold::~Hold() {
+    m_access.LetGo();
+}
+
+PlayerAccess::PlayerAccess(OnFailure aOnFailure) : m_onFailure(std::move(aOnFailure)), m_player(gMake()) {}
+
+PlayerAccess::~PlayerAccess() = default;
+
+void PlayerAccess::SetMaker(MakePlayer aMake) {
+    gMake = nullptr == aMake ? MakeMediaPlayer : aMake;
+}
+
+void PlayerAccess::SetConfigParam(const std::string& aKey, const std::string& aValue) {
+    {
+        const Lock lLock(m_pendingMutex);
+        m_pending.emplace_back(aKey, aValue);
+    }
+    // Whoever holds the player looks for pending settings after it has let go: none is left behind.
+    if (g_static_mutex_trylock(m_playerMutex)) { LetGo(); }
+}
+
+void PlayerAccess::LetGo() {
+    do {
+        const auto lRefused = ApplyPending();
+        g_static_mutex_unlock(m_playerMutex);
+        for (const auto& lException : lRefused) {
+            if (m_onFailure) { m_onFailure(lException); }
+        }
+    } while (HasPending() && g_static_mutex_trylock(m_playerMutex));
+}
+
+bool PlayerAccess::HasPending() {
+    const Lock lLock(m_pendingMutex);
+    return !m_pending.empty();
+}
+
+PlayerAccess::Pairs PlayerAccess::TakePending() {
+    Pairs lPending;
+    const Lock lLock(m_pendingMutex);
+    lPending.swap(m_pending);
+    return lPending;
+}
+
+std::vector<Player::Exception> PlayerAccess::ApplyPending() {
+    std::vector<Player::Exception> lRefused;
+    for (const auto& lPair : TakePending()) {
+        try {
+            m_player->SetConfigParam(lPair.first, lPair.second);
+        } catch (const Player::Exception& lException) {
+            lRefused.push_back(lException);
+        } catch (const std::exception& lException) {
+            Player::Report(__FILE__, __LINE__, Player::Severity::Error, "Setting %s: %s", lPair.first.c_str(),
+                           lException.what());
+        }
+    }
+    return lRefused;
+}
+
+Player::SharedPtr<Player::Packet, Player::SharedObject> PlayerAccess::TakePacket(unsigned int aTrack) {
+    const Hold lPlayer(*this);
+    DropUnplayed();
+    return lPlayer->GetTrackPacket(aTrack);
+}
+
+void PlayerAccess::DropUnplayed() {
+    for (const unsigned int lTrack : m_unplayed) {
+        // What fails here fails for the played track as well, if that needs it, and is told there.
+        try {
+            for (int lDropped = 0; lDropped < kDropAtMost && m_player->GetTrackPacket(lTrack); ++lDropped) {
+            }
+        } catch (const Player::Exception&) {
+            return;
+        }
+    }
+}
+
+Player::Properties PlayerAccess::TrackInfo(unsigned int aTrack) {
+    const Hold lPlayer(*this);
+    return *lPlayer->GetTrackInfo(aTrack);
+}
+
+void PlayerAccess::SetUnplayedTracks(std::vector<unsigned int> aTracks) {
+    const Hold lPlayer(*this);
+    m_unplayed = std::move(aTracks);
+}
+
+void PlayerAccess::Renew() {
+    std::unique_ptr<Player::MediaPlayer> lPlayer(gMake());
+    const Hold lHold(*this);
+    m_unplayed.clear();
+    m_player.swap(lPlayer);
+}
+
+}  // namespace nsGstVireRtspSrc

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Lock.hpp"
+#include "Player/Exception.hpp"
+#include "Player/MediaPlayer.hpp"
+
+namespace nsGstVireRtspSrc {
+
+/// The media player of an element behind the player mutex, which serialises every call into the library.
+/// Whoever holds it waits for no streaming task and for no other lock of the element but leaf locks.
+class PlayerAccess {
+public:
+    using MakePlayer = Player::MediaPlayer* (*)();
+    using OnFailure = std::function<void(const Player::Exception&)>;
+
+    /// `aOnFailure` hears of settings that the player refused, on the thread that applied them and with no
+    /// lock held here.
+    explicit PlayerAccess(OnFailure aOnFailure = OnFailure());
+    ~PlayerAccess();
+    PlayerAccess(const PlayerAccess&) = delete;
+    PlayerAccess& operator=(const PlayerAccess&) = delete;
+
+    /// The player, locked for as long as this object lives. Settings that came meanwhile are applied when
+    /// it lets go.
+    class Hold {
+    public:
+        explicit Hold(PlayerAccess& aAccess);
+        ~Hold();
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+        Player::MediaPlayer* operator->() const { return m_access.m_player.get(); }
+
+    private:
+        PlayerAccess& m_access;
+    };
+
+    /// Hands a setting to the player without ever waiting: where the player is held, its holder applies it.
+    void SetConfigParam(const std::string& aKey, const std::string& aValue);
+
+    /// The track's next packet, or null; reads from the network.
+    Player::SharedPtr<Player::Packet, Player::SharedObject> TakePacket(unsigned int aTrack);
+    /// A copy of the track's description, good without the lock.
+    Player::Properties TrackInfo(unsigned int aTrack);
+
+    /// The tracks that no stream plays: what arrives for them is read and dropped along with the others, so
+    /// that it does not pile up and their end is noticed.
+    void SetUnplayedTracks(std::vector<unsigned int> aTracks);
+
+    /// A new player in place of the old one; settings are not carried over.
+    void Renew();
+
+    /// What makes players from now on; tests put in one that talks to no network.
+    static void SetMaker(MakePlayer aMake);
+
+private:
+    using Pairs = std::vector<std::pair<std::string, std::string>>;
+
+    /// With the player mutex held.
+    void DropUnplayed();
+    Pairs TakePending();
+    bool HasPending();
+    /// With the player mutex held, never throwing; gives back what was refused.
+    std::vector<Player::Exception> ApplyPending();
+    /// Lets go of the player mutex. What a setter leaves behind in the last moment is applied, here or by the
+    /// next holder.
+    void LetGo();
+
+    const OnFailure m_onFailure;
+    Mutex m_playerMutex;
+    std::unique_ptr<Player::MediaPlayer> m_player;  ///< Under m_playerMutex.
+    std::vector<unsigned int> m_unplayed;           ///< Under m_playerMutex.
+    Mutex m_pendingMutex;                           ///< A leaf.
+    Pairs m_pending;                                ///< Under m_pendingMutex, in the order in which they came.
+};
+
+}  // namespace nsGstVireRtspSrc

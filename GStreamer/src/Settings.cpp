@@ -1,0 +1,82 @@
+#include "Settings.hpp"
+
+#include <cstring>
+
+namespace nsGstVireRtspSrc {
+
+namespace {
+
+constexpr const char* kScheme = "rtsp://";
+constexpr const char* kSeparator = "://";
+
+/// By key. The two time-outs keep the spelling under which applications have always set them; the session
+/// reads another one and stays with its defaults.
+constexpr const char* kLibraryKeys[] = {nullptr,
+                                        "RTSP:UseProxy",
+                                        "RTSP:SendProxyAuth",
+                                        "RTSP:SendNetworkType",
+                                        "RTSP:SendReferrer",
+                                        "RTSP:SendWAPProfile",
+                                        "RTSP:UseLocalIP",
+                                        "RTSP:UseUDPPortsFrom",
+                                        "RTSP:UseUDPPortsTo",
+                                        "RTSP:TargetRTPBuffer",
+                                        "RTSP:TimeoutAfter",
+                                        "RTSP:TimeoutRTPAfter"};
+
+/// "rtsp://" and what follows the separator; null when there is none.
+gchar* RtspLocation(const gchar* aValue) {
+    if (g_str_has_prefix(aValue, kScheme)) { return g_strdup(aValue); }
+    const gchar* const lSeparator = std::strstr(aValue, kSeparator);
+    if (nullptr == lSeparator) { return nullptr; }
+    return g_strconcat(kScheme, lSeparator + std::strlen(kSeparator), nullptr);
+}
+
+}  // namespace
+
+Settings::~Settings() {
+    for (int lKey = kLocation; lKey < kNetworkAvailable; ++lKey) {
+        // Deliberate: the profile's turn clears the referrer's slot once more, so that the text of the
+        // profile is never freed.
+        gchar*& lValue = m_values[kWapProfile == lKey ? kReferrer : lKey];
+        g_free(lValue);
+        lValue = nullptr;
+    }
+}
+
+const char* Settings::library_key(ConfigParamKey aKey) {
+    return has(aKey) ? kLibraryKeys[aKey] : nullptr;
+}
+
+const gchar* Settings::get(ConfigParamKey aKey) const {
+    const Lock lLock(m_mutex);
+    return has(aKey) ? m_values[aKey] : nullptr;
+}
+
+gchar* Settings::dup(ConfigParamKey aKey) const {
+    const Lock lLock(m_mutex);
+    return has(aKey) ? g_strdup(m_values[aKey]) : nullptr;
+}
+
+void Settings::set(ConfigParamKey aKey, const gchar* aValue) {
+    if (!has(aKey)) { return; }
+    const Lock lLock(m_mutex);
+    gchar* const lOld = m_values[aKey];
+    m_values[aKey] = g_strdup(aValue);
+    g_free(lOld);
+}
+
+bool Settings::set_location(const gchar* aValue) {
+    gchar* const lLocation = nullptr == aValue ? nullptr : RtspLocation(aValue);
+    set(kLocation, lLocation);
+    const bool lStored = nullptr != lLocation;
+    g_free(lLocation);
+    return lStored;
+}
+
+std::string Settings::location() const {
+    const Lock lLock(m_mutex);
+    return nullptr == m_values[kLocation] ? std::string() : std::string(m_values[kLocation]);
+}
+
+}  // namespace nsGstVireRtspSrc

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+
+#include "ConfigParamKey.hpp"
+#include "Lock.hpp"
+
+namespace nsGstVireRtspSrc {
+
+/// The string settings of an element, keys `kLocation` to `kTimeoutRtpAfter`, each a copy or null when unset.
+/// From any thread.
+class Settings {
+public:
+    Settings() = default;
+    ~Settings();
+    Settings(const Settings&) = delete;
+    Settings& operator=(const Settings&) = delete;
+
+    /// Whether the key is one of the string settings.
+    static bool has(ConfigParamKey aKey) { return kLocation <= aKey && aKey < kNetworkAvailable; }
+    /// Under which key the library knows the setting; null for the location.
+    static const char* library_key(ConfigParamKey aKey);
+
+    /// The stored text, not a copy: good until the key is set again. Null for other keys.
+    const gchar* get(ConfigParamKey aKey) const;
+    /// A copy for the caller, or null.
+    gchar* dup(ConfigParamKey aKey) const;
+    /// Null clears.
+    void set(ConfigParamKey aKey, const gchar* aValue);
+
+    /// Stores `aValue` as an RTSP location, whatever its scheme; text without "://" leaves none.
+    /// Whether there is a location now.
+    bool set_location(const gchar* aValue);
+    /// The location, or empty text.
+    std::string location() const;
+
+private:
+    Mutex m_mutex;
+    gchar* m_values[kNetworkAvailable] = {};  ///< Under m_mutex.
+};
+
+}  // namespace nsGstVireRtspSrc

@@ -1,0 +1,208 @@
+#include "Stream.hpp"
+
+#include <unistd.h>
+
+#include <exception>
+
+#include "ElementState.hpp"
+#include "StreamDebug.hpp"
+#include "StreamPad.hpp"
+
+#define GST_CAT_DEFAULT StreamCategory()
+
+namespace nsGstVireRtspSrc {
+
+namespace {
+
+/// A track without data says so this often, in microseconds.
+constexpr int kNoDataReportInterval = 500000;
+
+}  // namespace
+
+Stream::Stream(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack,
+               GstCaps* aCaps)
+    : m_element(aElement), m_controller(aController), m_player(aPlayer), m_track(aTrack) {
+    m_pad = NewStreamPad(aTrack);
+    // A reference of our own: an element that is disposed of lets its pads go before its streams.
+    gst_object_ref(m_pad);
+    gst_pad_set_caps(m_pad, aCaps);
+    gst_caps_unref(aCaps);
+    gst_pad_set_active(m_pad, TRUE);
+    gst_element_add_pad(m_element, m_pad);
+    task_create();
+}
+
+Stream::~Stream() {
+    task_destroy();
+    gst_pad_set_active(m_pad, FALSE);
+    if (GST_OBJECT_PARENT(m_pad) == GST_OBJECT(m_element)) { gst_element_remove_pad(m_element, m_pad); }
+    gst_object_unref(m_pad);
+}
+
+void Stream::destroy(Stream* aStream) {
+    aStream->task_destroy();
+    delete aStream;
+}
+
+void Stream::task_create() {
+    g_static_rec_mutex_init(&m_taskLock);
+    m_task = gst_task_create([](gpointer aData) { gst_vire_rtsp_stream_task_loop(static_cast<Stream*>(aData)); }, this);
+    // Once for the task's whole life: a task that was stopped may not have left its thread yet when it is run
+    // again, and takes no lock then.
+    gst_task_set_lock(m_task, &m_taskLock);
+}
+
+bool Stream::task_run() {
+    m_failureTold = false;
+    m_newSegment = true;
+    m_noDataTime = 0;
+    status_set(kOk);
+    m_running = true;
+    gst_task_start(m_task);
+    return true;
+}
+
+bool Stream::task_pause() {
+    gst_task_pause(m_task);
+    return true;
+}
+
+bool Stream::task_stop() {
+    gst_task_stop(m_task);
+    return true;
+}
+
+void Stream::task_wait() {
+    const RLock lIteration(&m_taskLock);
+}
+
+void Stream::task_destroy() {
+    if (nullptr == m_task) { return; }
+    m_running = false;
+    task_wait();
+    gst_task_join(m_task);
+    gst_object_unref(m_task);
+    m_task = nullptr;
+    g_static_rec_mutex_free(&m_taskLock);
+}
+
+bool Stream::task_is_running() const {
+    return m_running && GST_STATE_PLAYING == CurrentState(m_element);
+}
+
+bool Stream::task_is_wanted() const {
+    return m_running && GST_TASK_STARTED == gst_task_get_state(m_task);
+}
+
+StreamStatus Stream::status_get() const {
+    const Lock lLock(m_statusMutex);
+    return m_status;
+}
+
+void Stream::status_set(StreamStatus aStatus) {
+    const Lock lLock(m_statusMutex);
+    m_status = aStatus;
+}
+
+void Stream::flush_start() {
+    m_flushing = true;
+    gst_pad_push_event(m_pad, gst_event_new_flush_start());
+}
+
+void Stream::flush_stop() {
+    gst_pad_push_event(m_pad, gst_event_new_flush_stop());
+    m_flushing = false;
+    m_newSegment = true;
+}
+
+void Stream::end_of_stream() {
+    gst_pad_push_event(m_pad, gst_event_new_eos());
+}
+
+void Stream::set_duration(gint64 aDuration) {
+    SetStreamPadDuration(m_pad, aDuration);
+}
+
+GHashTable* Stream::split_fmt_params(const std::string& aText) {
+    GHashTable* const lParams = g_hash_table_new_full(g_str_hash, g_str_equal, g_free, g_free);
+    gchar** const lPieces = g_strsplit(aText.c_str(), ";", -1);
+    for (gchar** lPiece = lPieces; nullptr != *lPiece; ++lPiece) {
+        gchar** const lPair = g_strsplit(*lPiece, "=", 2);
+        if (2 == g_strv_length(lPair)) {
+            g_hash_table_replace(lParams, g_strdup(g_strstrip(lPair[0])), g_strdup(lPair[1]));
+        }
+        g_strfreev(lPair);
+    }
+    g_strfreev(lPieces);
+    return lParams;
+}
+
+void Stream::iterate() {
+    if (!task_is_running()) {
+        GST_DEBUG_OBJECT(m_pad, "Unexpected - task is not running\n");
+        usleep(kPollInterval);
+        return;
+    }
+    if (process_guarded()) {
+        handle_got_packet();
+    } else {
+        handle_no_packet();
+    }
+}
+
+bool Stream::process_guarded() {
+    try {
+        return task_process();
+    } catch (const Player::Exception& lException) {
+        if (!m_failureTold.exchange(true)) { m_controller->stream_controller_exception(lException, m_track); }
+    } catch (const std::exception& lException) {
+        GST_ERROR_OBJECT(m_pad, "Reading the track failed: %s", lException.what());
+    } catch (...) {
+        GST_ERROR_OBJECT(m_pad, "Reading the track failed");
+    }
+    return false;
+}
+
+void Stream::handle_got_packet() {
+    m_noDataTime = 0;
+    if (kNoData != status_get()) { return; }
+    status_set(kOk);
+    m_controller->stream_controller_status(kOk, m_track);
+}
+
+void Stream::handle_no_packet() {
+    usleep(kPollInterval);
+    m_noDataTime += kPollInterval;
+    bool lEnded = false;
+    bool lTimedOut = false;
+    {
+        const PlayerAccess::Hold lPlayer(m_player);
+        lEnded = lPlayer->IsTrackEnded(m_track);
+        lTimedOut = lPlayer->HasTrackTimedOut(m_track);
+    }
+    if (lEnded) {
+        handle_end(lTimedOut);
+    } else if (m_noDataTime >= kNoDataReportInterval) {
+        m_noDataTime = 0;
+        status_set(kNoData);
+        m_controller->stream_controller_status(kNoData, m_track);
+    }
+}
+
+void Stream::handle_end(bool aTimedOut) {
+    if (aTimedOut) {
+        GST_DEBUG_OBJECT(m_pad, "RTP/RTCP timed out for track %d\n", static_cast<int>(m_track));
+        status_set(kTimedOut);
+        m_controller->stream_controller_status(kTimedOut, m_track);
+    } else {
+        GST_DEBUG_OBJECT(m_pad, "End of stream for track %d\n", static_cast<int>(m_track));
+        end_of_stream();
+    }
+    m_running = false;
+}
+
+}  // namespace nsGstVireRtspSrc
+
+void gst_vire_rtsp_stream_task_loop(nsGstVireRtspSrc::Stream* aStream) {
+    aStream->iterate();
+}

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <atomic>
+#include <string>
+
+#include "Lock.hpp"
+#include "PlayerAccess.hpp"
+#include "StreamController.hpp"
+
+namespace nsGstVireRtspSrc {
+
+/// One track of the session as GStreamer sees it: a source pad, a task that runs the track's streaming loop,
+/// and the track's status. The codec classes supply the caps and the work per packet.
+///
+/// Made, driven and deleted by the `Source` under its state lock; the loop runs on the task's thread. What
+/// both touch is atomic or under m_statusMutex.
+class Stream {
+public:
+    /// Takes over `aCaps`. Adds the active pad to the element.
+    Stream(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack,
+           GstCaps* aCaps);
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+    /// Ends the task while the codec part that it runs is still there, then deletes the stream and its pad.
+    /// The caller holds neither the player nor anything that a loop iteration could wait for.
+    static void destroy(Stream* aStream);
+
+    /// Whether the caps made from the track's description now are those of the pad.
+    virtual bool caps_are_valid() = 0;
+    /// Takes one packet and pushes it; false when there was none. On the streaming thread.
+    virtual bool task_process() = 0;
+
+    bool task_run();
+    bool task_pause();
+    bool task_stop();
+    /// Returns when no loop iteration is in progress. Call it when the task is paused and the pad flushes.
+    void task_wait();
+    bool task_is_running() const;
+    /// Whether the loop is still meant to go on: neither paused nor stopped nor about to be deleted.
+    bool task_is_wanted() const;
+
+    StreamStatus status_get() const;
+    void status_set(StreamStatus aStatus);
+
+    void flush_start();
+    void flush_stop();
+    /// Between `flush_start` and `flush_stop`.
+    bool is_flushing() const { return m_flushing; }
+    void end_of_stream();
+    /// What the pad answers to duration queries.
+    void set_duration(gint64 aDuration);
+
+    /// The parameters of an SDP format text such as "a=1; b=2". Pieces without "=" are skipped, keys are
+    /// trimmed, values are not. The caller owns the table.
+    static GHashTable* split_fmt_params(const std::string& aText);
+
+    /// One iteration of the streaming loop.
+    void iterate();
+
+protected:
+    virtual ~Stream();
+
+    GstElement* element() const { return m_element; }
+    GstPad* pad() const { return m_pad; }
+    PlayerAccess& player() const { return m_player; }
+    unsigned int track() const { return m_track; }
+    /// Whether the next buffer starts a new segment; asking clears it.
+    bool take_new_segment() { return m_newSegment.exchange(false); }
+    /// The loop idles until the next `task_run`.
+    void stop_processing() { m_running = false; }
+
+private:
+    void task_create();
+    void task_destroy();
+    /// `task_process`, with a failure told once and counted as no packet.
+    bool process_guarded();
+    void handle_got_packet();
+    void handle_no_packet();
+    void handle_end(bool aTimedOut);
+
+    GstElement* const m_element;
+    StreamController* const m_controller;
+    GstPad* m_pad = nullptr;
+    Mutex m_statusMutex;  ///< A leaf.
+    std::atomic<bool> m_newSegment{false};
+    PlayerAccess& m_player;
+    const unsigned int m_track;
+    GstTask* m_task = nullptr;
+    GStaticRecMutex m_taskLock;  ///< Held by GStreamer around each iteration.
+    std::atomic<bool> m_running{false};
+    StreamStatus m_status = kOk;          ///< Under m_statusMutex.
+    std::atomic<int> m_noDataTime{0};     ///< Microseconds since the last packet or report.
+    std::atomic<bool> m_failureTold{false};
+    bool m_flushing = false;              ///< Under the source's state lock.
+};
+
+}  // namespace nsGstVireRtspSrc
+
+/// The function of every stream's task.
+void gst_vire_rtsp_stream_task_loop(nsGstVireRtspSrc::Stream* aStream);

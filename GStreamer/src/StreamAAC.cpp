@@ -1,0 +1,96 @@
+#include "StreamAAC.hpp"
+
+#include <cmath>
+
+#include "Debug.hpp"
+#include "Player/String.hpp"
+
+#define GST_CAT_DEFAULT AACCategory()
+
+namespace nsGstVireRtspSrc {
+
+namespace {
+
+GstDebugCategory* AACCategory() {
+    static GstDebugCategory* const sCategory = MakeDebugCategory("virertsp_streamAAC");
+    return sCategory;
+}
+
+/// Decimal seconds in ns, cut; -1 when the description has no such time or none that 64 bits hold.
+gint64 TimeOf(const Player::Properties& aInfo, const char* aKey) {
+    if (!aInfo.Has(aKey)) { return -1; }
+    const double lTime = g_ascii_strtod(aInfo.Get(aKey).c_str(), nullptr) * 1000000000.0;
+    return std::fabs(lTime) < 9.2e18 ? static_cast<gint64>(lTime) : -1;
+}
+
+void SetInt(GstCaps* aCaps, const char* aField, unsigned int aValue) {
+    gst_caps_set_simple(aCaps, aField, G_TYPE_INT, static_cast<int>(aValue), nullptr);
+}
+
+void SetConfig(GstCaps* aCaps, GstBuffer* aConfig) {
+    const std::string lConfig = AudioSpecificConfig(
+        std::string(reinterpret_cast<const char*>(GST_BUFFER_DATA(aConfig)), GST_BUFFER_SIZE(aConfig)));
+    gst_buffer_unref(aConfig);
+    if (!lConfig.empty()) { SetCodecData(aCaps, NewBuffer(lConfig.data(), lConfig.size())); }
+}
+
+GstCaps* MakeCaps(const Player::Properties& aInfo) {
+    GstCaps* const lCaps = gst_caps_new_simple("audio/mpeg", "mpegversion", G_TYPE_INT, 4, "encoding-name",
+                                               G_TYPE_STRING, "MP4A-LATM", "framed", G_TYPE_BOOLEAN, FALSE, nullptr);
+    if (aInfo.Has("EncParams")) { SetInt(lCaps, "channels", Player::DecimalToUInt(aInfo.Get("EncParams"), 1)); }
+    if (aInfo.Has("TimeRes")) { SetInt(lCaps, "rate", Player::DecimalToUInt(aInfo.Get("TimeRes"))); }
+    GstBuffer* const lConfig = NewBufferFromParam(aInfo, "config");
+    if (nullptr != lConfig) { SetConfig(lCaps, lConfig); }
+    return lCaps;
+}
+
+}  // namespace
+
+StreamAAC::StreamAAC(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack)
+    : CodecStream(aElement, aController, aPlayer, aTrack, MakeCaps(aPlayer.TrackInfo(aTrack))) {
+    read_times(aPlayer.TrackInfo(aTrack));
+    GST_INFO_OBJECT(element(), "AAC pad-added");
+}
+
+GstCaps* StreamAAC::create_caps(const Player::Properties& aInfo) {
+    read_times(aInfo);
+    return MakeCaps(aInfo);
+}
+
+void StreamAAC::read_times(const Player::Properties& aInfo) {
+    if (aInfo.Has("TimeRes")) { m_timeRes = Player::DecimalToUInt(aInfo.Get("TimeRes")); }
+    m_startTime = TimeOf(aInfo, "StartTime");
+    m_endTime = TimeOf(aInfo, "EndTime");
+}
+
+CodecStream::Segment StreamAAC::segment_from(GstClockTime aStart) const {
+    const auto lStart = static_cast<gint64>(aStart);
+    const bool lKnown = -1 != m_startTime && -1 != m_endTime;
+    // A range that ends before it begins, or after all time, is as good as none.
+    if (!lKnown || m_endTime < m_startTime || m_endTime - m_startTime > G_MAXINT64 - lStart) { return {-1, lStart}; }
+    return {lStart + (m_endTime - m_startTime), lStart};
+}
+
+std::string AudioSpecificConfig(const std::string& aStreamMuxConfig) {
+    const std::string::size_type lSize = aStreamMuxConfig.size();
+    const auto lByte = [&aStreamMuxConfig](std::string::size_type aIdx) {
+        return static_cast<unsigned int>(static_cast<unsigned char>(aStreamMuxConfig[aIdx]));
+    };
+    if (lSize <= 1) {
+        GST_DEBUG("To little config Data");
+        return std::string();
+    }
+    if (0 != (lByte(0) & 0x80)) {
+        GST_DEBUG("Need audioMuxVersion 0");
+        return std::string();
+    }
+    // audioMuxVersion 1 bit, allStreamsSameTimeFraming 1, numSubFrames 6, numProgram 4, numLayer 3
+    std::string lConfig;
+    for (std::string::size_type lIdx = 1; lIdx < lSize; ++lIdx) {
+        const unsigned int lNext = lIdx + 1 < lSize ? lByte(lIdx + 1) : 0U;
+        lConfig += static_cast<char>((lByte(lIdx) << 7 | lNext >> 1) & 0xFF);
+    }
+    return lConfig;
+}
+
+}  // namespace nsGstVireRtspSrc

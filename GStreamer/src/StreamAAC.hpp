@@ -1,0 +1,27 @@
+#pragma once
+
+#include "CodecStream.hpp"
+
+namespace nsGstVireRtspSrc {
+
+/// A track with the format "MP4A-LATM": "audio/mpeg", version 4.
+class StreamAAC : public CodecStream {
+public:
+    StreamAAC(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack);
+
+private:
+    GstCaps* create_caps(const Player::Properties& aInfo) override;
+    guint64 next_offset() override { return 0; }
+    Segment segment_from(GstClockTime aStart) const override;
+    void read_times(const Player::Properties& aInfo);
+
+    gint64 m_timeRes = 0;     ///< Clock rate.
+    gint64 m_startTime = -1;  ///< In ns; -1 when not described.
+    gint64 m_endTime = -1;    ///< In ns; -1 when not described.
+};
+
+/// The AudioSpecificConfig (ISO/IEC 14496-3) inside a StreamMuxConfig with audioMuxVersion 0: all that follows
+/// its first 15 bits, moved to the front. Empty when there is none.
+std::string AudioSpecificConfig(const std::string& aStreamMuxConfig);
+
+}  // namespace nsGstVireRtspSrc

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Stream.hpp"
+
+namespace nsGstVireRtspSrc {
+
+class StreamFactory {
+public:
+    /// A new stream for the track, by the "Format" of its description; null when it has none. A format that no
+    /// stream is there for throws a plain text.
+    static Stream* CreateStream(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer,
+                                unsigned int aTrack);
+};
+
+}  // namespace nsGstVireRtspSrc

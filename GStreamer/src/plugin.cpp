@@ -1,0 +1,17 @@
+#include "gstvirertspsrc.hpp"
+
+#define PACKAGE "gst-vire-rtsp-src"
+
+namespace {
+
+GstDebugCategory* gCategory = nullptr;
+
+gboolean virertspsrc_init(GstPlugin* aPlugin) {
+    if (nullptr == gCategory) { GST_DEBUG_CATEGORY_INIT(gCategory, "virertspsrc", 0, "Template virertspsrc"); }
+    return gst_element_register(aPlugin, "virertspsrc", GST_RANK_NONE, gst_vire_rtsp_src_get_type());
+}
+
+}  // namespace
+
+GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, "virertspsrc", "Template virertspsrc", virertspsrc_init,
+                  "1.6.0", "Proprietary", "Quenra", "https://quenra.example/")

@@ -1,0 +1,309 @@
+// An RTSP server that sends one H.264 track at a given rate to whoever asks: packets of 1400 bytes, evenly
+// spread, for as long as the client stays. It does no more than the comparison needs.
+//
+//     blast_server CLIP.h264 MBIT_PER_S      prints its URL; ends when its standard input does
+//
+// Each access unit is the clip's first picture (an IDR slice), filled up with cabac_zero_words to the size
+// that the rate asks for, in FU-A fragments.
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Clock = std::chrono::steady_clock;
+
+constexpr unsigned kUnitsPerSecond = 30;
+constexpr unsigned kPacketSize = 1400;
+constexpr unsigned kHeaderSize = 12;
+constexpr unsigned kFragmentHeader = 2;
+constexpr std::uint32_t kSsrc = 0x1A2B3C4D;
+
+Bytes ReadFile(const char* aPath) {
+    std::ifstream lFile(aPath, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(lFile), {});
+}
+
+std::vector<Bytes> SplitAnnexB(const Bytes& aData) {
+    const std::uint8_t kStart[] = {0, 0, 1};
+    std::vector<Bytes> lUnits;
+    auto lAt = std::search(aData.begin(), aData.end(), kStart, kStart + 3);
+    while (lAt != aData.end()) {
+        const auto lNext = std::search(lAt + 3, aData.end(), kStart, kStart + 3);
+        Bytes lUnit(lAt + 3, lNext);
+        while (!lUnit.empty() && 0 == lUnit.back()) {
+            lUnit.pop_back();
+        }
+        lUnits.push_back(lUnit);
+        lAt = lNext;
+    }
+    return lUnits;
+}
+
+const Bytes& FirstOfType(const std::vector<Bytes>& aUnits, unsigned aType) {
+    for (const Bytes& lUnit : aUnits) {
+        if (!lUnit.empty() && (lUnit[0] & 0x1FU) == aType) { return lUnit; }
+    }
+    throw std::runtime_error("the clip lacks a parameter set or an IDR picture");
+}
+
+std::string Base64(const Bytes& aData) {
+    const char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string lText;
+    for (std::size_t i = 0; i < aData.size(); i += 3) {
+        unsigned lGroup = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            lGroup = lGroup << 8 | (i + k < aData.size() ? aData[i + k] : 0U);
+        }
+        for (std::size_t k = 0; k < 4; ++k) {
+            lText += i + k > aData.size() ? '=' : kAlphabet[lGroup >> (18 - 6 * k) & 63];
+        }
+    }
+    return lText;
+}
+
+struct Stream {
+    Bytes mSps;
+    Bytes mPps;
+    Bytes mUnit;
+};
+
+Stream LoadStream(const char* aPath, double aMegabits) {
+    const std::vector<Bytes> lUnits = SplitAnnexB(ReadFile(aPath));
+    Stream lStream{FirstOfType(lUnits, 7), FirstOfType(lUnits, 8), FirstOfType(lUnits, 5)};
+    const auto lSize = static_cast<std::size_t>(aMegabits * 1e6 / 8 / kUnitsPerSecond);
+    while (lStream.mUnit.size() < lSize) {
+        lStream.mUnit.insert(lStream.mUnit.end(), {0, 0, 3});
+    }
+    return lStream;
+}
+
+/// Where media goes: a connected UDP socket, or frames on the RTSP connection.
+class Sender {
+public:
+    Sender(int aSocket, bool aInterleaved) : mSocket(aSocket), mInterleaved(aInterleaved) {}
+
+    void Send(const Bytes& aPacket) {
+        if (!mInterleaved) {
+            // A client that is gone makes this fail; the control connection tells.
+            static_cast<void>(::send(mSocket, aPacket.data(), aPacket.size(), MSG_NOSIGNAL));
+            return;
+        }
+        const std::uint8_t kHead[] = {'$', 0, static_cast<std::uint8_t>(aPacket.size() >> 8),
+                                      static_cast<std::uint8_t>(aPacket.size())};
+        mHeld.insert(mHeld.end(), kHead, kHead + sizeof(kHead));
+        mHeld.insert(mHeld.end(), aPacket.begin(), aPacket.end());
+    }
+    /// False when the client is gone.
+    bool Flush() {
+        std::size_t lAt = 0;
+        while (lAt < mHeld.size()) {
+            const ssize_t lSent = ::send(mSocket, mHeld.data() + lAt, mHeld.size() - lAt, MSG_NOSIGNAL);
+            if (lSent <= 0) { return false; }
+            lAt += static_cast<std::size_t>(lSent);
+        }
+        mHeld.clear();
+        return true;
+    }
+
+private:
+    int mSocket;
+    bool mInterleaved;
+    Bytes mHeld;
+};
+
+bool HasInput(int aSocket) {
+    pollfd lPoll{aSocket, POLLIN, 0};
+    return 0 < ::poll(&lPoll, 1, 0);
+}
+
+/// Sends until the client says anything on the control connection or leaves.
+void Blast(const Stream& aStream, Sender aSender, int aControl, std::uint16_t& aSeq) {
+    const std::size_t lBody = kPacketSize - kHeaderSize - kFragmentHeader;
+    const std::size_t lPackets = (aStream.mUnit.size() - 1 + lBody - 1) / lBody;
+    const auto lStep = std::chrono::nanoseconds(1000000000LL / kUnitsPerSecond / static_cast<long long>(lPackets));
+    Clock::time_point lDue = Clock::now();
+    for (std::uint32_t lUnit = 0;; ++lUnit) {
+        for (std::size_t i = 0; i < lPackets; ++i, ++aSeq, lDue += lStep) {
+            const bool lLast = lPackets - 1 == i;
+            const std::size_t lFrom = 1 + i * lBody;
+            const std::size_t lTo = std::min(lFrom + lBody, aStream.mUnit.size());
+            const std::uint32_t lTime = lUnit * (90000 / kUnitsPerSecond);
+            Bytes lPacket = {0x80, static_cast<std::uint8_t>(lLast ? 0xE0 : 0x60), static_cast<std::uint8_t>(aSeq >> 8),
+                             static_cast<std::uint8_t>(aSeq)};
+            for (const std::uint32_t lWord : {lTime, kSsrc}) {
+                for (int lShift = 24; lShift >= 0; lShift -= 8) {
+                    lPacket.push_back(static_cast<std::uint8_t>(lWord >> lShift));
+                }
+            }
+            lPacket.push_back(static_cast<std::uint8_t>((aStream.mUnit[0] & 0x60) | 28));
+            lPacket.push_back(static_cast<std::uint8_t>((0 == i ? 0x80 : 0) | (lLast ? 0x40 : 0) | 5));
+            lPacket.insert(lPacket.end(), aStream.mUnit.begin() + static_cast<std::ptrdiff_t>(lFrom),
+                           aStream.mUnit.begin() + static_cast<std::ptrdiff_t>(lTo));
+            aSender.Send(lPacket);
+            if (Clock::now() < lDue) {
+                if (!aSender.Flush() || HasInput(aControl)) { return; }
+                std::this_thread::sleep_until(lDue);
+            }
+        }
+        if (!aSender.Flush() || HasInput(aControl)) { return; }
+    }
+}
+
+std::string HeaderOf(const std::string& aRequest, const char* aName) {
+    const std::size_t lAt = aRequest.find(std::string("\r\n") + aName + ": ");
+    if (std::string::npos == lAt) { return std::string(); }
+    const std::size_t lFrom = lAt + 4 + std::strlen(aName);
+    return aRequest.substr(lFrom, aRequest.find("\r\n", lFrom) - lFrom);
+}
+
+class Client {
+public:
+    Client(int aControl, const Stream& aStream, const std::string& aURL)
+        : mControl(aControl), mStream(aStream), mURL(aURL) {}
+
+    void Serve() {
+        std::string lRequest;
+        while (Receive(lRequest)) {
+            const std::string lMethod = lRequest.substr(0, lRequest.find(' '));
+            if ("DESCRIBE" == lMethod) {
+                Answer(lRequest, "Content-Base: " + mURL + "/\r\nContent-Type: application/sdp\r\n", Description());
+            } else if ("SETUP" == lMethod) {
+                Answer(lRequest, "Session: 1\r\nTransport: " + SetUp(HeaderOf(lRequest, "Transport")) + "\r\n", "");
+            } else if ("PLAY" == lMethod) {
+                Answer(lRequest, PlayHeaders(), "");
+                Blast(mStream, Sender(mInterleaved ? mControl : mMedia, mInterleaved), mControl, mSeq);
+            } else {
+                Answer(lRequest, "Public: DESCRIBE, SETUP, PLAY, TEARDOWN\r\n", "");
+            }
+        }
+    }
+
+private:
+    bool Receive(std::string& aRequest) {
+        for (;;) {
+            // Receiver reports of an interleaved client come between requests.
+            while (mIn.size() >= 4 && '$' == mIn[0]) {
+                const std::size_t lSize =
+                    4U + static_cast<std::uint8_t>(mIn[2]) * 256U + static_cast<std::uint8_t>(mIn[3]);
+                if (mIn.size() < lSize) { break; }
+                mIn.erase(0, lSize);
+            }
+            const std::size_t lEnd = mIn.empty() || '$' == mIn[0] ? std::string::npos : mIn.find("\r\n\r\n");
+            if (std::string::npos != lEnd) {
+                aRequest = mIn.substr(0, lEnd + 4);
+                mIn.erase(0, lEnd + 4);
+                return true;
+            }
+            char lData[4096];
+            const ssize_t lSize = ::recv(mControl, lData, sizeof(lData), 0);
+            if (lSize <= 0) { return false; }
+            mIn.append(lData, static_cast<std::size_t>(lSize));
+        }
+    }
+
+    void Answer(const std::string& aRequest, const std::string& aHeaders, const std::string& aBody) const {
+        const std::string lText = "RTSP/1.0 200 OK\r\nCSeq: " + HeaderOf(aRequest, "CSeq") + "\r\n" + aHeaders +
+                                  (aBody.empty() ? "" : "Content-Length: " + std::to_string(aBody.size()) + "\r\n") +
+                                  "\r\n" + aBody;
+        static_cast<void>(::send(mControl, lText.data(), lText.size(), MSG_NOSIGNAL));
+    }
+
+    std::string Description() const {
+        return "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=Blast\r\nc=IN IP4 0.0.0.0\r\nt=0 0\r\na=range:npt=0-\r\n"
+               "m=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\na=control:track1\r\n"
+               "a=fmtp:96 packetization-mode=1;sprop-parameter-sets=" +
+               Base64(mStream.mSps) + "," + Base64(mStream.mPps) + "\r\n";
+    }
+
+    std::string SetUp(const std::string& aTransport) {
+        mInterleaved = std::string::npos != aTransport.find("TCP");
+        if (mInterleaved) { return "RTP/AVP/TCP;unicast;interleaved=0-1"; }
+        const std::size_t lAt = aTransport.find("client_port=");
+        sockaddr_in lTo{};
+        lTo.sin_family = AF_INET;
+        lTo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        lTo.sin_port = htons(static_cast<std::uint16_t>(std::strtoul(aTransport.c_str() + lAt + 12, nullptr, 10)));
+        mMedia = ::socket(AF_INET, SOCK_DGRAM, 0);
+        static_cast<void>(::connect(mMedia, reinterpret_cast<sockaddr*>(&lTo), sizeof(lTo)));
+        sockaddr_in lOwn{};
+        socklen_t lSize = sizeof(lOwn);
+        static_cast<void>(::getsockname(mMedia, reinterpret_cast<sockaddr*>(&lOwn), &lSize));
+        const unsigned lPort = ntohs(lOwn.sin_port);
+        return aTransport + ";server_port=" + std::to_string(lPort) + "-" + std::to_string(lPort + 1) +
+               ";ssrc=1A2B3C4D";
+    }
+
+    std::string PlayHeaders() const {
+        return "Session: 1\r\nRange: npt=0-\r\nRTP-Info: url=" + mURL + "/track1;seq=" + std::to_string(mSeq) +
+               ";rtptime=0\r\n";
+    }
+
+    int mControl;
+    const Stream& mStream;
+    std::string mURL;
+    std::string mIn;
+    bool mInterleaved = false;
+    int mMedia = -1;
+    std::uint16_t mSeq = 1;
+};
+
+int Listen(unsigned& aPort) {
+    const int lSocket = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in lAddress{};
+    lAddress.sin_family = AF_INET;
+    lAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t lSize = sizeof(lAddress);
+    if (0 != ::bind(lSocket, reinterpret_cast<sockaddr*>(&lAddress), lSize) || 0 != ::listen(lSocket, 4) ||
+        0 != ::getsockname(lSocket, reinterpret_cast<sockaddr*>(&lAddress), &lSize)) {
+        throw std::runtime_error("no port to listen on");
+    }
+    aPort = ntohs(lAddress.sin_port);
+    return lSocket;
+}
+
+}  // namespace
+
+int main(int aCount, char** aArgs) {
+    if (3 != aCount) {
+        std::fprintf(stderr, "usage: blast_server CLIP.h264 MBIT_PER_S\n");
+        return 2;
+    }
+    const Stream lStream = LoadStream(aArgs[1], std::atof(aArgs[2]));
+    unsigned lPort = 0;
+    const int lListener = Listen(lPort);
+    const std::string lURL = "rtsp://127.0.0.1:" + std::to_string(lPort) + "/blast";
+    std::printf("%s\n", lURL.c_str());
+    std::fflush(stdout);
+
+    pollfd lWait[] = {{STDIN_FILENO, POLLIN, 0}, {lListener, POLLIN, 0}};
+    for (;;) {
+        ::poll(lWait, 2, -1);
+        if (0 != lWait[0].revents) { return 0; }
+        const int lControl = ::accept(lListener, nullptr, nullptr);
+        const int lOn = 1;
+        ::setsockopt(lControl, IPPROTO_TCP, TCP_NODELAY, &lOn, sizeof(lOn));
+        std::thread([lControl, &lStream, lURL] {
+            Client(lControl, lStream, lURL).Serve();
+            ::close(lControl);
+        }).detach();
+    }
+}
