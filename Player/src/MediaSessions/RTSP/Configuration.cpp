@@ -41,7 +41,7 @@ Configuration::Configuration(const Properties& aConfig) {
     UInt lTimeOutRTPAfter = 20;
     ReadNumber(aConfig, "RTSP:TimeOutRTPAfter", lTimeOutRTPAfter);
     mTimeOutRTPAfter = Time(lTimeOutRTPAfter, 1);
-    mUseInterleavedRTP = 0 != std::atoi(aConfig.Get("RTSP:UseInterleavedRTP").c_str());
+    mUseInterleavedRTP = 0 != std::strtol(aConfig.Get("RTSP:UseInterleavedRTP").c_str(), nullptr, 10);
 }
 
 }  // namespace Player::MediaSessions
