@@ -44,7 +44,7 @@ UInt LocalPort(const OverUDP& aTransport, TrackIdx aIdx) {
 /// This process's socket on that port; others may have the same port on other addresses.
 int DescriptorOf(UInt aPort) {
     for (int lDescriptor = 3; lDescriptor < 1024; ++lDescriptor) {
-        if (aPort == Testing::PortOf(lDescriptor)) { return lDescriptor; }
+        if (aPort == Testing::BoundPort(lDescriptor)) { return lDescriptor; }
     }
     ADD_FAILURE() << "no socket on port " << aPort;
     return -1;

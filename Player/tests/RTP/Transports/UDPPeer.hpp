@@ -13,7 +13,7 @@
 
 namespace Player::Testing {
 
-inline sockaddr_in Loopback(UInt aPort) {
+inline sockaddr_in LoopbackAddress(UInt aPort) {
     sockaddr_in lAddress{};
     lAddress.sin_family = AF_INET;
     lAddress.sin_port = htons(static_cast<unsigned short>(aPort));
@@ -22,7 +22,7 @@ inline sockaddr_in Loopback(UInt aPort) {
 }
 
 /// The port that a socket is bound to; 0 when it is none, or not bound.
-inline UInt PortOf(int aSocket) {
+inline UInt BoundPort(int aSocket) {
     sockaddr_in lAddress{};
     socklen_t lSize = sizeof(lAddress);
     if (0 != ::getsockname(aSocket, reinterpret_cast<sockaddr*>(&lAddress), &lSize)) { return 0; }
@@ -35,7 +35,7 @@ public:
     UDPPeer() : UDPPeer(0) {}
     /// Throws when the port is taken.
     explicit UDPPeer(UInt aPort) : mSocket(::socket(AF_INET, SOCK_DGRAM, 0)) {
-        const sockaddr_in lAddress = Loopback(aPort);
+        const sockaddr_in lAddress = LoopbackAddress(aPort);
         if (0 != ::bind(mSocket, reinterpret_cast<const sockaddr*>(&lAddress), sizeof(lAddress))) {
             ::close(mSocket);
             throw std::runtime_error("UDPPeer: bind");
@@ -45,10 +45,10 @@ public:
     UDPPeer& operator=(const UDPPeer&) = delete;
     ~UDPPeer() { ::close(mSocket); }
 
-    UInt Port() const { return PortOf(mSocket); }
+    UInt Port() const { return BoundPort(mSocket); }
 
     void Send(const Bytes& aBytes, UInt aToPort) const {
-        const sockaddr_in lAddress = Loopback(aToPort);
+        const sockaddr_in lAddress = LoopbackAddress(aToPort);
         const ssize_t lSent = ::sendto(mSocket, aBytes.data(), aBytes.size(), 0,
                                        reinterpret_cast<const sockaddr*>(&lAddress), sizeof(lAddress));
         if (lSent != static_cast<ssize_t>(aBytes.size())) { throw std::runtime_error("UDPPeer: sendto"); }
