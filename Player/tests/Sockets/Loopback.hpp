@@ -134,17 +134,18 @@ private:
     bool mSet = false;
 };
 
-/// Interrupts this process every 20 ms for its life; system calls are not restarted. Counts, and calls
-/// `sOnTick` with the count so far.
+/// Interrupts this process every so many milliseconds for its life; system calls are not restarted. Counts,
+/// and calls `aOnTick` with the count so far.
 class Interruptions {
 public:
-    explicit Interruptions(void (*aOnTick)(int) = nullptr) {
+    explicit Interruptions(void (*aOnTick)(int) = nullptr, int aMilliseconds = 20) {
         sTicks = 0;
         sOnTick = aOnTick;
         struct sigaction lAction {};
         lAction.sa_handler = &Tick;
         EXPECT_EQ(0, ::sigaction(SIGALRM, &lAction, &mOldAction));
-        const itimerval lTimer{{0, 20000}, {0, 20000}};
+        const timeval lPeriod{aMilliseconds / 1000, aMilliseconds % 1000 * 1000};
+        const itimerval lTimer{lPeriod, lPeriod};
         EXPECT_EQ(0, ::setitimer(ITIMER_REAL, &lTimer, nullptr));
     }
     Interruptions(const Interruptions&) = delete;

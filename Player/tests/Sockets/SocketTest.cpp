@@ -1,6 +1,7 @@
 #include "Sockets/Socket.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 
 #include <cerrno>
 #include <chrono>
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "Sockets/HiddenCalls.hpp"
 #include "Sockets/Loopback.hpp"
 #include "Support/ExpectThrow.hpp"
 
@@ -334,6 +336,57 @@ TEST(Socket, DescriptorsOf1024AndAbove) {
     Socket lRefused(static_cast<UInt>(lHigh()));
     ExpectThrow<NetworkErr>(35, With("Socket::Connect(): Failed to get last error", ECONNREFUSED),
                             [&] { lRefused.Connect(lRefusing.Addr(), 60); });
+}
+
+/// Whether `aCall` throws `NetworkErr` with this number and text.
+template <typename Call>
+bool Throws(unsigned short aError, const std::string& aMessage, Call aCall) {
+    const Testing::CaughtReports lReports;
+    try {
+        aCall();
+    } catch (const NetworkErr& aException) { return aError == aException.Error() && aMessage == aException.Message(); }
+    return false;
+}
+
+int WithoutSelect() {
+    Server lServer;
+    lServer.Listen();
+    Connection lPair;
+    lPair.mPeer.Send("x");
+    Socket lSocket(static_cast<UInt>(NewTCP(SOCK_NONBLOCK)));
+#ifdef SYS_select
+    Testing::HideCalls({SYS_select, SYS_pselect6}, ENOMEM);
+#else
+    Testing::HideCalls({SYS_pselect6}, ENOMEM);
+#endif
+    char lByte = 0;
+    if (!Throws(35, With("Socket::Connect(): Failed to connect", ENOMEM),
+                [&] { lSocket.Connect(lServer.Addr(), 60); })) {
+        return 1;
+    }
+    if (!Throws(38, With("Socket::Read(): Failed to read", ENOMEM), [&] { lPair.mSocket.Read(&lByte, 1, 60); })) {
+        return 2;
+    }
+    if (!lPair.mSocket.HasClosed()) { return 3; }
+    return 1 == lPair.mSocket.Read(&lByte, 1) ? 0 : 4;
+}
+
+TEST(SocketDeathTest, FailingSelectIsTheOperationsOwnFailure) {
+    Testing::ExpectZeroInChild(WithoutSelect);
+}
+
+int WithoutPendingErrors() {
+    Server lServer;
+    lServer.Listen();
+    Socket lSocket(static_cast<UInt>(NewTCP(SOCK_NONBLOCK)));
+    Testing::HideCalls({SYS_getsockopt}, ENOMEM);
+    const bool lThrown = Throws(35, "Socket::Connect(): Failed to get last error [4294967295]",
+                                [&] { lSocket.Connect(lServer.Addr(), 60); });
+    return lThrown ? 0 : 1;
+}
+
+TEST(SocketDeathTest, OutcomeOfAConnectThatCannotBeAskedForIsAFailure) {
+    Testing::ExpectZeroInChild(WithoutPendingErrors);
 }
 
 TEST(SocketDeathTest, SizesAreBelow2To31) {

@@ -43,6 +43,17 @@ TEST(Wait, GoesOnAfterSignalsWithTheTimeThatIsLeft) {
     EXPECT_GE(Interruptions::Count(), 2);
 }
 
+TEST(Wait, LateSignalDoesNotStartTheTimeAnew) {
+    const Connection lPair;
+    const Interruptions lInterruptions(nullptr, 1900);
+    const auto lStart = Clock::now();
+    EXPECT_EQ(0, Wait(lPair.mFd, Readiness::kReadable, 2));
+    const auto lElapsed = Clock::now() - lStart;
+    EXPECT_GE(lElapsed, std::chrono::seconds(2));
+    EXPECT_LT(lElapsed, std::chrono::milliseconds(3700)) << "anew would be 3.8 s, or 3.9";
+    EXPECT_LE(1, Interruptions::Count());
+}
+
 int gPeer = -1;
 
 TEST(Wait, SeesWhatComesAfterASignal) {
