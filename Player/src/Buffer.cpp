@@ -15,9 +15,18 @@ int CompareCommon(const BufferRef& aA, const BufferRef& aB) {
     return 0 == lCommon ? 0 : std::memcmp(aA.Begin(), aB.Begin(), lCommon);
 }
 
+/// A size that was worked out in more than 32 bits.
+UInt CheckedSize(std::uint64_t aSize) {
+    if (aSize > std::numeric_limits<UInt>::max()) { throw std::length_error("Buffer: size beyond 32 bits"); }
+    return static_cast<UInt>(aSize);
+}
+
 UInt CheckedSum(UInt aA, UInt aB) {
-    if (aB > std::numeric_limits<UInt>::max() - aA) { throw std::length_error("Buffer: size beyond 32 bits"); }
-    return aA + aB;
+    return CheckedSize(std::uint64_t{aA} + aB);
+}
+
+UInt RangeSize(const Byte* aBegin, const Byte* aEnd) {
+    return nullptr == aEnd ? 0 : CheckedSize(static_cast<std::uint64_t>(aEnd - aBegin));
 }
 
 }  // namespace
@@ -49,7 +58,7 @@ Buffer::Buffer(const void* aData, UInt aSize) {
     mSize = mCapacity = aSize;
 }
 
-Buffer::Buffer(const Byte* aBegin, const Byte* aEnd) : Buffer(aBegin, static_cast<UInt>(aEnd - aBegin)) {}
+Buffer::Buffer(const Byte* aBegin, const Byte* aEnd) : Buffer(aBegin, RangeSize(aBegin, aEnd)) {}
 
 Buffer::Buffer(const BufferRef& aOther) : Buffer(aOther.Begin(), aOther.Size()) {}
 
@@ -65,9 +74,7 @@ Buffer::~Buffer() {
 }
 
 UInt Buffer::GrownCapacity(UInt aAtLeast) const {
-    const UInt lLargest = std::numeric_limits<UInt>::max();
-    const UInt lDoubled = mCapacity > lLargest / 2 ? lLargest : 2 * mCapacity;
-    return Util::Max(aAtLeast, lDoubled);
+    return Util::Max(aAtLeast, CheckedSum(mCapacity, mCapacity));
 }
 
 void Buffer::Reserve(UInt aCapacity) {

@@ -14,12 +14,12 @@ void Exception::Format(const char* aFmt, void* aArgs) {
 }
 
 // The five kinds differ in nothing but their category.
-#define PLAYER_DEFINE_KIND(aKind, aCategory)                                                     \
+#define PLAYER_DEFINE_KIND(aKind, aCategory)                                                    \
     aKind::aKind(unsigned short aError, const char* aFmt, ...) : Exception(aCategory, aError) { \
-        va_list lArgs;                                                                           \
-        va_start(lArgs, aFmt);                                                                   \
-        Format(aFmt, &lArgs);                                                                    \
-        va_end(lArgs);                                                                           \
+        va_list lArgs;                                                                          \
+        va_start(lArgs, aFmt);                                                                  \
+        Format(aFmt, &lArgs);                                                                   \
+        va_end(lArgs);                                                                          \
     }
 
 PLAYER_DEFINE_KIND(SystemErr, 1)

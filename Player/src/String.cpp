@@ -1,9 +1,9 @@
 #include "Player/String.hpp"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <algorithm>
 
 #include "Player/Assert.hpp"
 #include "Player/Ptr.hpp"
@@ -44,9 +44,10 @@ void Split(const std::string& aText, char aSep, std::vector<std::string>& aOut, 
 
 void SplitToMap(const std::string& aText, char aPairSep, char aKeyValSep, std::map<std::string, std::string>& aOut,
                 const char* aTrim) {
+    const char lSeps[] = {aKeyValSep, aPairSep};
     for (std::size_t lBegin = 0; lBegin < aText.size();) {
-        const std::size_t lEnd = FindOrEnd(aText, aPairSep, lBegin);
-        const std::size_t lKeyEnd = std::min(FindOrEnd(aText, aKeyValSep, lBegin), lEnd);
+        const std::size_t lKeyEnd = std::min(aText.find_first_of(lSeps, lBegin, sizeof lSeps), aText.size());
+        const std::size_t lEnd = FindOrEnd(aText, aPairSep, lKeyEnd);
         const std::size_t lValBegin = std::min(lKeyEnd + 1, lEnd);
         aOut[Trimmed(aText, lBegin, lKeyEnd, aTrim)] = Trimmed(aText, lValBegin, lEnd, aTrim);
         lBegin = lEnd + 1;
@@ -91,8 +92,11 @@ SInt CStrWithFormat(Char* aDst, SInt aSize, const Char* aFmt, ...) {
 
 SInt CStrWithFormatVA(Char* aDst, SInt aSize, const Char* aFmt, void* aArgs) {
     PLAYER_ASSERT(0 != aDst && 0 != aSize && 0 != aFmt);
+    if (aSize < 0) { return -1; }
     va_list lArgs;
     va_copy(lArgs, *static_cast<va_list*>(aArgs));
+    // The analyzer loses sight of the list behind a `void*`.
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
     const SInt lLength = std::vsnprintf(aDst, static_cast<std::size_t>(aSize), aFmt, lArgs);
     va_end(lArgs);
     return lLength;

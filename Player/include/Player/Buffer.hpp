@@ -48,6 +48,7 @@ public:
     /// Room for `aCapacity` bytes, size 0.
     explicit Buffer(UInt aCapacity);
     Buffer(const void* aData, UInt aSize);
+    /// A null end is an empty range: `Buffer(lBytes, 0)` means this constructor.
     Buffer(const Byte* aBegin, const Byte* aEnd);
     explicit Buffer(const BufferRef& aOther);
     Buffer(const Buffer& aOther);
@@ -61,6 +62,7 @@ public:
     /// Within the capacity the size becomes `aSize`. Beyond it the buffer grows, the new bytes are
     /// zero, and the size becomes the whole new capacity: a caller that wants less resizes again.
     void Resize(UInt aSize);
+    /// `aData` does not point into this buffer.
     void Append(const void* aData, UInt aSize);
     void Append(Byte aByte);
     /// Replaces the contents. `aData` does not point into this buffer.

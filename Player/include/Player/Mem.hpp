@@ -18,7 +18,10 @@ const T& Max(const T& aA, const T& aB) {
     return aA < aB ? aB : aA;
 }
 
-inline int Abs(int aValue) { return aValue < 0 ? -aValue : aValue; }
+/// The magnitude; the smallest int, which has none, stays as it is.
+inline int Abs(int aValue) {
+    return aValue < 0 ? static_cast<int>(0U - static_cast<unsigned>(aValue)) : aValue;
+}
 
 }  // namespace Util
 
@@ -71,11 +74,11 @@ void Free(T* aPtr) {
     delete[] aPtr;
 }
 
-/// Always moves to a new block: copies `aOldCount` elements and frees the old block.
+/// Always moves to a new block: copies `aOldCount` elements, or what fits, and frees the old block.
 template <typename T>
 T* Realloc(T* aOld, UInt aOldCount, UInt aNewCount) {
     T* lPtr = Alloc<T>(aNewCount);
-    Copy(lPtr, aOld, aOldCount);
+    Copy(lPtr, aOld, Util::Min(aOldCount, aNewCount));
     Free(aOld);
     return lPtr;
 }
@@ -84,7 +87,7 @@ T* Realloc(T* aOld, UInt aOldCount, UInt aNewCount) {
 template <typename T>
 T* ReallocAndClear(T* aOld, UInt aOldCount, UInt aNewCount) {
     T* lPtr = Realloc(aOld, aOldCount, aNewCount);
-    Clear(lPtr + aOldCount, aNewCount - aOldCount);
+    if (aNewCount > aOldCount) { Clear(lPtr + aOldCount, aNewCount - aOldCount); }
     return lPtr;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstddef>
+#include <type_traits>
+#include <utility>
 
 #include "Player/Assert.hpp"
 #include "Player/SharedObject.hpp"
@@ -16,7 +17,7 @@ public:
     SharedPtr(const SharedPtr& aOther) : mPtr(aOther.mPtr) { RetainHeld(); }
     SharedPtr(SharedPtr&& aOther) noexcept : mPtr(aOther.mPtr) { aOther.mPtr = nullptr; }
     /// From a pointer to a derived class.
-    template <typename Y>
+    template <typename Y, typename = std::enable_if_t<std::is_convertible_v<Y*, T*>>>
     SharedPtr(const SharedPtr<Y, U>& aOther) : mPtr(aOther.Ptr()) {
         RetainHeld();
     }
@@ -27,7 +28,7 @@ public:
         return *this;
     }
     SharedPtr& operator=(SharedPtr&& aOther) noexcept {
-        Swap(aOther);
+        SharedPtr(std::move(aOther)).Swap(*this);
         return *this;
     }
 
@@ -40,9 +41,9 @@ public:
     }
     template <typename Y>
     void Set(Y* aPtr) {
-        Set(static_cast<T*>(aPtr));
+        T* lPtr = aPtr;
+        Set(lPtr);
     }
-    void Set(std::nullptr_t) { Set(static_cast<T*>(nullptr)); }
     void Set(const SharedPtr& aOther) { Set(aOther.mPtr); }
 
     /// Exchanges the pointers without touching the counts.
@@ -112,9 +113,9 @@ public:
     }
     template <typename Y>
     void Set(Y* aPtr) {
-        Set(static_cast<T*>(aPtr));
+        T* lPtr = aPtr;
+        Set(lPtr);
     }
-    void Set(std::nullptr_t) { Set(static_cast<T*>(nullptr)); }
 
     /// Gives up the ownership.
     T* Detach() const {

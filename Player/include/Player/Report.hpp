@@ -6,7 +6,7 @@
 
 namespace Player {
 
-enum Severity { Trace = 0, Debug = 1, Info = 2, Warning = 3, Error = 4 };
+enum Severity : SInt { Trace = 0, Debug = 1, Info = 2, Warning = 3, Error = 4 };
 
 /// Where the library's reports go. May be called from any thread that calls into the library.
 class Reporter {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Player/Assert.hpp"
 #include "Player/Types.hpp"
 
 namespace Player {
@@ -18,7 +19,10 @@ public:
 
     void Retain() const { ++mRefCount; }
     /// Gives up one reference; the last one deletes the object.
-    void Release() const;
+    void Release() const {
+        PLAYER_ASSERT(0 < mRefCount);
+        if (0 == --mRefCount) { delete this; }
+    }
     UInt GetRefCount() const { return mRefCount; }
 
 private:

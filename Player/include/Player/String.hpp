@@ -32,6 +32,7 @@ std::string StringWithFormat(const char* aFmt, ...) __attribute__((format(printf
 std::string StringWithVAFormat(const char* aFmt, void* aArgs);
 
 /// printf into `aDst` of `aSize` bytes, always terminated; returns what `vsnprintf` returns.
+/// Nothing is written to a size below 0.
 SInt CStrWithFormat(Char* aDst, SInt aSize, const Char* aFmt, ...) __attribute__((format(printf, 3, 4)));
 /// `aArgs` is the address of a `va_list`, which stays usable.
 SInt CStrWithFormatVA(Char* aDst, SInt aSize, const Char* aFmt, void* aArgs);

@@ -1,0 +1,145 @@
+#include "Player/Report.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <cstdlib>
+
+#include "Support/CaughtReports.hpp"
+#include "Support/ExpectThrow.hpp"
+#include "Throw.hpp"
+
+namespace Player {
+namespace {
+
+using Testing::CaughtReports;
+
+TEST(Report, ReachesTheReporterWithItsPlace) {
+    const CaughtReports lReports;
+    Report("dir/File.cpp", 42, Severity::Warning, "%s %u", "text", 5U);
+    Report("Other.cpp", 7, Severity::Trace, "plain");
+    ASSERT_EQ(2U, lReports.mEntries.size()) << "no severity is filtered out";
+    EXPECT_EQ("dir/File.cpp", lReports.mEntries[0].mFile) << "shortened by the reporter, not before";
+    EXPECT_EQ(42U, lReports.mEntries[0].mLine);
+    EXPECT_EQ(Severity::Warning, lReports.mEntries[0].mSeverity);
+    EXPECT_EQ("text 5", lReports.mEntries[0].mMessage);
+    EXPECT_EQ(Severity::Trace, lReports.mEntries[1].mSeverity);
+    EXPECT_EQ("plain", lReports.mEntries[1].mMessage);
+}
+
+TEST(Report, MessagesOf4096CharactersAndMoreAreCutToThree) {
+    for (const std::size_t lLength : {4094U, 4095U}) {
+        const CaughtReports lReports;
+        const std::string lText = "abc" + std::string(lLength - 3, 'x');
+        Report("f", 1, Severity::Info, "%s", lText.c_str());
+        ASSERT_EQ(1U, lReports.mEntries.size());
+        EXPECT_EQ(lText, lReports.mEntries[0].mMessage) << lLength;
+    }
+    for (const std::size_t lLength : {4096U, 4097U, 100000U}) {
+        const CaughtReports lReports;
+        const std::string lText = "abc" + std::string(lLength - 3, 'x');
+        Report("f", 1, Severity::Info, "%s", lText.c_str());
+        ASSERT_EQ(1U, lReports.mEntries.size());
+        EXPECT_EQ("abc", lReports.mEntries[0].mMessage) << lLength;
+    }
+}
+
+TEST(Report, NothingWithoutAFormatOrWhenFormattingFails) {
+    const CaughtReports lReports;
+    const char* const lNoFormat = nullptr;
+    Report("f", 1, Severity::Info, lNoFormat);
+    const wchar_t lWide[] = {0x20AC, 0};
+    Report("f", 1, Severity::Info, "abc %ls", lWide);
+    EXPECT_TRUE(lReports.mEntries.empty());
+    Report("f", 1, Severity::Info, "%s", "");
+    EXPECT_EQ(1U, lReports.mEntries.size()) << "an empty message is one";
+}
+
+void ReportTwice(Reporter& aReporter, const char* aFmt, ...) {
+    va_list lArgs;
+    va_start(lArgs, aFmt);
+    Report(aReporter, "f", 1, Severity::Info, aFmt, &lArgs);
+    ReportVA("f", 2, Severity::Debug, aFmt, &lArgs);
+    va_end(lArgs);
+}
+
+TEST(Report, GoesToAGivenReporterAndLeavesTheArgumentsUsable) {
+    const CaughtReports lInstalled;
+    class Given : public Reporter {
+    public:
+        void Report(const char*, UInt, Severity, const char* aMessage) override { mMessage = aMessage; }
+        std::string mMessage;
+    } lGiven;
+    ReportTwice(lGiven, "%s %d %s", "a", 2, "c");
+    EXPECT_EQ("a 2 c", lGiven.mMessage);
+    ASSERT_EQ(1U, lInstalled.mEntries.size());
+    EXPECT_EQ("a 2 c", lInstalled.mEntries[0].mMessage);
+    EXPECT_EQ(Severity::Debug, lInstalled.mEntries[0].mSeverity);
+}
+
+TEST(Report, NullReporterSilences) {
+    testing::internal::CaptureStderr();
+    SetReporter(nullptr);
+    Report("f", 1, Severity::Error, "%s", "unheard");
+    SetDefaultReporter();
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+}
+
+TEST(Report, DefaultReporterWritesOneLine) {
+    SetDefaultReporter();
+    testing::internal::CaptureStderr();
+    Report("../../Player/src/Time.cpp", 7, Severity::Info, "%s", "seven");
+    Report("Time.cpp", 12345, Severity::Trace, "%s", "100%");
+    Report("/a/b/c.cpp", 1234, static_cast<Severity>(7), "%s", "");
+    EXPECT_EQ("<Info: src/Time.cpp:   7> seven\n<Trace: Time.cpp:12345> 100%\n<Unknown: c.cpp:1234> \n",
+              testing::internal::GetCapturedStderr());
+}
+
+TEST(ReportDeathTest, DefaultReporterIsThereFromTheStart) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process of its own, with nothing installed
+    EXPECT_EXIT(
+        {
+            Report("x/y.cpp", 3, Severity::Error, "%s", "first");
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "<Error: y.cpp:   3> first");
+}
+
+TEST(Severity, Words) {
+    EXPECT_STREQ("Trace", CStrWithSeverity(static_cast<Severity>(0)));
+    EXPECT_STREQ("Debug", CStrWithSeverity(static_cast<Severity>(1)));
+    EXPECT_STREQ("Info", CStrWithSeverity(static_cast<Severity>(2)));
+    EXPECT_STREQ("Warning", CStrWithSeverity(static_cast<Severity>(3)));
+    EXPECT_STREQ("Error", CStrWithSeverity(static_cast<Severity>(4)));
+    EXPECT_STREQ("Unknown", CStrWithSeverity(static_cast<Severity>(5)));
+    EXPECT_STREQ("Unknown", CStrWithSeverity(static_cast<Severity>(7)));
+    EXPECT_STREQ("Unknown", CStrWithSeverity(static_cast<Severity>(-1)));
+    EXPECT_STREQ("Unknown", CStrWithSeverity(static_cast<Severity>(1000)));
+}
+
+TEST(RelativizeFile, Shortens) {
+    EXPECT_EQ("src/Time.cpp", RelativizeFile("../../../../Player/src/Time.cpp"));
+    EXPECT_EQ("include/Player/Ptr.hpp", RelativizeFile("../Player/include/Player/Ptr.hpp"));
+    EXPECT_EQ("Time.cpp", RelativizeFile("Time.cpp"));
+    EXPECT_EQ("c.cpp", RelativizeFile("/a/b/c.cpp"));
+    EXPECT_EQ("src/RTP/Stack.cpp", RelativizeFile("/src/RTP/Stack.cpp"));
+    EXPECT_EQ("src/a/src/b.cpp", RelativizeFile("/x/src/a/src/b.cpp")) << "the first one counts";
+    EXPECT_EQ("src/b.hpp", RelativizeFile("/include/src/b.hpp")) << "src before include";
+    EXPECT_EQ("b.cpp", RelativizeFile("src/b.cpp")) << "not without a slash before";
+    EXPECT_EQ("b.cpp", RelativizeFile("/xsrc/b.cpp"));
+    EXPECT_EQ("", RelativizeFile(""));
+    EXPECT_EQ("", RelativizeFile("a/"));
+}
+
+TEST(Throw, ReportsAndThrowsTheSameText) {
+    Testing::ExpectThrow<RTSPErr>(0x404, "RTSP::DoDescribe(): DESCRIBE failed: 404 Not Found", [] {
+        PLAYER_THROW(RTSPErr, 0x404, "RTSP::DoDescribe(): %s: %03x %s", "DESCRIBE failed", 0x404U, "Not Found");
+    });
+    const CaughtReports lReports;
+    EXPECT_THROW(PLAYER_THROW(SDPErr, 1, "x"), SDPErr);
+    ASSERT_EQ(1U, lReports.mEntries.size());
+    EXPECT_EQ(__FILE__, lReports.mEntries[0].mFile);
+}
+
+}  // namespace
+}  // namespace Player

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Player/Report.hpp"
+
+namespace Player::Testing {
+
+/// Keeps what is reported during its life, and the standard error stream clean of it.
+class CaughtReports : public Reporter {
+public:
+    struct Entry {
+        std::string mFile;
+        UInt mLine;
+        Severity mSeverity;
+        std::string mMessage;
+    };
+
+    CaughtReports() { SetReporter(this); }
+    ~CaughtReports() override { SetDefaultReporter(); }
+
+    void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aMessage) override {
+        mEntries.push_back({aFile, aLine, aSeverity, aMessage});
+    }
+
+    std::vector<Entry> mEntries;
+};
+
+}  // namespace Player::Testing
