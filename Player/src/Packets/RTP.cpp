@@ -38,7 +38,9 @@ void RTP::CopyCSRCs(UInt* aDst, unsigned short aMax) const {
     const UInt lHeld = (mLengths.mHeader - kFixedHeader) / kCSRC;
     const UInt lCount = Util::Min<UInt>(Util::Min<UInt>(NumCSRCs(), lHeld), aMax);
     const Byte* lCSRC = Data().Begin() + kFixedHeader;
-    for (UInt i = 0; i < lCount; ++i, lCSRC += kCSRC) { aDst[i] = BigEndian::Read32(lCSRC); }
+    for (UInt i = 0; i < lCount; ++i, lCSRC += kCSRC) {
+        aDst[i] = BigEndian::Read32(lCSRC);
+    }
 }
 
 void RTP::CopyExtension(Byte* aDst, unsigned short aMax) const {

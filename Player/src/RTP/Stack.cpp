@@ -66,8 +66,9 @@ bool Stack::HandleRTP(const unsigned char* aData, unsigned int aSize, Time aArri
 }
 
 void Stack::LearnFrom(const Byte* aData, Time aArrival) {
-    if (0 == mExpectedPT) { mExpectedPT = aData[1] & 0x7F; }
-    if (0 == mExpectedSSRC) { mExpectedSSRC = BigEndian::Read32(aData + 8); }
+    // Where something was expected, this is it.
+    mExpectedPT = aData[1] & 0x7F;
+    mExpectedSSRC = BigEndian::Read32(aData + 8);
     mSeq.LearnBase(BigEndian::Read16(aData + 2));
     const UInt lTimestamp = BigEndian::Read32(aData + 4);
     mTimestamp.LearnBase(lTimestamp);

@@ -52,7 +52,7 @@ public:
         mExtensionWords = aWords;
         return Set(mExtension, std::move(aData));
     }
-    PacketBuilder& Extension(Bytes aData) { return Extension(SizeOf(aData) / 4, aData); }
+    PacketBuilder& Extension(const Bytes& aData) { return Extension(SizeOf(aData) / 4, aData); }
     PacketBuilder& Payload(Bytes aPayload) { return Set(mPayload, std::move(aPayload)); }
     PacketBuilder& PayloadSize(UInt aSize, Byte aFill = 0xAB) { return Set(mPayload, Bytes(aSize, aFill)); }
     /// Sets the padding bit and appends `aSize` bytes, the last of which tells the size.

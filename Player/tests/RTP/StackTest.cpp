@@ -107,8 +107,9 @@ TEST_F(StackTest, SourcesExtensionAndPaddingLeavePayload) {
 }
 
 TEST_F(StackTest, LargestExtensionFits) {
-    EXPECT_FALSE(Take(Packet().Extension(Bytes(4 * 65535, 1)).PayloadSize(0)));
-    EXPECT_TRUE(Take(Packet().Extension(Bytes(4 * 65535, 1)).Payload({0x42})));
+    constexpr std::size_t kLargest = 262140;  // 65535 words
+    EXPECT_FALSE(Take(Packet().Extension(Bytes(kLargest, 1)).PayloadSize(0)));
+    EXPECT_TRUE(Take(Packet().Extension(Bytes(kLargest, 1)).Payload({0x42})));
     const auto lPacket = mStack.Pop();
     ASSERT_EQ(1U, lPacket->Size());
     EXPECT_EQ(0x42, *lPacket->Begin());

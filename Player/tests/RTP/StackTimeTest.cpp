@@ -110,6 +110,17 @@ TEST_F(StackTimeTest, EndTimeGoesBeforeTheTimeOut) {
     EXPECT_EQ(2U, mStack.Ended(Time(200, 1)));
 }
 
+TEST_F(StackTimeTest, FirstReasonToEndStays) {
+    mStack.SetTimeoutTime(Time(5, 1));
+    EXPECT_TRUE(TakeFrame(1, Time(100, 1)));
+    EXPECT_EQ(1U, mStack.Ended(Time(106, 1)));
+    mStack.SetEndTime(Time(1, 1));
+    EXPECT_EQ(1U, mStack.Ended(Time(106, 1))) << "beyond the end time as well";
+    EXPECT_TRUE(Control(Testing::Compound().RR().BYE()));
+    EXPECT_EQ(3U, mStack.Ended(Time(106, 1))) << "but a bye is a bye";
+    EXPECT_EQ(3U, mStack.Ended(Time(206, 1)));
+}
+
 TEST_F(StackTimeTest, ZeroMeansNoEndAndNoTimeOut) {
     EXPECT_TRUE(TakeFrame(1, Time(100, 1)));
     EXPECT_EQ(0U, mStack.Ended(Time(1000000, 1)));

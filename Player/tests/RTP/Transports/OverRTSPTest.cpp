@@ -7,17 +7,16 @@
 
 #include "Player/Exception.hpp"
 #include "RTP/PacketBuilder.hpp"
-#include "RTP/Transports/CollectingReporter.hpp"
+#include "RTP/Transports/CountedReports.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
 
 namespace Player::RTP::Transports {
 
 using Testing::Bytes;
-using Testing::CollectingReporter;
 using Testing::Compound;
+using Testing::CountedReports;
 using Testing::Packet;
 using Testing::RecordingProcessor;
-using Testing::SizeOf;
 using Events = std::vector<std::string>;
 
 namespace {
@@ -168,12 +167,12 @@ TEST_F(OverRTSPTest, RTCPAlignsTheOtherTracks) {
 }
 
 TEST_F(OverRTSPTest, ReportThatCannotBeSentIsDropped) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     mConnection.mFailsToSend = true;
     EXPECT_TRUE(Deliver(0, Packet().Build()));
     EXPECT_NO_THROW(Deliver(1, Compound().RR().Build()));
     EXPECT_EQ(1U, mConnection.mSent.size());
-    EXPECT_EQ(1, lReporter.Count("Warning: "));
+    EXPECT_EQ(1, lReports.Count(Severity::Warning));
 }
 
 TEST_F(OverRTSPTest, ReceiveTellsWhatTheSessionTells) {

@@ -13,15 +13,15 @@
 
 #include "Player/Exception.hpp"
 #include "RTP/PacketBuilder.hpp"
-#include "RTP/Transports/CollectingReporter.hpp"
+#include "RTP/Transports/CountedReports.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
 #include "RTP/Transports/UDPPeer.hpp"
 
 namespace Player::RTP::Transports {
 
 using Testing::Bytes;
-using Testing::CollectingReporter;
 using Testing::Compound;
+using Testing::CountedReports;
 using Testing::Packet;
 using Testing::RecordingProcessor;
 using Testing::UDPPeer;
@@ -44,7 +44,7 @@ UInt LocalPort(const OverUDP& aTransport, TrackIdx aIdx) {
 /// This process's socket on that port; others may have the same port on other addresses.
 int DescriptorOf(UInt aPort) {
     for (int lDescriptor = 3; lDescriptor < 1024; ++lDescriptor) {
-        if (aPort == Testing::BoundPort(lDescriptor)) { return lDescriptor; }
+        if (aPort == UDPPeer::BoundPort(lDescriptor)) { return lDescriptor; }
     }
     ADD_FAILURE() << "no socket on port " << aPort;
     return -1;
@@ -105,7 +105,7 @@ TEST(OverUDPPortsTest, OnePairIsTriedOnce) {
     EXPECT_EQ(0U, lTransport.AddTrack());
     EXPECT_EQ(lBegin, LocalPort(lTransport, 0));
 
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     try {
         lTransport.AddTrack();
         FAIL() << "a second pair from a range of one";
@@ -113,15 +113,15 @@ TEST(OverUDPPortsTest, OnePairIsTriedOnce) {
         EXPECT_EQ(19U << 16 | 1, lError.Code());
         EXPECT_STREQ("OverUDP::Track(): Failed to create UDP port pair", lError.Message());
     }
-    EXPECT_EQ(1, lReporter.Count("Error: Socket::Bind()"));
-    EXPECT_TRUE(lReporter.Has("Error: OverUDP::Track(): Failed to create UDP port pair"));
+    EXPECT_EQ(1, lReports.Count(Severity::Error, "Socket::Bind()"));
+    EXPECT_EQ(1, lReports.Count(Severity::Error, "OverUDP::Track(): Failed to create UDP port pair"));
     EXPECT_DEATH(lTransport.FillTrack(1), "aIdx < mTracks.size\\(\\)") << "no track was made";
 }
 
 TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
     constexpr UInt kPairs = 4;
     const UInt lBegin = FreePorts(kPairs);
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     for (UInt lFree = 0; lFree < kPairs; ++lFree) {
         std::vector<std::unique_ptr<UDPPeer>> lTaken;
         for (UInt i = 0; i < kPairs; ++i) {
@@ -132,16 +132,16 @@ TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
             OverUDP lTransport(lBegin, lBegin + 2 * kPairs, "");
             lTransport.AddTrack();
             EXPECT_EQ(lBegin + 2 * lFree, LocalPort(lTransport, 0));
-            const long lBefore = lReporter.Count("Error: Socket::Bind()");
+            const long lBefore = lReports.Count(Severity::Error, "Socket::Bind()");
             EXPECT_THROW(lTransport.AddTrack(), RTPErr);
-            EXPECT_EQ(lBefore + kPairs, lReporter.Count("Error: Socket::Bind()"));
+            EXPECT_EQ(lBefore + kPairs, lReports.Count(Severity::Error, "Socket::Bind()"));
         }
     }
 }
 
 TEST(OverUDPPortsTest, TakenRTCPPortMovesThePairOn) {
     const UInt lBegin = FreePorts(2);
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     const UDPPeer lTaken(lBegin + 1);
     for (UInt lSeed = 0; lSeed < 8; ++lSeed) {
         std::srand(lSeed);
@@ -154,7 +154,7 @@ TEST(OverUDPPortsTest, TakenRTCPPortMovesThePairOn) {
 
 TEST(OverUDPPortsTest, BindsToTheLocalAddress) {
     const UInt lBegin = FreePorts(1);
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     OverUDP lFirst(lBegin, lBegin + 2, "127.0.0.1");
     OverUDP lSecond(lBegin, lBegin + 2, "127.0.0.2");
     EXPECT_EQ(0U, lFirst.AddTrack());
@@ -405,7 +405,7 @@ TEST_F(OverUDPTest, RTCPAlignsTheOtherTracks) {
 // ---------------------------------------------------------------- failures
 
 TEST_F(OverUDPTest, FailingRTPSocketDoesNotEndTheOthers) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
     Break(mPorts[0]);
@@ -419,14 +419,14 @@ TEST_F(OverUDPTest, FailingRTPSocketDoesNotEndTheOthers) {
 }
 
 TEST_F(OverUDPTest, FailingRTCPSocketDoesNotHideMedia) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     Break(mPorts[0] + 1);
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(Until([&] { return mTransport.FillTrack(0); }));
 }
 
 TEST_F(OverUDPTest, ReportThatCannotBeSentIsDropped) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
     ::shutdown(DescriptorOf(mPorts[0] + 1), SHUT_WR);
@@ -436,13 +436,13 @@ TEST_F(OverUDPTest, ReportThatCannotBeSentIsDropped) {
         mTransport.FillTrack(0);
         return 2 == mTransport.GetTrackRTPStack(0).GetLastRTPTimeExt();
     })) << "the packet behind is read as well";
-    EXPECT_EQ(2, lReporter.Count("Warning: OverUDP::SendReport(): UDP::WriteTo()"));
+    EXPECT_EQ(2, lReports.Count(Severity::Warning, "OverUDP::SendReport(): UDP::WriteTo()"));
 }
 
 // ---------------------------------------------------------------- opening the way
 
 TEST_F(OverUDPTest, PreflightPunchesAHoleFromEitherSocket) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     const UDPPeer lControl;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(0, std::to_string(mPeer.Port()) + " - " + std::to_string(lControl.Port()));
@@ -450,39 +450,40 @@ TEST_F(OverUDPTest, PreflightPunchesAHoleFromEitherSocket) {
     EXPECT_EQ(std::make_pair(Bytes(8, 0), mPorts[0]), mPeer.Receive());
     EXPECT_EQ(std::make_pair(Bytes(8, 0), mPorts[0] + 1), lControl.Receive());
     for (const UInt lPort : {mPeer.Port(), lControl.Port()}) {
-        EXPECT_TRUE(lReporter.Has("Info: Punching a hole to IP: 127.0.0.1, Port: " + std::to_string(lPort)));
+        EXPECT_EQ(1,
+                  lReports.Count(Severity::Info, "Punching a hole to IP: 127.0.0.1, Port: " + std::to_string(lPort)));
     }
-    EXPECT_EQ(2, lReporter.Count("Info: ")) << "the other track has no remote address";
+    EXPECT_EQ(2, lReports.Count(Severity::Info)) << "the other track has no remote address";
 }
 
 TEST_F(OverUDPTest, SinglePortIsPunchedFromTheRTPSocket) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     for (const char* lTail : {"", "-"}) {
         mTransport.SetTrackRemoteIP(1, "127.0.0.1");
         mTransport.SetTrackRemotePorts(1, std::to_string(mPeer.Port()) + lTail);
         mTransport.Preflight();
         EXPECT_EQ(std::make_pair(Bytes(8, 0), mPorts[1]), mPeer.Receive());
     }
-    EXPECT_EQ(2, lReporter.Count("Info: ")) << "one each";
+    EXPECT_EQ(2, lReports.Count(Severity::Info)) << "one each";
 }
 
 TEST_F(OverUDPTest, NoHoleWithoutAddressOrPorts) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(1, "5000-5001");
     mTransport.Preflight();
-    EXPECT_EQ(0, lReporter.Count("Info: "));
+    EXPECT_EQ(0, lReports.Count(Severity::Info));
 }
 
 TEST_F(OverUDPTest, HoleThatCannotBePunchedIsHarmless) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(0, "no-port");
     mTransport.SetTrackRemoteIP(1, "127.0.0.1");
     mTransport.SetTrackRemotePorts(1, "0-" + std::to_string(mPeer.Port()));
     mTransport.Preflight();
     EXPECT_EQ(std::make_pair(Bytes(8, 0), mPorts[1] + 1), mPeer.Receive()) << "the one behind three failing ones";
-    EXPECT_EQ(3, lReporter.Count("Warning: OverUDP::PunchHole(): "));
+    EXPECT_EQ(3, lReports.Count(Severity::Warning, "OverUDP::PunchHole(): "));
 }
 
 TEST_F(OverUDPTest, MoreThanTwoRemotePortsAreAMistake) {
@@ -503,7 +504,7 @@ TEST_F(OverUDPTest, PreflightStartsTheTimeOutsAnew) {
 // ---------------------------------------------------------------- the end
 
 TEST_F(OverUDPTest, EndIsToldOnceWhenTheQueueIsDrained) {
-    const CollectingReporter lReporter;
+    const CountedReports lReports;
     mTransport.ModifyTrackRTPStack(0).SetTimeoutTime(Time(1));
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
@@ -533,6 +534,15 @@ TEST_F(OverUDPTest, EndIsNotToldWhileMediaComes) {
     EXPECT_EQ(Events{"EndOfStream=Bye"}, EventsOf(0)) << "in the call that read it";
     mTransport.FlushTrack(0);
     EventsOf(0);
+
+    // Nor is it looked for: the end time shows only in the call after.
+    mTransport.ModifyTrackRTPStack(1).SetTimeBase(1);
+    mTransport.ModifyTrackRTPStack(1).SetEndTime(Time(5, 1));
+    mPeer.Send(Packet().Timestamp(1 + 7).Build(), mPorts[1]);
+    EXPECT_TRUE(FillUntilReceived(1, 1));
+    EXPECT_EQ(Reception::End::kRunning, mTransport.GetTrackRTPStack(1).GetReception().mEnd);
+    EXPECT_FALSE(mTransport.FillTrack(1));
+    EXPECT_EQ(Reception::End::kEndTime, mTransport.GetTrackRTPStack(1).GetReception().mEnd);
 
     // The bye is known when the next packet comes: that call delivers media and tells nothing.
     mPeer.Send(Packet().Seq(2).Build(), mPorts[0]);

@@ -13,22 +13,6 @@
 
 namespace Player::Testing {
 
-inline sockaddr_in LoopbackAddress(UInt aPort) {
-    sockaddr_in lAddress{};
-    lAddress.sin_family = AF_INET;
-    lAddress.sin_port = htons(static_cast<unsigned short>(aPort));
-    lAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return lAddress;
-}
-
-/// The port that a socket is bound to; 0 when it is none, or not bound.
-inline UInt BoundPort(int aSocket) {
-    sockaddr_in lAddress{};
-    socklen_t lSize = sizeof(lAddress);
-    if (0 != ::getsockname(aSocket, reinterpret_cast<sockaddr*>(&lAddress), &lSize)) { return 0; }
-    return AF_INET == lAddress.sin_family ? ntohs(lAddress.sin_port) : 0;
-}
-
 /// A UDP socket on the loopback address, as a server would have it.
 class UDPPeer {
 public:
@@ -67,7 +51,23 @@ public:
         return {lBytes, ntohs(lFrom.sin_port)};
     }
 
+    /// The port that a descriptor is bound to; 0 when it is no socket, or not bound.
+    static UInt BoundPort(int aDescriptor) {
+        sockaddr_in lAddress{};
+        socklen_t lSize = sizeof(lAddress);
+        if (0 != ::getsockname(aDescriptor, reinterpret_cast<sockaddr*>(&lAddress), &lSize)) { return 0; }
+        return AF_INET == lAddress.sin_family ? ntohs(lAddress.sin_port) : 0;
+    }
+
 private:
+    static sockaddr_in LoopbackAddress(UInt aPort) {
+        sockaddr_in lAddress{};
+        lAddress.sin_family = AF_INET;
+        lAddress.sin_port = htons(static_cast<unsigned short>(aPort));
+        lAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        return lAddress;
+    }
+
     int mSocket;
 };
 
