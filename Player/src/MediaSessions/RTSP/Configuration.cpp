@@ -1,7 +1,5 @@
 #include "MediaSessions/RTSP/Configuration.hpp"
 
-#include <cstdlib>
-
 #include "Player/Assert.hpp"
 #include "Player/String.hpp"
 

@@ -24,7 +24,7 @@ namespace Player::Testing {
 /// client's socket knows when the call returns.
 class Peer {
 public:
-    Peer() : mListener(Bound()) { EXPECT_EQ(0, listen(mListener, 8)); }
+    Peer() : mListener(Listening()) {}
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
     ~Peer() { close(mListener); }
@@ -89,6 +89,11 @@ public:
         lAddress.sin_family = AF_INET;
         lAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         EXPECT_EQ(0, bind(lSocket, reinterpret_cast<sockaddr*>(&lAddress), sizeof(lAddress)));
+        return lSocket;
+    }
+    static int Listening() {
+        const int lSocket = Bound();
+        EXPECT_EQ(0, listen(lSocket, 8));
         return lSocket;
     }
     static unsigned PortOf(int aSocket) {
