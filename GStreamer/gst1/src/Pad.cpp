@@ -33,8 +33,7 @@ guint GroupId(GstElement* aElement) {
         nullptr);
     GST_OBJECT_UNLOCK(aElement);
     guint lGroupId = GST_GROUP_ID_INVALID;
-    for (GList* lPad = lPads; nullptr != lPad && !HasGroupId(GST_PAD(lPad->data), &lGroupId); lPad = lPad->next) {
-    }
+    for (GList* lPad = lPads; nullptr != lPad && !HasGroupId(GST_PAD(lPad->data), &lGroupId); lPad = lPad->next) {}
     g_list_free_full(lPads, gst_object_unref);
     return GST_GROUP_ID_INVALID == lGroupId ? gst_util_group_id_next() : lGroupId;
 }
