@@ -95,6 +95,8 @@ SInt CStrWithFormatVA(Char* aDst, SInt aSize, const Char* aFmt, void* aArgs) {
     if (aSize < 0) { return -1; }
     va_list lArgs;
     va_copy(lArgs, *static_cast<va_list*>(aArgs));
+    // The analyzer loses sight of the list behind a `void*`.
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
     const SInt lLength = std::vsnprintf(aDst, static_cast<std::size_t>(aSize), aFmt, lArgs);
     va_end(lArgs);
     return lLength;

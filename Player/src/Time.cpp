@@ -18,6 +18,10 @@ std::uint64_t Bits(long long aValue) {
     return static_cast<std::uint64_t>(aValue);
 }
 
+long long FromBits(std::uint64_t aBits) {
+    return static_cast<long long>(aBits);
+}
+
 /// (aA * aB + aAddend) >> 32, kept to 64 bits. The full 128-bit product is formed in halves, so the
 /// result is the same on every machine.
 long long MultiplyAndShift(long long aA, long long aB, std::uint64_t aAddend) {
@@ -32,7 +36,7 @@ long long MultiplyAndShift(long long aA, long long aB, std::uint64_t aAddend) {
     const std::uint64_t lShiftedLow = ((lLow + aAddend) >> kFractionBits) + lCarry;
     const std::uint64_t lMiddle = lALow * lBHigh + lAHigh * lBLow;
     const std::uint64_t lShiftedHigh = (lAHigh * lBHigh) << kFractionBits;
-    return static_cast<long long>(lShiftedLow + lMiddle + lShiftedHigh);
+    return FromBits(lShiftedLow + lMiddle + lShiftedHigh);
 }
 
 bool IsDigit(char aCh) {
@@ -41,7 +45,7 @@ bool IsDigit(char aCh) {
 
 /// aValue * 10 + aDigit modulo 2^64: an endless row of digits is no undefined behaviour.
 long long AppendDigit(long long aValue, char aDigit) {
-    return static_cast<long long>(Bits(aValue) * 10 + static_cast<std::uint64_t>(aDigit - '0'));
+    return FromBits(Bits(aValue) * 10 + static_cast<std::uint64_t>(aDigit - '0'));
 }
 
 /// aRest / aResolution as a fraction in units of 2^-32, where |aRest| < aResolution: worked out on the
@@ -58,13 +62,13 @@ Time::Time(long long aValue, UInt aResolution, bool aRound) {
     if (0 == aResolution) { return; }
     const long long lResolution = aResolution;
     const std::uint64_t lWhole = Bits(aValue / lResolution) << kFractionBits;
-    mRaw = static_cast<long long>(lWhole + Fraction(aValue % lResolution, aResolution, aRound));
+    mRaw = FromBits(lWhole + Fraction(aValue % lResolution, aResolution, aRound));
 }
 
 long long Time::Scale(long long aMul, UInt aDiv, bool aRound) const {
     if (0 == aDiv) { return 0; }
     const std::uint64_t lHalf = aRound ? std::uint64_t{aDiv} << (kFractionBits - 1) : 0;
-    return static_cast<long long>(Bits(MultiplyAndShift(mRaw, aMul, lHalf)) / aDiv);
+    return FromBits(Bits(MultiplyAndShift(mRaw, aMul, lHalf)) / aDiv);
 }
 
 Time Time::Now() {
@@ -75,7 +79,7 @@ Time Time::Now() {
     }
     const std::uint64_t lSeconds = Bits(lNow.tv_sec);
     const std::uint64_t lMicroSeconds = Bits(lNow.tv_usec);
-    return Time(static_cast<long long>((lSeconds << kFractionBits) + (lMicroSeconds << kFractionBits) / 1000000));
+    return Time(FromBits((lSeconds << kFractionBits) + (lMicroSeconds << kFractionBits) / 1000000));
 }
 
 Time Time::WithDecimalCString(const char* aText, bool aRound) {
@@ -97,18 +101,18 @@ Time Time::WithDecimalCString(const char* aText, bool aRound) {
             lDivisor *= 10;
         }
         const bool lHasMoreDigits = IsDigit(*lText);
-        if (aRound && lHasMoreDigits && *lText > '4') { lValue = static_cast<long long>(Bits(lValue) + 1); }
+        if (aRound && lHasMoreDigits && *lText > '4') { lValue = FromBits(Bits(lValue) + 1); }
     }
     return Time(lValue, lDivisor, aRound);
 }
 
 Time& Time::operator+=(const Time& aOther) {
-    mRaw = static_cast<long long>(Bits(mRaw) + Bits(aOther.mRaw));
+    mRaw = FromBits(Bits(mRaw) + Bits(aOther.mRaw));
     return *this;
 }
 
 Time& Time::operator-=(const Time& aOther) {
-    mRaw = static_cast<long long>(Bits(mRaw) - Bits(aOther.mRaw));
+    mRaw = FromBits(Bits(mRaw) - Bits(aOther.mRaw));
     return *this;
 }
 

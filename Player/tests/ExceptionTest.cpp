@@ -48,7 +48,7 @@ TEST(Exception, CutsTheMessageAt2047Characters) {
 
 TEST(Exception, CopiesWhole) {
     const RTSPErr lOriginal(0x404, "%s", "Not here");
-    const RTSPErr lCopy(lOriginal);
+    const RTSPErr lCopy(lOriginal);  // NOLINT(performance-unnecessary-copy-initialization)
     EXPECT_EQ(0x404, lCopy.Error());
     EXPECT_STREQ("Not here", lCopy.Message());
     EXPECT_NE(lOriginal.Message(), lCopy.Message());

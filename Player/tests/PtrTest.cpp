@@ -5,6 +5,9 @@
 #include <type_traits>
 #include <utility>
 
+// Copies and moved-from pointers are what is tested.
+// NOLINTBEGIN(performance-unnecessary-copy-initialization, clang-analyzer-cplusplus.Move, bugprone-use-after-move)
+
 namespace Player {
 namespace {
 
@@ -143,7 +146,7 @@ TEST(SharedPtr, MoveEmptiesTheSourceAndDropsTheTargetAtOnce) {
     EXPECT_EQ(1, lFirst);
     EXPECT_EQ(lMoved, lA.Ptr());
     EXPECT_EQ(1U, lMoved->GetRefCount());
-    EXPECT_EQ(nullptr, lB.Ptr());  // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(nullptr, lB.Ptr());
     const BasePtr lC(std::move(lA));
     EXPECT_EQ(lMoved, lC.Ptr());
     EXPECT_EQ(1U, lMoved->GetRefCount());
@@ -273,3 +276,5 @@ TEST(ScopedArray, DeletesEveryElement) {
 
 }  // namespace
 }  // namespace Player
+
+// NOLINTEND(performance-unnecessary-copy-initialization, clang-analyzer-cplusplus.Move, bugprone-use-after-move)

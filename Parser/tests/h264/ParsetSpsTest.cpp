@@ -321,5 +321,33 @@ TEST(ParameterSetRecords, AreMadeEmptyAndFreed) {
     FreePPS(nullptr);
 }
 
+TEST(ParameterSetRecords, HoldNothingOfTheSetBefore) {
+    const auto lBytesOf = [](const std::string& aNal) { return std::vector<Byte>(aNal.begin(), aNal.end()); };
+    const BitWriter lFirstSps =
+        SpsHead(100).ue(2).ue(0).ue(0).u(1, 0).u(1, 0).Append(PlainOrder()).Append(SpsTail(10, 8));
+    const BitWriter lFirstPps = PpsHead().ue(1).ue(6).ue(2).u(3, 5).Append(PpsTail());
+    SeqParameterSet lSps;
+    PicParameterSet lPps;
+
+    std::vector<Byte> lBytes = lBytesOf(lFirstSps.Nal(0x67));
+    ProcessSPS(lSps, lBytes.data(), lBytes.size());
+    lBytes = lBytesOf(lFirstPps.Nal(0x68));
+    ProcessPPS(lPps, lBytes.data(), lBytes.size(), lSps);
+    EXPECT_EQ(2U, lSps.chroma_format_idc);
+    EXPECT_EQ((std::vector<Byte>{1, 0, 1}), lPps.slice_group_id);
+
+    lBytes = lBytesOf(PlainSps().Nal(0x67));
+    ProcessSPS(lSps, lBytes.data(), lBytes.size());
+    lBytes = lBytesOf(PlainPps().Nal(0x68));
+    ProcessPPS(lPps, lBytes.data(), lBytes.size(), lSps);
+    EXPECT_EQ(1U, lSps.chroma_format_idc);
+    EXPECT_TRUE(lPps.slice_group_id.empty());
+
+    EXPECT_THROW(ProcessSPS(lSps, lBytes.data(), 0), std::runtime_error);
+    EXPECT_THROW(ProcessPPS(lPps, lBytes.data(), 0, lSps), std::runtime_error);
+    EXPECT_FALSE(lSps.valid);
+    EXPECT_FALSE(lPps.valid);
+}
+
 }  // namespace
 }  // namespace Parser

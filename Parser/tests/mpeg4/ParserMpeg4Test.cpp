@@ -155,6 +155,17 @@ TEST(ParserMpeg4, FindsNothingWithoutAStartCode) {
     EXPECT_EQ(0U, lNothing.GetVOLWidth());
 }
 
+TEST(ParserMpeg4, AllThreeBytesOfAPrefixCount) {
+    const Bytes lLayer = Layer().Bits().All();
+    for (std::size_t lByte = 0; lByte < 3; ++lByte) {
+        for (std::size_t lBit = 0; lBit < 8; ++lBit) {
+            Bytes lBytes = lLayer;
+            lBytes[lByte] = static_cast<Byte>(lBytes[lByte] ^ 1 << lBit);
+            EXPECT_EQ(kNone, Size(lBytes)) << lByte << " " << lBit;
+        }
+    }
+}
+
 TEST(ParserMpeg4, FindsALayerBehindAnyNumberOfBytes) {
     BitWriter lPad;
     for (UInt lCount = 0; lCount < 9; ++lCount) {

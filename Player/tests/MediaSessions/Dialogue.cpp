@@ -34,7 +34,7 @@ std::string ReasonOf(const std::string& aStatus) {
     return kReasons.at(aStatus);
 }
 
-/// "video@b:99:1000"
+/// "video@b:99:1000:H264"
 std::string Media(const std::string& aTrack) {
     struct Kind {
         const char* mFormat;
@@ -51,8 +51,9 @@ std::string Media(const std::string& aTrack) {
     const Kind lKind = kKinds.end() == lFound ? Kind{"t140", "98", "1000"} : lFound->second;
     const std::string lPayloadType = lFields.size() > 1 ? lFields[1] : lKind.mPayloadType;
     const std::string lClockRate = lFields.size() > 2 ? lFields[2] : lKind.mClockRate;
-    return "S| m=" + lNames[0] + " 0 RTP/AVP " + lPayloadType + "\nS| a=rtpmap:" + lPayloadType + " " + lKind.mFormat +
-           "/" + lClockRate + "\nS| a=control:" + lNames.back() + "\n";
+    const std::string lFormat = lFields.size() > 3 ? lFields[3] : lKind.mFormat;
+    return "S| m=" + lNames[0] + " 0 RTP/AVP " + lPayloadType + "\nS| a=rtpmap:" + lPayloadType + " " + lFormat + "/" +
+           lClockRate + "\nS| a=control:" + lNames.back() + "\n";
 }
 
 /// "SDP clip/ video audio range=0-20"

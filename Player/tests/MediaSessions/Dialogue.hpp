@@ -13,7 +13,7 @@ namespace Player::MediaSessions {
 ///
 /// UDP 0 and TCP 0 stand for the Transport line of track 0; UDP * for one whose ports do not matter.
 /// What is described are H.264 "video", AMR "audio" and what has no depacketizer, in the form
-/// type[@identifier][:payload type:clock rate], and range=0-20 for the session.
+/// type[@identifier][:payload type:clock rate[:format]], and range=0-20 for the session.
 std::string Dialogue(const std::string& aShorthand);
 
 }  // namespace Player::MediaSessions

@@ -161,8 +161,8 @@ TEST_F(RTSPPipelinedTest, WhenPortsRunOutTheConnectionStartsAnew) {
     mPlayer.SetConfigParam("RTSP:UseUDPPortsTo", std::to_string(lPort + 2));
     mPlayer.SetConfigParam("RTSP:UseLocalIP", "127.0.0.2");
     ExpectThrows<RTPErr>(1, "OverUDP::Track(): Failed to create UDP port pair", [this] { Play(); });
-    mPlayer.SetConfigParam("RTSP:UseUDPPortsFrom", "");
     mPlayer.SetConfigParam("RTSP:UseUDPPortsTo", "");
+    mPlayer.SetConfigParam("RTSP:UseUDPPortsFrom", "");
     Play();
     EXPECT_THAT(States(), ElementsAre("WaitData"));
 }

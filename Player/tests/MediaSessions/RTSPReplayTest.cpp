@@ -68,6 +68,53 @@ TEST_F(RTSPReplayTest, ATeardownRefusedOnTheSameServerResetsNothing) {
     EXPECT_THAT(States(), ElementsAre("WaitData", "Stopped", "WaitData"));
 }
 
+const char* const kOneTrack = R"(
+    > DESCRIBE clip 1
+    < 200 1 | SDP clip/ video
+    > SETUP clip/video 2
+    < 200 2 | Session: 5
+    > PLAY clip 3
+    < 200 3 | RTP-Info: url=r/video
+)";
+
+TEST_F(RTSPReplayTest, AServerThatClosesAfterTheTeardownIsConnectedToAtOnce) {
+    Serve(kOneTrack + std::string(R"(
+        > TEARDOWN clip 4 | Session: 5
+        < 200 4 | Connection: close
+        END
+        ACCEPT
+        > DESCRIBE other 5
+        < 200 5 | SDP other/ text
+    )"));
+    Play();
+    mReports.Clear();
+    Play("other");
+    EXPECT_THAT(
+        mReports.Messages(Severity::Info),
+        ElementsAre("Sending RTSP TEARDOWN for URL: " + URL() + " ", "Got RTSP response: 200 OK",
+                    "Connecting to RTSP server: 127.0.0.1:" + std::to_string(mServer->Port()) + ", Via proxy: None",
+                    "Connected to IP: 127.0.0.1", "RTSP: State -> Stopped",
+                    "Sending RTSP DESCRIBE for URL: " + URL("other"), "Got RTSP response: 200 OK"));
+}
+
+TEST_F(RTSPReplayTest, ASessionThatWasTornDownIsOverWithoutAConnectionToo) {
+    Serve(kOneTrack + std::string(R"(
+        > TEARDOWN clip 4
+        < 200 4 | Connection: close
+        END
+        ACCEPT
+        > DESCRIBE clip 5
+        < 200 5 | SDP clip/ text
+    )"));
+    Play();
+    // Not an address of this machine: there is no way back to the server.
+    mPlayer.SetConfigParam("RTSP:UseLocalIP", "192.0.2.1");
+    EXPECT_THROW(Play(), NetworkErr);
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Stopped"));
+    mPlayer.SetConfigParam("RTSP:UseLocalIP", "");
+    Play();
+}
+
 TEST_F(RTSPReplayTest, FewerTracksThanTheTransportStillHas) {
     Serve(R"(
         > DESCRIBE clip 1

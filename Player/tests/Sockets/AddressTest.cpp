@@ -117,7 +117,7 @@ TEST(Address, EmptyHasNoHost) {
 
 TEST(Address, Copies) {
     const Address lOriginal("127.0.0.5", "5");
-    const Address lCopy(lOriginal);
+    const Address lCopy(lOriginal);  // NOLINT(performance-unnecessary-copy-initialization)
     EXPECT_EQ("127.0.0.5", lCopy.HostAsString(true));
     EXPECT_EQ(16U, lCopy.Size());
     Address lAssigned(1);

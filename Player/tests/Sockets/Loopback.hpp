@@ -10,6 +10,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <string>
 
 #include "Sockets/Socket.hpp"
@@ -158,8 +159,10 @@ public:
 
 private:
     static void Tick(int) {
+        const int lErrno = errno;
         sTicks = sTicks + 1;
         if (nullptr != sOnTick) { sOnTick(sTicks); }
+        errno = lErrno;
     }
 
     static inline volatile sig_atomic_t sTicks = 0;
