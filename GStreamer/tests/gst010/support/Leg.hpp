@@ -42,7 +42,8 @@ void SetChain(GstPad* aPad) {
 
 /// What downstream gets; to be unreferenced. Null when the pad has none.
 inline GstCaps* PadCaps(GstPad* aPad) {
-    return gst_pad_get_negotiated_caps(aPad);
+    GstCaps* const lCaps = GST_PAD_CAPS(aPad);
+    return nullptr == lCaps ? nullptr : gst_caps_ref(lCaps);
 }
 
 inline std::string LegCaps(const std::string& /*aMediaType*/) {
@@ -74,6 +75,10 @@ inline std::string UriOf(GstURIHandler* aHandler) {
 
 inline bool SetUri(GstURIHandler* aHandler, const char* aUri) {
     return gst_uri_handler_set_uri(aHandler, aUri);
+}
+
+inline void AddLogFunction(GstLogFunction aFunction, gpointer aData) {
+    gst_debug_add_log_function(aFunction, aData);
 }
 
 inline const char* FactoryField(GstElementFactory* aFactory, const char* aField) {

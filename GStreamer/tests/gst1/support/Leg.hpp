@@ -89,6 +89,10 @@ inline bool SetUri(GstURIHandler* aHandler, const char* aUri) {
     return gst_uri_handler_set_uri(aHandler, aUri, nullptr);
 }
 
+inline void AddLogFunction(GstLogFunction aFunction, gpointer aData) {
+    gst_debug_add_log_function(aFunction, aData, nullptr);
+}
+
 inline const char* FactoryField(GstElementFactory* aFactory, const char* aField) {
     return gst_element_factory_get_metadata(aFactory, aField);
 }
