@@ -6,8 +6,23 @@ namespace nsGstVireRtspSrc {
 
 namespace {
 
-/// Null when the text is not hexadecimal.
+/// A new reference to the caps that the pad has now, or null.
+GstCaps* CurrentCaps(GstPad* aPad) {
+    GST_OBJECT_LOCK(aPad);
+    GstCaps* const lCaps = GST_PAD_CAPS(aPad);
+    if (nullptr != lCaps) { gst_caps_ref(lCaps); }
+    GST_OBJECT_UNLOCK(aPad);
+    return lCaps;
+}
+
+bool IsHex(const gchar* aText) {
+    const std::size_t lSize = std::strlen(aText);
+    return 0 == lSize % 2 && std::strspn(aText, "0123456789abcdefABCDEF") == lSize;
+}
+
+/// Null when the text is not hexadecimal; some versions of the deserialiser trip over that.
 GstBuffer* NewBufferFromHex(const gchar* aHex) {
+    if (!IsHex(aHex)) { return nullptr; }
     GValue lValue = G_VALUE_INIT;
     g_value_init(&lValue, GST_TYPE_BUFFER);
     GstBuffer* lBuffer = nullptr;
@@ -20,7 +35,7 @@ GstBuffer* NewBufferFromHex(const gchar* aHex) {
 
 bool CodecStream::caps_are_valid() {
     GstCaps* const lDescribed = create_caps(player().TrackInfo(track()));
-    GstCaps* const lCurrent = gst_pad_get_negotiated_caps(pad());
+    GstCaps* const lCurrent = CurrentCaps(pad());
     const bool lEqual = nullptr != lCurrent && gst_caps_is_equal(lDescribed, lCurrent);
     if (nullptr != lCurrent) { gst_caps_unref(lCurrent); }
     gst_caps_unref(lDescribed);
@@ -43,7 +58,7 @@ bool CodecStream::task_process() {
 
 GstBuffer* CodecStream::make_buffer(const Player::Packet& aPacket) const {
     const gsize lSize = aPacket.Size();
-    GstCaps* const lCaps = gst_pad_get_negotiated_caps(pad());
+    GstCaps* const lCaps = CurrentCaps(pad());
     GstBuffer* lBuffer = nullptr;
     if (gst_pad_is_linked(pad())) {
         const GstFlowReturn lResult =

@@ -30,8 +30,7 @@ std::string StatusReason(unsigned int aStatus) {
 std::string Reason(const Player::Exception& aWhy) {
     if (IsStatus(aWhy)) { return StatusReason(aWhy.Error()); }
     switch (aWhy.Category()) {
-        case kNetwork:
-            return "the server could not be reached or does not answer; check the address and the network";
+        case kNetwork: return "the server could not be reached or does not answer; check the address and the network";
         case kRtsp: return "the server did not keep to the protocol";
         case kSdp: return "the server's description of the presentation cannot be used";
         case kRtp: return "no ports for the media could be opened; check the UDP port range and the local address";
@@ -57,8 +56,7 @@ void Messages::buffering(gint aPercent) const {
 }
 
 void Messages::duration(gint64 aDuration) const {
-    gst_element_post_message(m_element,
-                             gst_message_new_duration(GST_OBJECT(m_element), GST_FORMAT_TIME, aDuration));
+    gst_element_post_message(m_element, gst_message_new_duration(GST_OBJECT(m_element), GST_FORMAT_TIME, aDuration));
 }
 
 void Messages::warn_no_location() const {

@@ -89,11 +89,8 @@ void PlayerAccess::DropUnplayed() {
     for (const unsigned int lTrack : m_unplayed) {
         // What fails here fails for the played track as well, if that needs it, and is told there.
         try {
-            for (int lDropped = 0; lDropped < kDropAtMost && m_player->GetTrackPacket(lTrack); ++lDropped) {
-            }
-        } catch (const Player::Exception&) {
-            return;
-        }
+            for (int lDropped = 0; lDropped < kDropAtMost && m_player->GetTrackPacket(lTrack); ++lDropped) {}
+        } catch (const Player::Exception&) { return; }
     }
 }
 

@@ -23,8 +23,8 @@ constexpr StringProperty kProperties[] = {
      "Send provided value in Proxy-Authorization header in DESCRIBE request (empty = disabled)", G_PARAM_READWRITE},
     {4, "network type", "X-Network-Type header",
      "Send provided value in X-Network-Type header in all RTSP requests (empty = disabled)", G_PARAM_READWRITE},
-    {5, "referrer", "Referrer header",
-     "Send provided value in Referrer header in all RTSP requests (empty = disabled)", G_PARAM_READWRITE},
+    {5, "referrer", "Referrer header", "Send provided value in Referrer header in all RTSP requests (empty = disabled)",
+     G_PARAM_READWRITE},
     {6, "wap profile", "X-WAP-Profile header",
      "Send provided value in X-WAP-Profile header in all RTSP requests (empty = disabled)", G_PARAM_READWRITE},
     {kPropertyVersion, "version", "Element version", "The release version and build number of the element",
@@ -53,8 +53,8 @@ constexpr const char* kNetworkAvailableBlurb =
     " \t\t\t\t      \t"
     "When network is unavailable, only transitions to lower states are allowed";
 
-/// The form under which GLib keeps a name: it used to turn the blanks into dashes itself and since 2.66
-/// refuses them. Either form finds the property.
+/// The form under which GLib keeps a name: it used to turn blanks into dashes itself and since 2.66 refuses
+/// them.
 std::string Canonical(const char* aName) {
     std::string lName(aName);
     for (char& lCh : lName) {
@@ -71,10 +71,9 @@ void InstallProperties(GObjectClass* aClass) {
                                         g_param_spec_string(Canonical(lProperty.mName).c_str(), lProperty.mNick,
                                                             lProperty.mBlurb, nullptr, lProperty.mFlags));
     }
-    g_object_class_install_property(
-        aClass, kPropertyNetworkAvailable,
-        g_param_spec_boolean(Canonical("network available").c_str(), "Network available", kNetworkAvailableBlurb, TRUE,
-                             G_PARAM_READWRITE));
+    g_object_class_install_property(aClass, kPropertyNetworkAvailable,
+                                    g_param_spec_boolean(Canonical("network available").c_str(), "Network available",
+                                                         kNetworkAvailableBlurb, TRUE, G_PARAM_READWRITE));
 }
 
 }  // namespace nsGstVireRtspSrc

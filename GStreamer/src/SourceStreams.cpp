@@ -23,7 +23,9 @@ bool Source::configure_streams() {
     const unsigned int tracks = [this] { return PlayerAccess::Hold(m_player)->GetTrackCount(); }();
     remove_changed_streams(tracks);
     create_missing_streams(tracks);
-    while (m_streams->len > tracks) { remove_last_stream(); }
+    while (m_streams->len > tracks) {
+        remove_last_stream();
+    }
     PLAYER_ASSERT(tracks == m_streams->len);
     update_times();
     return settle_unplayed_tracks();
@@ -91,7 +93,9 @@ void Source::update_times() {
 }
 
 void Source::delete_all_streams() {
-    while (0 != m_streams->len) { remove_last_stream(); }
+    while (0 != m_streams->len) {
+        remove_last_stream();
+    }
 }
 
 /// Ended tracks end the waiting as well: nothing would ever come for them.

@@ -101,7 +101,8 @@ void Source::remember_resume_position() {
     {
         const PlayerAccess::Hold lPlayer(m_player);
         for (guint lTrack = 0; lTrack < m_streams->len; ++lTrack) {
-            const gint64 lPosition = (lPlayer->TrackLatestTime(lTrack) - lPlayer->TrackTimeAvailable(lTrack)).NanoSeconds();
+            const gint64 lPosition =
+                (lPlayer->TrackLatestTime(lTrack) - lPlayer->TrackTimeAvailable(lTrack)).NanoSeconds();
             if (-1 == m_resumePosition || lPosition < m_resumePosition) { m_resumePosition = lPosition; }
         }
     }

@@ -157,9 +157,7 @@ bool Stream::process_guarded() {
         if (!m_failureTold.exchange(true)) { m_controller->stream_controller_exception(lException, m_track); }
     } catch (const std::exception& lException) {
         GST_ERROR_OBJECT(m_pad, "Reading the track failed: %s", lException.what());
-    } catch (...) {
-        GST_ERROR_OBJECT(m_pad, "Reading the track failed");
-    }
+    } catch (...) { GST_ERROR_OBJECT(m_pad, "Reading the track failed"); }
     return false;
 }
 

@@ -90,10 +90,10 @@ private:
     GstTask* m_task = nullptr;
     GStaticRecMutex m_taskLock;  ///< Held by GStreamer around each iteration.
     std::atomic<bool> m_running{false};
-    StreamStatus m_status = kOk;          ///< Under m_statusMutex.
-    std::atomic<int> m_noDataTime{0};     ///< Microseconds since the last packet or report.
+    StreamStatus m_status = kOk;       ///< Under m_statusMutex.
+    std::atomic<int> m_noDataTime{0};  ///< Microseconds since the last packet or report.
     std::atomic<bool> m_failureTold{false};
-    bool m_flushing = false;              ///< Under the source's state lock.
+    bool m_flushing = false;  ///< Under the source's state lock.
 };
 
 }  // namespace nsGstVireRtspSrc

@@ -60,8 +60,7 @@ GstCaps* MakeCaps(const Player::Properties& aInfo) {
 
 }  // namespace
 
-StreamH264::StreamH264(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer,
-                       unsigned int aTrack)
+StreamH264::StreamH264(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack)
     : CodecStream(aElement, aController, aPlayer, aTrack, MakeCaps(aPlayer.TrackInfo(aTrack))) {
     GST_INFO_OBJECT(element(), "H264 pad-added");
 }

@@ -26,8 +26,9 @@ void SetConfig(GstCaps* aCaps, GstBuffer* aConfig) {
 }
 
 GstCaps* MakeCaps(const Player::Properties& aInfo) {
-    GstCaps* const lCaps = gst_caps_new_simple("video/mpeg", "mpegversion", G_TYPE_INT, 4, "encoding-name",
-                                               G_TYPE_STRING, "MP4V-ES", "systemstream", G_TYPE_BOOLEAN, FALSE, nullptr);
+    GstCaps* const lCaps =
+        gst_caps_new_simple("video/mpeg", "mpegversion", G_TYPE_INT, 4, "encoding-name", G_TYPE_STRING, "MP4V-ES",
+                            "systemstream", G_TYPE_BOOLEAN, FALSE, nullptr);
     GstBuffer* const lConfig = NewBufferFromParam(aInfo, "config");
     if (nullptr != lConfig) { SetConfig(lCaps, lConfig); }
     return lCaps;
@@ -35,8 +36,7 @@ GstCaps* MakeCaps(const Player::Properties& aInfo) {
 
 }  // namespace
 
-StreamMP4V::StreamMP4V(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer,
-                       unsigned int aTrack)
+StreamMP4V::StreamMP4V(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack)
     : CodecStream(aElement, aController, aPlayer, aTrack, MakeCaps(aPlayer.TrackInfo(aTrack))) {
     GST_INFO_OBJECT(element(), "MPEG4 pad-added");
 }

@@ -167,14 +167,11 @@ void ClassInitTrampoline(gpointer aClass, gpointer /*aData*/) {
 
 void gst_vire_rtsp_src_init(GTypeInstance* aInstance, gpointer /*aClass*/) {
     auto* const lElement = reinterpret_cast<GstVireRtspSrc*>(aInstance);
-    lElement->m_private =
-        G_TYPE_INSTANCE_GET_PRIVATE(aInstance, gst_vire_rtsp_src_get_type(), GstVireRtspSrcPrivate);
+    lElement->m_private = G_TYPE_INSTANCE_GET_PRIVATE(aInstance, gst_vire_rtsp_src_get_type(), GstVireRtspSrcPrivate);
     // No exception may pass through the type system, which calls this.
     try {
         lElement->m_private->source = new Source(GST_ELEMENT(aInstance));
-    } catch (const std::exception& lException) {
-        g_critical("virertspsrc: %s", lException.what());
-    }
+    } catch (const std::exception& lException) { g_critical("virertspsrc: %s", lException.what()); }
     lElement->m_private->version = g_strdup_printf("%s.%s", kVersion, kBuild);
 }
 

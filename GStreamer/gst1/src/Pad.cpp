@@ -33,15 +33,14 @@ guint GroupId(GstElement* aElement) {
         nullptr);
     GST_OBJECT_UNLOCK(aElement);
     guint lGroupId = GST_GROUP_ID_INVALID;
-    for (GList* lPad = lPads; nullptr != lPad && !HasGroupId(GST_PAD(lPad->data), &lGroupId); lPad = lPad->next) {
-    }
+    for (GList* lPad = lPads; nullptr != lPad && !HasGroupId(GST_PAD(lPad->data), &lGroupId); lPad = lPad->next) {}
     g_list_free_full(lPads, gst_object_unref);
     return GST_GROUP_ID_INVALID == lGroupId ? gst_util_group_id_next() : lGroupId;
 }
 
 /// The same for the same location and pad at every start.
 gchar* StreamId(GstElement* aElement, GstPad* aPad) {
-    gchar* const lUri = gst_uri_handler_get_uri(GST_URI_HANDLER(aElement));
+    gchar* const lUri = GST_IS_URI_HANDLER(aElement) ? gst_uri_handler_get_uri(GST_URI_HANDLER(aElement)) : nullptr;
     gchar* const lSum = g_compute_checksum_for_string(G_CHECKSUM_SHA256, nullptr == lUri ? "" : lUri, -1);
     gchar* const lId = g_strdup_printf("%s/%s", lSum, GST_PAD_NAME(aPad));
     g_free(lSum);
@@ -56,7 +55,7 @@ void Store(GstPad* aPad, GstEvent* aEvent) {
 }
 
 void StoreCaps(GstPad* aPad) {
-    GstCaps* const lCaps = GetCaps(aPad);
+    GstCaps* const lCaps = Caps(aPad);
     if (nullptr == lCaps) { return; }
     GstCaps* const lComplete = gst_caps_copy(lCaps);
     const GstStructure* const lFormat = gst_caps_get_structure(lComplete, 0);
@@ -68,7 +67,6 @@ void StoreCaps(GstPad* aPad) {
     }
     Store(aPad, gst_event_new_caps(lComplete));
     gst_caps_unref(lComplete);
-    gst_caps_unref(lCaps);
 }
 
 }  // namespace
@@ -92,11 +90,8 @@ gboolean SetCaps(GstPad* aPad, GstCaps* aCaps) {
     return TRUE;
 }
 
-GstCaps* GetCaps(GstPad* aPad) {
-    const auto lReference = [](gpointer aCaps, gpointer) -> gpointer {
-        return nullptr == aCaps ? nullptr : gst_caps_ref(static_cast<GstCaps*>(aCaps));
-    };
-    return static_cast<GstCaps*>(g_object_dup_qdata(G_OBJECT(aPad), CapsQuark(), lReference, nullptr));
+GstCaps* Caps(GstPad* aPad) {
+    return static_cast<GstCaps*>(g_object_get_qdata(G_OBJECT(aPad), CapsQuark()));
 }
 
 gboolean AddPad(GstElement* aElement, GstPad* aPad) {

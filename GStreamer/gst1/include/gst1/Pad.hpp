@@ -17,8 +17,8 @@ void BeginStream(GstElement* aElement, GstPad* aPad);
 /// The pad's caps as the element knows them; they survive READY, where 1.x drops the event. What goes
 /// downstream has in addition the fields that today's parsers and decoders insist on.
 gboolean SetCaps(GstPad* aPad, GstCaps* aCaps);
-/// A new reference, or null.
-GstCaps* GetCaps(GstPad* aPad);
+/// The pad's, or null.
+GstCaps* Caps(GstPad* aPad);
 
 gboolean AddPad(GstElement* aElement, GstPad* aPad);
 gboolean QueryDefault(GstPad* aPad, GstQuery* aQuery);
@@ -53,5 +53,5 @@ gboolean Query(GstPad* aPad, GstObject* /*aParent*/, GstQuery* aQuery) {
     gst_pad_set_query_function_full(aPad, ::Gst1::Query<aFunction>, nullptr, nullptr)
 #define gst_pad_query_default(aPad, aQuery) ::Gst1::QueryDefault(aPad, aQuery)
 #define gst_pad_set_caps(aPad, aCaps) ::Gst1::SetCaps(aPad, aCaps)
-#define gst_pad_get_negotiated_caps(aPad) ::Gst1::GetCaps(aPad)
+#define GST_PAD_CAPS(aPad) ::Gst1::Caps(aPad)
 #define gst_element_add_pad(aElement, aPad) ::Gst1::AddPad(aElement, aPad)

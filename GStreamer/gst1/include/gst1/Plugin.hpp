@@ -10,5 +10,7 @@
     GST_PLUGIN_EXPORT GstPluginDesc gst_plugin_desc = {aMajor,   aMinor,  aName,    aDescription, aInit,   aVersion, \
                                                        aLicense, PACKAGE, aPackage, aOrigin,      nullptr, {}};      \
     GST_PLUGIN_EXPORT const GstPluginDesc* gst_plugin_virertspsrc_get_desc(void);                                    \
-    const GstPluginDesc* gst_plugin_virertspsrc_get_desc(void) { return &gst_plugin_desc; }                          \
+    const GstPluginDesc* gst_plugin_virertspsrc_get_desc(void) {                                                     \
+        return &gst_plugin_desc;                                                                                     \
+    }                                                                                                                \
     G_END_DECLS

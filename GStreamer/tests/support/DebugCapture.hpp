@@ -1,0 +1,33 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace ElementTest {
+
+/// Catches what one of the element's debug categories is told, at any level, while it lives.
+class DebugCapture {
+public:
+    explicit DebugCapture(const char* aCategory);
+    DebugCapture(const DebugCapture&) = delete;
+    DebugCapture& operator=(const DebugCapture&) = delete;
+    ~DebugCapture();
+
+    /// How often exactly this was said, at that level.
+    std::size_t Count(GstDebugLevel aLevel, const std::string& aText) const;
+    /// All, each behind its level: "DEBUG No location".
+    std::vector<std::string> All() const;
+
+private:
+    static void OnMessage(GstDebugCategory* aCategory, GstDebugLevel aLevel, const gchar*, const gchar*, gint, GObject*,
+                          GstDebugMessage* aMessage, gpointer aThis);
+
+    const std::string mCategory;
+    mutable std::mutex mMutex;
+    std::vector<std::string> mMessages;
+};
+
+}  // namespace ElementTest

@@ -1,0 +1,227 @@
+#include "support/FakeServer.hpp"
+
+#include "Player/Packet.hpp"
+#include "Player/String.hpp"
+#include "PlayerAccess.hpp"
+
+namespace ElementTest {
+
+using Player::SharedObject;
+using Player::SharedPtr;
+
+namespace {
+
+FakeServer* gServer = nullptr;
+
+double Seconds(Player::Time aTime) {
+    return static_cast<double>(aTime.Get()) / 4294967296.0;
+}
+
+class FakePlayer : public Player::MediaPlayer {
+public:
+    explicit FakePlayer(const SharedPtr<Player::MediaSession, SharedObject>& aSession) { SetSession(aSession); }
+};
+
+}  // namespace
+
+struct FakeServer::Media {
+    long long mPlayTime;
+    long long mLatest;
+    std::string mBytes;
+    std::string mEnd;
+};
+
+class FakeServer::Session : public Player::MediaSession {
+public:
+    explicit Session(FakeServer& aServer) : mServer(aServer) {}
+
+    void Configure(const Player::Properties& aConfig) override {
+        {
+            const std::lock_guard<std::mutex> lLock(mServer.mMutex);
+            mServer.mConfiguration.clear();
+            for (auto lEntry = aConfig.Begin(); lEntry != aConfig.End(); ++lEntry) {
+                mServer.mConfiguration[lEntry->Key()] = lEntry->Val();
+            }
+        }
+        mServer.Enter("Configure", "");
+    }
+    void Play(Player::MediaHandler& aHandler, const std::string& aURL, Player::Time aStart) override {
+        mServer.Enter("Play", Player::StringWithFormat("Play %s %f", aURL.c_str(), Seconds(aStart)));
+        OfferTracks(aHandler);
+    }
+    void Seek(Player::MediaHandler& /*aHandler*/, Player::Time aTo) override {
+        mServer.Enter("Seek", Player::StringWithFormat("Seek %f", Seconds(aTo)));
+    }
+    void Pause(Player::MediaHandler& /*aHandler*/) override { mServer.Enter("Pause", "Pause"); }
+    void Resume(Player::MediaHandler& /*aHandler*/) override { mServer.Enter("Resume", "Resume"); }
+    void Stop(Player::MediaHandler& /*aHandler*/) override { mServer.Enter("Stop", "Stop"); }
+    void Close(Player::MediaHandler& /*aHandler*/) override { mServer.Enter("Close", "Close"); }
+    bool Fill(Player::UInt /*aTrack*/) override { return false; }
+    bool Fetch(Player::UInt /*aTrack*/) override { return false; }
+    bool Produce(Player::UInt aTrack) override {
+        mServer.Enter("Produce", "");
+        return aTrack < mConsumers.size() && mServer.Deliver(aTrack, *mConsumers[aTrack]);
+    }
+
+private:
+    void OfferTracks(Player::MediaHandler& aHandler) {
+        const std::lock_guard<std::mutex> lLock(mServer.mMutex);
+        aHandler.Reset();
+        mConsumers.clear();
+        const SharedPtr<Player::Properties, SharedObject> lCommon(new Player::Properties);
+        std::list<SharedPtr<Player::Properties, SharedObject>> lTracks;
+        for (const Description& lDescription : mServer.mTracks) {
+            lTracks.emplace_back(new Player::Properties);
+            for (const auto& lPair : lDescription) {
+                lTracks.back()->Insert(lPair.first, lPair.second);
+            }
+            lTracks.back()->Insert("Transport", "Sample");
+        }
+        aHandler.SelectTracks(lCommon, lTracks);
+        aHandler.AvailableRange(mServer.mBegin, mServer.mEnd);
+        for (const auto& lTrack : lTracks) {
+            mConsumers.push_back(aHandler.AcceptTrack(lTrack));
+        }
+    }
+
+    FakeServer& mServer;
+    std::vector<SharedPtr<Player::Processor, SharedObject>> mConsumers;
+};
+
+FakeServer::FakeServer() {
+    gServer = this;
+    nsGstVireRtspSrc::PlayerAccess::SetMaker(MakePlayer);
+}
+
+FakeServer::~FakeServer() {
+    nsGstVireRtspSrc::PlayerAccess::SetMaker(nullptr);
+    gServer = nullptr;
+}
+
+Player::MediaPlayer* FakeServer::MakePlayer() {
+    const std::lock_guard<std::mutex> lLock(gServer->mMutex);
+    ++gServer->mPlayersMade;
+    return new FakePlayer(SharedPtr<Player::MediaSession, SharedObject>(new Session(*gServer)));
+}
+
+FakeServer::Description FakeServer::H264() {
+    return {{"MediaType", "video"}, {"Format", "H264"}, {"TimeRes", "90000"}};
+}
+
+FakeServer::Description FakeServer::AAC() {
+    return {{"MediaType", "audio"}, {"Format", "MP4A-LATM"}, {"TimeRes", "44100"}, {"EncParams", "2"}};
+}
+
+FakeServer::Description FakeServer::MP4V() {
+    return {{"MediaType", "video"}, {"Format", "MP4V-ES"}, {"TimeRes", "90000"}};
+}
+
+void FakeServer::Describe(const std::vector<Description>& aTracks) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mTracks = aTracks;
+}
+
+void FakeServer::Range(double aBegin, double aEnd) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mBegin = Player::Time(static_cast<long long>(aBegin * 4294967296.0));
+    mEnd = Player::Time(static_cast<long long>(aEnd * 4294967296.0));
+}
+
+void FakeServer::Push(unsigned aTrack, long long aPlayTime, const std::string& aBytes) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    const auto lLatest = mLatest.find(aTrack);
+    mMedia[aTrack].push_back({aPlayTime, mLatest.end() == lLatest ? aPlayTime : lLatest->second, aBytes, ""});
+}
+
+void FakeServer::Latest(unsigned aTrack, long long aLatest) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mLatest[aTrack] = aLatest;
+}
+
+void FakeServer::End(unsigned aTrack, const std::string& aWhy) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mMedia[aTrack].push_back({0, 0, "", aWhy});
+}
+
+void FakeServer::On(const std::string& aOperation, std::function<void()> aAction) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mActions[aOperation] = std::move(aAction);
+}
+
+void FakeServer::Block(const std::string& aOperation) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mBlocked = aOperation;
+    mIsBlocked = false;
+}
+
+void FakeServer::Release() {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mBlocked.clear();
+    mChanged.notify_all();
+}
+
+bool FakeServer::AwaitBlocked() {
+    std::unique_lock<std::mutex> lLock(mMutex);
+    return mChanged.wait_for(lLock, std::chrono::seconds(10), [this] { return mIsBlocked; });
+}
+
+std::vector<std::string> FakeServer::TakeCalls() {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    std::vector<std::string> lCalls;
+    lCalls.swap(mCalls);
+    return lCalls;
+}
+
+std::string FakeServer::Setting(const std::string& aKey) const {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    const auto lFound = mConfiguration.find(aKey);
+    return mConfiguration.end() == lFound ? "(none)" : lFound->second;
+}
+
+unsigned FakeServer::PlayersMade() const {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    return mPlayersMade;
+}
+
+std::size_t FakeServer::Queued(unsigned aTrack) const {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    const auto lFound = mMedia.find(aTrack);
+    return mMedia.end() == lFound ? 0 : lFound->second.size();
+}
+
+void FakeServer::Enter(const std::string& aOperation, const std::string& aCall) {
+    std::function<void()> lAction;
+    {
+        std::unique_lock<std::mutex> lLock(mMutex);
+        if (!aCall.empty()) { mCalls.push_back(aCall); }
+        if (aOperation == mBlocked) {
+            mIsBlocked = true;
+            mChanged.notify_all();
+            mChanged.wait_for(lLock, std::chrono::seconds(10), [this, &aOperation] { return aOperation != mBlocked; });
+        }
+        lAction = mActions[aOperation];
+    }
+    if (lAction) { lAction(); }
+}
+
+bool FakeServer::Deliver(unsigned aTrack, Player::Processor& aConsumer) {
+    Media lMedia;
+    {
+        const std::lock_guard<std::mutex> lLock(mMutex);
+        std::deque<Media>& lQueue = mMedia[aTrack];
+        if (lQueue.empty()) { return false; }
+        lMedia = lQueue.front();
+        lQueue.pop_front();
+    }
+    if (!lMedia.mEnd.empty()) {
+        aConsumer.Param("EndOfStream", lMedia.mEnd);
+        return false;
+    }
+    const Player::Time lPlayTime(lMedia.mPlayTime, 1000000000, true);
+    aConsumer.Handle(SharedPtr<Player::Packet, SharedObject>(new Player::Packets::Media(
+                         lPlayTime, lMedia.mBytes.data(), static_cast<Player::UInt>(lMedia.mBytes.size()))),
+                     Player::Time(lMedia.mLatest, 1000000000, true));
+    return true;
+}
+
+}  // namespace ElementTest

@@ -1,0 +1,21 @@
+// Defaults for the sanitizers that the tests may be built with.
+
+extern "C" const char* __asan_default_options();
+extern "C" const char* __lsan_default_suppressions();
+
+/// GLib is built without frame pointers: only the slow way sees where its memory comes from.
+extern "C" const char* __asan_default_options() {
+    return "fast_unwind_on_malloc=0";
+}
+
+extern "C" const char* __lsan_default_suppressions() {
+    return
+        // GLib's table of quarks, whose outgrown versions stay for those who read them without a lock.
+        "leak:_dl_init\n"
+        "leak:g_quark_from_static_string\n"
+        "leak:g_quark_from_string\n"
+        "leak:g_intern_static_string\n"
+        "leak:g_intern_string\n"
+        // Deliberate in the element: the text of the "wap profile" is never freed.
+        "leak:ElementTest::ElementUnderTest::SetProfile\n";
+}
