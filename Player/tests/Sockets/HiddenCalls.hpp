@@ -31,13 +31,18 @@ inline void HideCalls(std::initializer_list<long> aCalls, int aErrno) {
     }
 }
 
-/// Runs `aBody` in a process of its own; it returns 0 when all is as it should be.
+/// Runs `aBody` with its expectations in a process of its own.
 template <typename Body>
-void ExpectZeroInChild(Body aBody) {
+void ExpectPassesInChild(Body aBody) {
     const auto lIsFine = [](int aStatus) {
         return testing::ExitedWithCode(0)(aStatus) || testing::ExitedWithCode(kCannotHide)(aStatus);
     };
-    EXPECT_EXIT(std::_Exit(aBody()), lIsFine, "");
+    EXPECT_EXIT(
+        {
+            aBody();
+            std::_Exit(testing::Test::HasFailure() ? 1 : 0);
+        },
+        lIsFine, "");
 }
 
 }  // namespace Player::Testing

@@ -144,7 +144,7 @@ public:
         struct sigaction lAction {};
         lAction.sa_handler = &Tick;
         EXPECT_EQ(0, ::sigaction(SIGALRM, &lAction, &mOldAction));
-        const timeval lPeriod{aMilliseconds / 1000, aMilliseconds % 1000 * 1000};
+        const timeval lPeriod{aMilliseconds / 1000, aMilliseconds % 1000 * 1000L};
         const itimerval lTimer{lPeriod, lPeriod};
         EXPECT_EQ(0, ::setitimer(ITIMER_REAL, &lTimer, nullptr));
     }

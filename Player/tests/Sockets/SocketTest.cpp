@@ -338,55 +338,37 @@ TEST(Socket, DescriptorsOf1024AndAbove) {
                             [&] { lRefused.Connect(lRefusing.Addr(), 60); });
 }
 
-/// Whether `aCall` throws `NetworkErr` with this number and text.
-template <typename Call>
-bool Throws(unsigned short aError, const std::string& aMessage, Call aCall) {
-    const Testing::CaughtReports lReports;
-    try {
-        aCall();
-    } catch (const NetworkErr& aException) { return aError == aException.Error() && aMessage == aException.Message(); }
-    return false;
-}
-
-int WithoutSelect() {
-    Server lServer;
-    lServer.Listen();
-    Connection lPair;
-    lPair.mPeer.Send("x");
-    Socket lSocket(static_cast<UInt>(NewTCP(SOCK_NONBLOCK)));
-#ifdef SYS_select
-    Testing::HideCalls({SYS_select, SYS_pselect6}, ENOMEM);
-#else
-    Testing::HideCalls({SYS_pselect6}, ENOMEM);
-#endif
-    char lByte = 0;
-    if (!Throws(35, With("Socket::Connect(): Failed to connect", ENOMEM),
-                [&] { lSocket.Connect(lServer.Addr(), 60); })) {
-        return 1;
-    }
-    if (!Throws(38, With("Socket::Read(): Failed to read", ENOMEM), [&] { lPair.mSocket.Read(&lByte, 1, 60); })) {
-        return 2;
-    }
-    if (!lPair.mSocket.HasClosed()) { return 3; }
-    return 1 == lPair.mSocket.Read(&lByte, 1) ? 0 : 4;
-}
-
 TEST(SocketDeathTest, FailingSelectIsTheOperationsOwnFailure) {
-    Testing::ExpectZeroInChild(WithoutSelect);
-}
-
-int WithoutPendingErrors() {
-    Server lServer;
-    lServer.Listen();
-    Socket lSocket(static_cast<UInt>(NewTCP(SOCK_NONBLOCK)));
-    Testing::HideCalls({SYS_getsockopt}, ENOMEM);
-    const bool lThrown = Throws(35, "Socket::Connect(): Failed to get last error [4294967295]",
+    Testing::ExpectPassesInChild([] {
+        Server lServer;
+        lServer.Listen();
+        Connection lPair;
+        lPair.mPeer.Send("x");
+        Socket lSocket(static_cast<UInt>(NewTCP(SOCK_NONBLOCK)));
+#ifdef SYS_select
+        Testing::HideCalls({SYS_select, SYS_pselect6}, ENOMEM);
+#else
+        Testing::HideCalls({SYS_pselect6}, ENOMEM);
+#endif
+        char lByte = 0;
+        ExpectThrow<NetworkErr>(35, With("Socket::Connect(): Failed to connect", ENOMEM),
                                 [&] { lSocket.Connect(lServer.Addr(), 60); });
-    return lThrown ? 0 : 1;
+        ExpectThrow<NetworkErr>(38, With("Socket::Read(): Failed to read", ENOMEM),
+                                [&] { lPair.mSocket.Read(&lByte, 1, 60); });
+        EXPECT_TRUE(lPair.mSocket.HasClosed());
+        EXPECT_EQ(1, lPair.mSocket.Read(&lByte, 1)) << "the socket is still open";
+    });
 }
 
 TEST(SocketDeathTest, OutcomeOfAConnectThatCannotBeAskedForIsAFailure) {
-    Testing::ExpectZeroInChild(WithoutPendingErrors);
+    Testing::ExpectPassesInChild([] {
+        Server lServer;
+        lServer.Listen();
+        Socket lSocket(static_cast<UInt>(NewTCP(SOCK_NONBLOCK)));
+        Testing::HideCalls({SYS_getsockopt}, ENOMEM);
+        ExpectThrow<NetworkErr>(35, "Socket::Connect(): Failed to get last error [4294967295]",
+                                [&] { lSocket.Connect(lServer.Addr(), 60); });
+    });
 }
 
 TEST(SocketDeathTest, SizesAreBelow2To31) {

@@ -1,9 +1,13 @@
 #include "Sockets/TCP.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 
 #include <cerrno>
+#include <memory>
+#include <string>
 
+#include "Sockets/HiddenCalls.hpp"
 #include "Sockets/Loopback.hpp"
 #include "Support/ExpectThrow.hpp"
 
@@ -11,7 +15,6 @@ namespace Player::Sockets {
 namespace {
 
 using Testing::Descriptor;
-using Testing::DescriptorLimit;
 using Testing::ExpectThrow;
 using Testing::Server;
 
@@ -53,33 +56,29 @@ TEST(TCP, ResetMakesItFitToConnectAgain) {
     EXPECT_EQ("x", lSecond.Receive(1));
 }
 
-TEST(TCP, TellsWhenNoDescriptorIsLeft) {
-    const DescriptorLimit lNone(0);
-    ExpectThrow<NetworkErr>(32, "TCP::Create(): Failed to create [" + std::to_string(EMFILE) + "]", [] { TCP(); });
-}
-
 TEST(TCP, ResetNeedsNoSecondDescriptor) {
     OpenTCP lSocket;  // has the lowest number that was free
-    const DescriptorLimit lNoMore(static_cast<rlim_t>(lSocket.Descriptor()) + 1);
+    const int lNumber = lSocket.Descriptor();
     lSocket.Reset();
+    EXPECT_EQ(lNumber, lSocket.Descriptor()) << "given back before another is taken";
     EXPECT_EQ(SOCK_STREAM, OptionOf(lSocket.Descriptor(), SO_TYPE));
 }
 
-TEST(TCP, FailedResetMayBeRepeated) {
-    OpenTCP lSocket;
-    const int lOld = lSocket.Descriptor();
-    {
-        const DescriptorLimit lNone(0);
-        ExpectThrow<NetworkErr>(32, "TCP::Create(): Failed to create [" + std::to_string(EMFILE) + "]",
-                                [&] { lSocket.Reset(); });
-    }
-    // Somebody else has got the old number meanwhile: it is not the socket's any more.
-    const Descriptor lOther(::socket(AF_INET, SOCK_DGRAM, 0));
-    EXPECT_EQ(lOld, lOther.Get());
-    EXPECT_TRUE(lSocket.HasClosed());
-    lSocket.Reset();
-    EXPECT_EQ(SOCK_STREAM, OptionOf(lSocket.Descriptor(), SO_TYPE));
-    EXPECT_EQ(SOCK_DGRAM, OptionOf(lOther.Get(), SO_TYPE));
+TEST(TCPDeathTest, TellsWhenNoDescriptorIsLeft) {
+    Testing::ExpectPassesInChild([] {
+        const std::string lMessage = "TCP::Create(): Failed to create [" + std::to_string(EMFILE) + "]";
+        auto lSocket = std::make_unique<OpenTCP>();
+        const int lNumber = lSocket->Descriptor();
+        Testing::HideCalls({SYS_socket}, EMFILE);
+        ExpectThrow<NetworkErr>(32, lMessage, [] { TCP(); });
+        ExpectThrow<NetworkErr>(32, lMessage, [&] { lSocket->Reset(); });
+        // Somebody else gets the old number: it is not the socket's any more.
+        const Descriptor lOther(::dup(STDERR_FILENO));
+        EXPECT_EQ(lNumber, lOther.Get());
+        EXPECT_TRUE(lSocket->HasClosed());
+        lSocket.reset();
+        EXPECT_NE(-1, ::fcntl(lOther.Get(), F_GETFD));
+    });
 }
 
 }  // namespace

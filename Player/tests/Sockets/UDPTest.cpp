@@ -15,11 +15,9 @@
 namespace Player::Sockets {
 namespace {
 
-using Testing::DescriptorLimit;
+using Testing::ExpectPassesInChild;
 using Testing::ExpectThrow;
-using Testing::ExpectZeroInChild;
 using Testing::HideCalls;
-using Testing::kCannotHide;
 using Testing::Loopback;
 using Testing::PortOf;
 
@@ -105,11 +103,6 @@ TEST(UDP, TellsItsErrors) {
     EXPECT_EQ(0U, lSocket.ReadMany(lBatch)) << "and goes on";
 }
 
-TEST(UDP, TellsWhenNoDescriptorIsLeft) {
-    const DescriptorLimit lNone(0);
-    ExpectThrow<NetworkErr>(32, "UDP::Create(): Failed to create [" + std::to_string(EMFILE) + "]", [] { UDP(); });
-}
-
 TEST(UDP, ResetGivesUpThePort) {
     Bound lBound;
     const Address lAddr = lBound.Addr();
@@ -120,9 +113,21 @@ TEST(UDP, ResetGivesUpThePort) {
 
 TEST(UDP, ResetNeedsNoSecondDescriptor) {
     OpenUDP lSocket;  // has the lowest number that was free
-    const DescriptorLimit lNoMore(static_cast<rlim_t>(lSocket.Descriptor()) + 1);
+    const int lNumber = lSocket.Descriptor();
     lSocket.Reset();
+    EXPECT_EQ(lNumber, lSocket.Descriptor()) << "given back before another is taken";
     EXPECT_EQ(0U, PortOf(lSocket.Descriptor()));
+}
+
+TEST(UDPDeathTest, TellsWhenNoDescriptorIsLeft) {
+    ExpectPassesInChild([] {
+        const std::string lMessage = "UDP::Create(): Failed to create [" + std::to_string(EMFILE) + "]";
+        OpenUDP lSocket;
+        HideCalls({SYS_socket}, EMFILE);
+        ExpectThrow<NetworkErr>(32, lMessage, [] { UDP(); });
+        ExpectThrow<NetworkErr>(32, lMessage, [&] { lSocket.Reset(); });
+        EXPECT_TRUE(lSocket.HasClosed());
+    });
 }
 
 TEST(UDP, ReadManyDrainsTheSocket) {
@@ -171,38 +176,33 @@ TEST(UDP, ReadManyCutsLongDatagrams) {
     }
 }
 
-/// The exit status: 0 when all is as it should be.
-int ReadManySingly() {
-    HideCalls({SYS_recvmmsg}, ENOSYS);
-    Bound lA;
-    Bound lB;
-    DatagramBatch lBatch;
-    if (-1 != ::recvmmsg(lB.Descriptor(), nullptr, 0, 0, nullptr)) { return kCannotHide; }
-
-    if (0 != lB.ReadMany(lBatch) || 0 != lBatch.Count()) { return 1; }
-    const std::string lLong(1501, 'l');
-    lA.SendTo(lB, "one");
-    lA.SendTo(lB, "");
-    lA.SendTo(lB, lLong);
-    if (3 != lB.ReadMany(lBatch)) { return 2; }
-    if (Texts(lBatch) != std::vector<std::string>{"one", "", lLong.substr(0, 1500)}) { return 3; }
-    for (int i = 0; i < 33; ++i)
-        lA.SendTo(lB, std::to_string(i));
-    if (32 != lB.ReadMany(lBatch) || "31" != Texts(lBatch)[31]) { return 4; }
-    if (1 != lB.ReadMany(lBatch) || "32" != Texts(lBatch)[0]) { return 5; }
-
-    lB.Connect(lA.Addr());
-    lA.Reset();
-    lB.Write("x", 1);
-    const Testing::CaughtReports lReports;
-    try {
-        lB.ReadMany(lBatch);
-        return 6;
-    } catch (const NetworkErr& aException) { return 38 == aException.Error() && 0 == lBatch.Count() ? 0 : 7; }
-}
-
 TEST(UDPDeathTest, ReadManyDoesWithoutTheSystemsHelp) {
-    ExpectZeroInChild(ReadManySingly);
+    ExpectPassesInChild([] {
+        Bound lA;
+        Bound lB;
+        DatagramBatch lBatch;
+        HideCalls({SYS_recvmmsg}, ENOSYS);
+        EXPECT_EQ(0U, lB.ReadMany(lBatch));
+        const std::string lLong(1501, 'l');
+        lA.SendTo(lB, "one");
+        lA.SendTo(lB, "");
+        lA.SendTo(lB, lLong);
+        EXPECT_EQ(3U, lB.ReadMany(lBatch));
+        EXPECT_EQ((std::vector<std::string>{"one", "", lLong.substr(0, 1500)}), Texts(lBatch));
+        for (int i = 0; i < 33; ++i)
+            lA.SendTo(lB, std::to_string(i));
+        EXPECT_EQ(32U, lB.ReadMany(lBatch));
+        EXPECT_EQ("31", Texts(lBatch).back());
+        EXPECT_EQ(1U, lB.ReadMany(lBatch));
+        EXPECT_EQ("32", Texts(lBatch).back());
+
+        lB.Connect(lA.Addr());
+        lA.Reset();
+        lB.Write("x", 1);
+        ExpectThrow<NetworkErr>(38, "UDP::ReadMany(): Failed to read [" + std::to_string(ECONNREFUSED) + "]",
+                                [&] { lB.ReadMany(lBatch); });
+        EXPECT_EQ(0U, lBatch.Count());
+    });
 }
 
 TEST(UDPDeathTest, BatchKnowsItsCount) {
