@@ -4,16 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <functional>
-#include <memory>
-#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
-#include "Player/Exception.hpp"
 #include "RTP/PacketBuilder.hpp"
 #include "RTP/Transports/CountedReports.hpp"
+#include "RTP/Transports/LocalPorts.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
 #include "RTP/Transports/UDPPeer.hpp"
 
@@ -22,192 +19,16 @@ namespace Player::RTP::Transports {
 using Testing::Bytes;
 using Testing::Compound;
 using Testing::CountedReports;
+using Testing::DescriptorOf;
+using Testing::kPortsBegin;
+using Testing::kPortsEnd;
+using Testing::LocalPort;
 using Testing::Packet;
 using Testing::RecordingProcessor;
 using Testing::UDPPeer;
 using Events = std::vector<std::string>;
 
 namespace {
-
-constexpr UInt kPortsBegin = 20000;
-constexpr UInt kPortsEnd = 60000;
-
-UInt LocalPort(const OverUDP& aTransport, TrackIdx aIdx) {
-    unsigned int lRTP = 0;
-    unsigned int lRTCP = 0;
-    // NOLINTNEXTLINE(cert-err34-c): the text is our own
-    EXPECT_EQ(2, std::sscanf(aTransport.GetTrackLocalPorts(aIdx).c_str(), "%u-%u", &lRTP, &lRTCP));
-    EXPECT_EQ(lRTP + 1, lRTCP);
-    return lRTP;
-}
-
-/// This process's socket on that port; others may have the same port on other addresses.
-int DescriptorOf(UInt aPort) {
-    for (int lDescriptor = 3; lDescriptor < 1024; ++lDescriptor) {
-        if (aPort == UDPPeer::BoundPort(lDescriptor)) { return lDescriptor; }
-    }
-    ADD_FAILURE() << "no socket on port " << aPort;
-    return -1;
-}
-
-/// The first of so many consecutive even ports that were free a moment ago.
-UInt FreePorts(UInt aPairs) {
-    for (UInt lBegin = kPortsBegin; lBegin < kPortsEnd; lBegin += 2 * aPairs) {
-        try {
-            std::vector<std::unique_ptr<UDPPeer>> lPeers;
-            for (UInt i = 0; i < 2 * aPairs; ++i) {
-                lPeers.push_back(std::make_unique<UDPPeer>(lBegin + i));
-            }
-            return lBegin;
-        } catch (const std::runtime_error&) { continue; }
-    }
-    ADD_FAILURE() << "no free ports";
-    return 0;
-}
-
-// ---------------------------------------------------------------- port pairs
-
-TEST(OverUDPPortsTest, TracksGetEvenPortsWithinTheRange) {
-    OverUDP lTransport(kPortsBegin, kPortsEnd, "");
-    std::vector<UInt> lPorts;
-    for (TrackIdx i = 0; i < 4; ++i) {
-        EXPECT_EQ(i, lTransport.AddTrack());
-        const UInt lPort = LocalPort(lTransport, i);
-        EXPECT_EQ(0U, lPort % 2);
-        EXPECT_LE(kPortsBegin, lPort);
-        EXPECT_GT(kPortsEnd, lPort);
-        EXPECT_EQ(std::to_string(lPort) + "-" + std::to_string(lPort + 1), lTransport.GetTrackLocalPorts(i));
-        DescriptorOf(lPort);
-        DescriptorOf(lPort + 1);
-        for (const UInt lOther : lPorts) {
-            EXPECT_NE(lOther, lPort);
-        }
-        lPorts.push_back(lPort);
-    }
-}
-
-TEST(OverUDPPortsTest, SearchBeginsAtARandomPort) {
-    OverUDP lTransport(kPortsBegin, kPortsEnd, "");
-    UInt lAsDrawn = 0;
-    for (TrackIdx i = 0; i < 10; ++i) {
-        std::srand(1000 + i);
-        const UInt lDrawn = static_cast<UInt>(std::rand()) * 2 % (kPortsEnd - kPortsBegin) + kPortsBegin;
-        std::srand(1000 + i);
-        lTransport.AddTrack();
-        if (lDrawn == LocalPort(lTransport, i)) { ++lAsDrawn; }
-    }
-    EXPECT_LE(5U, lAsDrawn) << "the others were taken by somebody";
-}
-
-TEST(OverUDPPortsTest, OnePairIsTriedOnce) {
-    const UInt lBegin = FreePorts(1);
-    OverUDP lTransport(lBegin, lBegin + 2, "");
-    EXPECT_EQ(0U, lTransport.AddTrack());
-    EXPECT_EQ(lBegin, LocalPort(lTransport, 0));
-
-    const CountedReports lReports;
-    try {
-        lTransport.AddTrack();
-        FAIL() << "a second pair from a range of one";
-    } catch (const RTPErr& lError) {
-        EXPECT_EQ(19U << 16 | 1, lError.Code());
-        EXPECT_STREQ("OverUDP::Track(): Failed to create UDP port pair", lError.Message());
-    }
-    EXPECT_EQ(1, lReports.Count(Severity::Error, "Socket::Bind()"));
-    EXPECT_EQ(1, lReports.Count(Severity::Error, "OverUDP::Track(): Failed to create UDP port pair"));
-    EXPECT_DEATH(lTransport.FillTrack(1), "aIdx < mTracks.size\\(\\)") << "no track was made";
-}
-
-TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
-    constexpr UInt kPairs = 4;
-    const UInt lBegin = FreePorts(kPairs);
-    const CountedReports lReports;
-    for (UInt lFree = 0; lFree < kPairs; ++lFree) {
-        std::vector<std::unique_ptr<UDPPeer>> lTaken;
-        for (UInt i = 0; i < kPairs; ++i) {
-            if (i != lFree) { lTaken.push_back(std::make_unique<UDPPeer>(lBegin + 2 * i)); }
-        }
-        for (UInt lSeed = 0; lSeed < 8; ++lSeed) {
-            std::srand(lSeed);
-            OverUDP lTransport(lBegin, lBegin + 2 * kPairs, "");
-            lTransport.AddTrack();
-            EXPECT_EQ(lBegin + 2 * lFree, LocalPort(lTransport, 0));
-            const long lBefore = lReports.Count(Severity::Error, "Socket::Bind()");
-            EXPECT_THROW(lTransport.AddTrack(), RTPErr);
-            EXPECT_EQ(lBefore + kPairs, lReports.Count(Severity::Error, "Socket::Bind()"));
-        }
-    }
-}
-
-TEST(OverUDPPortsTest, TakenRTCPPortMovesThePairOn) {
-    const UInt lBegin = FreePorts(2);
-    const CountedReports lReports;
-    const UDPPeer lTaken(lBegin + 1);
-    for (UInt lSeed = 0; lSeed < 8; ++lSeed) {
-        std::srand(lSeed);
-        OverUDP lTransport(lBegin, lBegin + 4, "");
-        lTransport.AddTrack();
-        EXPECT_EQ(lBegin + 2, LocalPort(lTransport, 0));
-        EXPECT_NO_THROW(UDPPeer{lBegin}) << "the half of the pair that was free is free again";
-    }
-}
-
-TEST(OverUDPPortsTest, BindsToTheLocalAddress) {
-    const UInt lBegin = FreePorts(1);
-    const CountedReports lReports;
-    OverUDP lFirst(lBegin, lBegin + 2, "127.0.0.1");
-    OverUDP lSecond(lBegin, lBegin + 2, "127.0.0.2");
-    EXPECT_EQ(0U, lFirst.AddTrack());
-    EXPECT_EQ(0U, lSecond.AddTrack()) << "the same ports of another address";
-    OverUDP lThird(lBegin, lBegin + 2, "127.0.0.1");
-    EXPECT_THROW(lThird.AddTrack(), RTPErr);
-    OverUDP lFourth(lBegin, lBegin + 2, "not an address");
-    EXPECT_THROW(lFourth.AddTrack(), RTPErr);
-}
-
-TEST(OverUDPPortsTest, SocketsAreNonBlockingAndHaveTheirBuffers) {
-    OverUDP lTransport(kPortsBegin, kPortsEnd, "");
-    lTransport.AddTrack();
-    const struct {
-        UInt mPort;
-        int mBuffer;
-    } kCases[] = {{LocalPort(lTransport, 0), 300000}, {LocalPort(lTransport, 0) + 1, 6000}};
-    for (const auto& lCase : kCases) {
-        const int lSocket = DescriptorOf(lCase.mPort);
-        EXPECT_EQ(O_NONBLOCK, ::fcntl(lSocket, F_GETFL) & O_NONBLOCK);
-        const auto lBufferOf = [](int aSocket) {
-            int lSize = 0;
-            socklen_t lLength = sizeof(lSize);
-            ::getsockopt(aSocket, SOL_SOCKET, SO_RCVBUF, &lSize, &lLength);
-            return lSize;
-        };
-        // The system makes of the wish what it likes, but the same each time.
-        const int lReference = ::socket(AF_INET, SOCK_DGRAM, 0);
-        ::setsockopt(lReference, SOL_SOCKET, SO_RCVBUF, &lCase.mBuffer, sizeof(lCase.mBuffer));
-        EXPECT_EQ(lBufferOf(lReference), lBufferOf(lSocket)) << lCase.mBuffer;
-        ::close(lReference);
-    }
-}
-
-TEST(OverUDPDeathTest, Mistakes) {
-    const char* const kRange = "\\(0 == aPortsBeg % 2\\) && 0 == \\(aPortsEnd % 2\\) && aPortsEnd > aPortsBeg";
-    EXPECT_DEATH(OverUDP(5001, 5004, "").AddTrack(), kRange);
-    EXPECT_DEATH(OverUDP(5000, 5003, "").AddTrack(), kRange);
-    EXPECT_DEATH(OverUDP(5002, 5000, "").AddTrack(), kRange);
-    EXPECT_DEATH(OverUDP(5000, 5000, "").AddTrack(), kRange);
-
-    OverUDP lTransport(kPortsBegin, kPortsEnd, "");
-    const char* const kIndex = "aIdx < mTracks.size\\(\\)";
-    EXPECT_DEATH(lTransport.GetTrackLocalPorts(0), kIndex);
-    EXPECT_DEATH(lTransport.SetTrackRemoteIP(0, ""), kIndex);
-    EXPECT_DEATH(lTransport.SetTrackRemotePorts(0, ""), kIndex);
-    EXPECT_DEATH(lTransport.Preflight(), "0 != mTracks.size\\(\\)");
-}
-
-TEST(OverUDPPortsTest, SessionIsSmall) {
-    EXPECT_GT(64U * 1024, sizeof(OverUDP)) << "one batch for all tracks";
-    EXPECT_GT(4U * 1024, sizeof(OverUDP::Track));
-}
 
 // ---------------------------------------------------------------- receiving
 
