@@ -6,4 +6,8 @@ SharedObject::~SharedObject() {
     PLAYER_ASSERT(0 == mRefCount);
 }
 
+void SharedObject::Delete() const {
+    delete this;
+}
+
 }  // namespace Player

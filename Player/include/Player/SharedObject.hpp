@@ -21,11 +21,13 @@ public:
     /// Gives up one reference; the last one deletes the object.
     void Release() const {
         PLAYER_ASSERT(0 < mRefCount);
-        if (0 == --mRefCount) { delete this; }
+        if (0 == --mRefCount) { Delete(); }
     }
     UInt GetRefCount() const { return mRefCount; }
 
 private:
+    void Delete() const;
+
     mutable UInt mRefCount;
 };
 
