@@ -1,7 +1,5 @@
 #include "MediaSessions/RTSP/Configuration.hpp"
 
-#include <cstdlib>
-
 #include "Player/Assert.hpp"
 #include "Player/String.hpp"
 
@@ -41,7 +39,7 @@ Configuration::Configuration(const Properties& aConfig) {
     UInt lTimeOutRTPAfter = 20;
     ReadNumber(aConfig, "RTSP:TimeOutRTPAfter", lTimeOutRTPAfter);
     mTimeOutRTPAfter = Time(lTimeOutRTPAfter, 1);
-    mUseInterleavedRTP = 0 != std::atoi(aConfig.Get("RTSP:UseInterleavedRTP").c_str());
+    mUseInterleavedRTP = 0 != DecimalToUInt(aConfig.Get("RTSP:UseInterleavedRTP"));
 }
 
 }  // namespace Player::MediaSessions

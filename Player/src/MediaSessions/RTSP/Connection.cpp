@@ -18,6 +18,8 @@ constexpr UInt kMaxRead = 2 * 1024 * 1024;
 constexpr UInt kMaxBuffered = 4 * 1024 * 1024;
 /// One drain takes in so much at most; what is left waits in the socket for the next.
 constexpr UInt kMaxDrain = 128 * 1024;
+/// A message may take so many time-outs: one that trickles in, or stays out while media flows, comes to an end.
+constexpr UInt kMostTimeOuts = 10;
 
 constexpr char kCR = 13;
 constexpr char kLF = 10;
@@ -58,6 +60,21 @@ void Connection::DoConnectionReset() {
     mInBuf.Clear();
     mOutBuf.Clear();
     mSocket.Set(nullptr);
+    mLineFeedMayFollow = false;
+    mOutOfStep = false;
+}
+
+bool Connection::IsUsable() const {
+    return IsOpen() && !mOutOfStep && !mSocket->HasClosed();
+}
+
+void Connection::StartWait(Clock::time_point aNow) {
+    mWaitsSince = aNow;
+}
+
+bool Connection::HasWaitedTooLong() const {
+    const std::chrono::duration<double> lWaited = Clock::now() - mWaitsSince;
+    return lWaited.count() > static_cast<double>(kMostTimeOuts) * mConfig.mTimeOutAfter;
 }
 
 void Connection::Normalize() {
@@ -69,28 +86,39 @@ void Connection::Normalize() {
 
 bool Connection::FillBuf(UInt aSize) {
     try {
-        if (!IsOpen()) { return false; }
-        if (mInBuf.Size() >= kMaxBuffered) {
-            PLAYER_THROW(RTSPErr, 2, "RTSP::FillBuf(): %s: %s", "Invalid response", "Message too long");
-        }
-        mInBuf.Reserve(mReadPos + Util::Max(Util::Min(aSize, kMaxRead), Left() + 1));
-        const UInt lEnd = mInBuf.Size();
-        const SInt lResult = mSocket->Read(mInBuf + lEnd, mInBuf.Capacity() - lEnd, mConfig.mTimeOutAfter);
-        if (lResult < 0) {
-            const int lErrno = errno;
-            PLAYER_THROW(NetworkErr, 38, "RTSP::FillBuf(): %s [%u, %d]", "Failed to read from RTSP socket",
-                         static_cast<UInt>(lErrno), lResult);
-        }
-        mInBuf.Resize(lEnd + static_cast<UInt>(lResult));
-        return 0 != lResult && Have(aSize);
+        bool lSettled = false;
+        do {
+            if (!IsOpen() || 0 == ReadOnce(aSize)) { return false; }
+            // The read that tells how the last line ended is not the one that was asked for.
+            lSettled = SettleLineEnd();
+        } while (lSettled && !Have(aSize));
+        return Have(aSize);
     } catch (...) {
         DoConnectionReset();
         throw;
     }
 }
 
+UInt Connection::ReadOnce(UInt aSize) {
+    if (mInBuf.Size() >= kMaxBuffered) {
+        PLAYER_THROW(RTSPErr, 2, "RTSP::FillBuf(): %s: %s", "Invalid response", "Message too long");
+    }
+    mInBuf.Reserve(mReadPos + Util::Max(Util::Min(aSize, kMaxRead), Left() + 1));
+    const UInt lEnd = mInBuf.Size();
+    const UInt lFree = mInBuf.Capacity() - lEnd;
+    const SInt lResult =
+        HasWaitedTooLong() ? Socket::kTimeOut : mSocket->Read(mInBuf + lEnd, lFree, mConfig.mTimeOutAfter);
+    if (lResult < 0) {
+        const int lErrno = errno;
+        PLAYER_THROW(NetworkErr, 38, "RTSP::FillBuf(): %s [%u, %d]", "Failed to read from RTSP socket",
+                     static_cast<UInt>(lErrno), lResult);
+    }
+    mInBuf.Resize(lEnd + static_cast<UInt>(lResult));
+    return static_cast<UInt>(lResult);
+}
+
 bool Connection::FillInterleavedBuf() {
-    const UInt lBefore = mInBuf.Size();
+    const UInt lLeftBefore = Left();
     try {
         for (bool lMore = IsOpen(); lMore;) {
             const UInt lEnd = mInBuf.Size();
@@ -107,7 +135,15 @@ bool Connection::FillInterleavedBuf() {
         DoConnectionReset();
         throw;
     }
-    return mInBuf.Size() > lBefore;
+    SettleLineEnd();
+    return Left() > lLeftBefore;
+}
+
+bool Connection::SettleLineEnd() {
+    if (!mLineFeedMayFollow || 0 == Left()) { return false; }
+    mLineFeedMayFollow = false;
+    if (kLF == static_cast<char>(mInBuf[mReadPos])) { ++mReadPos; }
+    return true;
 }
 
 bool Connection::PeekCh(char& aCh, UInt aOff) {
@@ -142,10 +178,9 @@ bool Connection::MeasureLn(Line& aLine) {
         lMore = PeekCh(lCh, ++lCount);
     }
 
-    UInt lTerminator = 0;
-    if (lMore) {
-        char lNext = 0;
-        lTerminator = kCR == lCh && PeekCh(lNext, lCount + 1) && kLF == lNext ? 2 : 1;
+    UInt lTerminator = lMore ? 1 : 0;
+    if (lMore && kCR == lCh && Have(lCount + 2) && kLF == static_cast<char>(mInBuf[mReadPos + lCount + 1])) {
+        lTerminator = 2;
     }
     aLine = {lCount, lTerminator};
     return true;
@@ -153,6 +188,13 @@ bool Connection::MeasureLn(Line& aLine) {
 
 std::string Connection::LineText(const Line& aLine) const {
     return std::string(reinterpret_cast<const char*>(mInBuf.Begin() + mReadPos), aLine.mLength);
+}
+
+void Connection::Consume(const Line& aLine) {
+    mReadPos += aLine.mLength + aLine.mTerminator;
+    // Whether the last CR received ends the line alone is seen when more comes. Waiting for that here would
+    // stall on a server that ends its lines so.
+    mLineFeedMayFollow = 1 == aLine.mTerminator && 0 == Left() && kCR == static_cast<char>(mInBuf[mReadPos - 1]);
 }
 
 bool Connection::PeekLn(std::string& aLine) {
@@ -166,14 +208,14 @@ bool Connection::ReadLn(std::string& aLine) {
     Line lLine{};
     if (!MeasureLn(lLine)) { return false; }
     aLine = LineText(lLine);
-    mReadPos += lLine.mLength + lLine.mTerminator;
+    Consume(lLine);
     return true;
 }
 
 bool Connection::SkipLn() {
     Line lLine{};
     if (!MeasureLn(lLine)) { return false; }
-    mReadPos += lLine.mLength + lLine.mTerminator;
+    Consume(lLine);
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "MediaSessions/RTSP/Configuration.hpp"
@@ -15,6 +16,8 @@ namespace Player::MediaSessions {
 /// What fails on the socket throws `NetworkErr` and leaves the connection reset: closed, buffers empty.
 class Connection {
 public:
+    using Clock = std::chrono::steady_clock;
+
     /// `aConfig` outlives the connection and is read anew each time.
     explicit Connection(const Configuration& aConfig);
 
@@ -30,6 +33,14 @@ public:
     /// Opens a new connection and keeps what is buffered.
     void DoReconnect(const std::string& aAuthority);
     void DoConnectionReset();
+    /// Whether another request can go out on it: open at both ends, and in step.
+    bool IsUsable() const;
+    /// What is received next does not begin with a message: part of an earlier one was left behind.
+    void SetOutOfStep() { mOutOfStep = true; }
+    bool IsOutOfStep() const { return mOutOfStep; }
+
+    /// From now on a message is awaited: for ten time-outs at most, however steadily bytes trickle in.
+    void StartWait(Clock::time_point aNow);
 
     // Reading. What is asked for beyond the buffered bytes is tried with one read of the socket, never
     // more; where the bytes are still missing then, nothing is consumed and the answer is false.
@@ -67,8 +78,14 @@ private:
         UInt mTerminator;
     };
 
+    bool HasWaitedTooLong() const;
+    /// Reads what comes next, with room for `aSize` bytes. The count, 0 at the end of the data.
+    UInt ReadOnce(UInt aSize);
     bool MeasureLn(Line& aLine);
     std::string LineText(const Line& aLine) const;
+    void Consume(const Line& aLine);
+    /// Takes the first byte received behind a CR, if it belongs to that CR. False when nothing was open.
+    bool SettleLineEnd();
     void WriteAll(const Byte* aData, UInt aSize);
 
     const Configuration& mConfig;
@@ -79,6 +96,10 @@ private:
     Buffer mInBuf;
     /// Index in `mInBuf` of the first byte that is not consumed.
     UInt mReadPos = 0;
+    /// The last byte consumed was a CR, and nothing was received behind it yet.
+    bool mLineFeedMayFollow = false;
+    bool mOutOfStep = false;
+    Clock::time_point mWaitsSince = Clock::now();
 };
 
 }  // namespace Player::MediaSessions

@@ -1,5 +1,9 @@
 #include "MediaSessions/RTSP/Messages.hpp"
 
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
 #include "Player/String.hpp"
 #include "RTP/Transports/OverRTSP.hpp"
 #include "Throw.hpp"
@@ -31,15 +35,22 @@ struct Status {
     const char* TextOrUnknown() const { return mText.empty() ? "Unknown" : mText.c_str(); }
 };
 
-/// "RTSP/1.0 200 OK": version, status, reason.
+/// "RTSP/1.0 200 OK": version, status, reason. The reason begins where the number ends, blanks or not.
 Status ParseStatusLine(const std::string& aLine) {
     std::size_t lPos = 0;
     NextWord(aLine, lPos);
+    const char* const lDigits = aLine.c_str() + lPos;
+    char* lEnd = nullptr;
     Status lStatus;
-    lStatus.mCode = HexToUInt(NextWord(aLine, lPos));
-    const std::size_t lReason = aLine.find_first_not_of(kBlanks, lPos);
+    lStatus.mCode = static_cast<UInt>(std::strtoull(lDigits, &lEnd, 16));
+    const std::size_t lReason = aLine.find_first_not_of(kBlanks, lPos + static_cast<std::size_t>(lEnd - lDigits));
     if (std::string::npos != lReason) { lStatus.mText = aLine.substr(lReason); }
     return lStatus;
+}
+
+/// A number that 32 bits can't hold stays one that they can't: it must not pass for a small one.
+unsigned long long Decimal(const std::string& aText) {
+    return std::strtoull(aText.c_str(), nullptr, 10);
 }
 
 bool IsStatusLine(const std::string& aLine) {
@@ -48,6 +59,13 @@ bool IsStatusLine(const std::string& aLine) {
 }
 
 }  // namespace
+
+void Messages::BeginRequest() {
+    if (mConnection.IsUsable()) { return; }
+    // Media that came whole is delivered; nothing else that is left can belong to this request.
+    if (!mConnection.IsOutOfStep()) { HandleInterleavedData(false); }
+    mConnection.DoConnectionReset();
+}
 
 bool Messages::RecvResponse(UInt aCSeq) {
     Headers lHeaders;
@@ -60,9 +78,10 @@ bool Messages::RecvResponse(Headers& aHeaders, UInt aCSeq) {
 }
 
 bool Messages::RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq) {
+    mConnection.StartWait(Connection::Clock::now());
+    mConnection.Normalize();
     Status lStatus;
     do {
-        mConnection.Normalize();
         aHeaders.clear();
         aBody.Clear();
         lStatus = Status();
@@ -116,10 +135,14 @@ void Messages::RecvHeaders(Headers& aHeaders) {
 }
 
 bool Messages::RecvBody(const Headers& aHeaders, Buffer& aBody) {
-    const UInt lSize = DecimalToUInt(HeaderValue(aHeaders, "Content-Length"));
+    constexpr unsigned long long kLargest = std::numeric_limits<UInt>::max();
+    const UInt lSize = static_cast<UInt>(std::min(Decimal(HeaderValue(aHeaders, "Content-Length")), kLargest));
     if (0 == lSize) { return true; }
     const Byte* const lBody = mConnection.Take(lSize);
-    if (nullptr == lBody) { return false; }
+    if (nullptr == lBody) {
+        mConnection.SetOutOfStep();
+        return false;
+    }
     aBody.Assign(lBody, lSize);
     return true;
 }
@@ -128,7 +151,7 @@ void Messages::CheckCSeq(const Headers& aHeaders, UInt aCSeq) const {
     if (0 == aHeaders.count("CSeq")) {
         PLAYER_THROW(RTSPErr, 2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "CSeq missing");
     }
-    if (DecimalToUInt(HeaderValue(aHeaders, "CSeq")) != aCSeq) {
+    if (Decimal(HeaderValue(aHeaders, "CSeq")) != aCSeq) {
         PLAYER_THROW(RTSPErr, 2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "CSeq mismatch");
     }
 }
@@ -180,6 +203,7 @@ bool Messages::HandleInterleavedData(bool aBlocking) {
 
 bool Messages::RecvInterleavedPackets() {
     if (!mConnection.IsOpen() || !mConnection.FillInterleavedBuf()) { return false; }
+    mConnection.StartWait(Connection::Clock::now());
     char lCh = 0;
     mConnection.PeekCh(lCh, 0);
     if (kFrameMagic == lCh) { return HandleInterleavedData(false); }

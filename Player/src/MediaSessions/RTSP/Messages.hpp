@@ -28,6 +28,9 @@ public:
     void SetFrameReceiver(RTP::Transports::OverRTSP* aReceiver) { mFrameReceiver = aReceiver; }
     bool HasFrameReceiver() const { return nullptr != mFrameReceiver; }
 
+    /// Before a request of ours is written: leaves a connection that the server has closed, or on which
+    /// messages can't be told apart any more; sending opens another.
+    void BeginRequest();
     /// Receives the response to the request numbered `aCSeq`; frames and requests in front of it are dealt
     /// with, 1xx responses dropped. True for a 2xx response; otherwise `StatusCode` and `StatusText` tell.
     /// Throws `RTSPErr` 2 for a response that is malformed or not the one awaited.

@@ -25,6 +25,7 @@ Request RTSP::NewRequest(const char* aMethod, const std::string& aURL) {
 }
 
 void RTSP::Send(const Request& aRequest, const char* aMethod, const std::string& aURL) {
+    mMessages.BeginRequest();
     for (const std::string& lLine : aRequest.Lines()) {
         mConnection.WriteLn(lLine);
     }
