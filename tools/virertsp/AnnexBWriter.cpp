@@ -1,10 +1,6 @@
 #include "AnnexBWriter.hpp"
 
-#include <map>
-#include <vector>
-
-#include "Parser/Base64.hpp"
-#include "Player/String.hpp"
+#include "FormatParameters.hpp"
 
 namespace Virertsp {
 
@@ -13,18 +9,6 @@ namespace {
 constexpr Player::Byte kStartCode[] = {0, 0, 0, 1};
 /// In front of each NAL unit of a sample: its length, big-endian.
 constexpr std::size_t kLengthSize = 4;
-
-/// The NAL units in "sprop-parameter-sets" (RFC 6184 section 8.1).
-std::vector<std::string> ParameterSets(const Player::Properties& aTrack) {
-    std::map<std::string, std::string> lParameters;
-    Player::SplitToMap(aTrack.Get("FmtParams"), ';', '=', lParameters);
-    std::vector<std::string> lSets;
-    Player::Split(lParameters["sprop-parameter-sets"], ',', lSets);
-    for (std::string& lSet : lSets) {
-        lSet = Parser::Base64Decode(lSet);
-    }
-    return lSets;
-}
 
 std::size_t ReadLength(const Player::Byte* aData) {
     std::size_t lLength = 0;
@@ -37,7 +21,7 @@ std::size_t ReadLength(const Player::Byte* aData) {
 }  // namespace
 
 AnnexBWriter::AnnexBWriter(const Player::Properties& aTrack, const std::string& aPath) : mFile(aPath) {
-    for (const std::string& lSet : ParameterSets(aTrack)) {
+    for (const std::string& lSet : FormatParameters(aTrack).ParameterSets()) {
         if (!lSet.empty()) { WriteNAL(lSet.data(), lSet.size()); }
     }
 }

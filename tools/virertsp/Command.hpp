@@ -1,8 +1,10 @@
 #pragma once
 
+#include <string>
+
 namespace Virertsp {
 
-/// Exit codes, the same for every command; documented in the help and in the manual page.
+/// Exit codes, the same for every command; documented in the manual page as well.
 enum ExitCode : int {
     kExitOk = 0,
     /// Something in the system: memory, sockets.
@@ -22,6 +24,9 @@ enum ExitCode : int {
     /// A file can't be written.
     kExitOutput = 8,
 };
+
+/// The exit codes and their meanings, for the help.
+std::string ExitCodeHelp();
 
 /// One of the program's commands. The arguments begin with the command's own name.
 struct Command {

@@ -1,6 +1,7 @@
 #include "Failure.hpp"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -92,6 +93,19 @@ Failure Explain(const Player::Exception& aException, const std::string& aURL) {
                            "The server " + lServer + " describes no presentation that can be understood.");
         default: return Failure(kExitSystem, WithoutFunction(aException.Message()) + ".");
     }
+}
+
+int Guard(const std::function<void()>& aCommand) {
+    try {
+        aCommand();
+    } catch (const Failure& lFailure) {
+        std::fprintf(stderr, "virertsp: %s\n", lFailure.what());
+        return lFailure.Code();
+    } catch (const std::exception& lError) {
+        std::fprintf(stderr, "virertsp: %s\n", lError.what());
+        return kExitSystem;
+    }
+    return kExitOk;
 }
 
 }  // namespace Virertsp

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -21,5 +22,8 @@ private:
 
 /// The library's failure in words that need no knowledge of the library.
 Failure Explain(const Player::Exception& aException, const std::string& aURL);
+
+/// Runs a command: tells its failure on standard error. Returns an `ExitCode`.
+int Guard(const std::function<void()>& aCommand);
 
 }  // namespace Virertsp

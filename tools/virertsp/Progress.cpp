@@ -54,21 +54,24 @@ std::string FormatProgress(const Totals& aTotals, std::uint64_t aKiloBitsPerSeco
 Progress::Progress(std::FILE* aTerminal)
     : mTerminal(aTerminal), mEnabled(0 != isatty(fileno(aTerminal))), mLast(Clock::now()) {}
 
-void Progress::Update(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) {
-    if (!mEnabled || aNow - mLast < kInterval) { return; }
-    const Totals lTotals = Totals::Of(aPlayer);
+bool Progress::Update(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) {
+    if (mEnabled && aNow - mLast >= kInterval) { Show(Totals::Of(aPlayer), aNow); }
+    return true;
+}
+
+void Progress::Show(const Totals& aTotals, Clock::time_point aNow) {
     const auto lElapsed = std::chrono::duration_cast<std::chrono::milliseconds>(aNow - mLast).count();
     // A seek lets the counters start anew.
-    const std::uint64_t lBytes = lTotals.mBytes > mLastBytes ? lTotals.mBytes - mLastBytes : 0;
+    const std::uint64_t lBytes = aTotals.mBytes > mLastBytes ? aTotals.mBytes - mLastBytes : 0;
     const std::uint64_t lRate = lBytes * 8 / static_cast<std::uint64_t>(lElapsed);
-    std::fprintf(mTerminal, "%s%s", kNewLine, FormatProgress(lTotals, lRate).c_str());
+    std::fprintf(mTerminal, "%s%s", kNewLine, FormatProgress(aTotals, lRate).c_str());
     std::fflush(mTerminal);
     mShown = true;
     mLast = aNow;
-    mLastBytes = lTotals.mBytes;
+    mLastBytes = aTotals.mBytes;
 }
 
-void Progress::Clear() {
+void Progress::Conclude(const Player::MediaPlayer& /*aPlayer*/, Clock::time_point /*aNow*/) {
     if (mShown) { std::fputs(kNewLine, mTerminal); }
     mShown = false;
 }

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <string>
 
-#include "Player/MediaPlayer.hpp"
+#include "Observer.hpp"
 
 namespace Virertsp {
 
@@ -28,18 +27,18 @@ std::string FormatTime(const Player::Time& aTime);
 std::string FormatProgress(const Totals& aTotals, std::uint64_t aKiloBitsPerSecond);
 
 /// One line on a terminal that is written over again and again; silent elsewhere.
-class Progress {
+class Progress : public Observer {
 public:
-    using Clock = std::chrono::steady_clock;
-
     explicit Progress(std::FILE* aTerminal);
 
-    /// Shows where things stand, at most twice a second.
-    void Update(const Player::MediaPlayer& aPlayer, Clock::time_point aNow);
+    /// Shows where things stand, at most twice a second. Always true.
+    bool Update(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) override;
     /// Leaves the line empty for whatever is printed next.
-    void Clear();
+    void Conclude(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) override;
 
 private:
+    void Show(const Totals& aTotals, Clock::time_point aNow);
+
     std::FILE* mTerminal;
     bool mEnabled;
     bool mShown = false;

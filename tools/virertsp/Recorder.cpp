@@ -7,6 +7,7 @@
 #include "Failure.hpp"
 #include "Interrupt.hpp"
 #include "Player/String.hpp"
+#include "Progress.hpp"
 
 namespace Virertsp {
 
@@ -57,12 +58,12 @@ bool Recorder::AddTrack(Player::TrackIdx aIndex, const Settings& aSettings) {
     return false;
 }
 
-void Recorder::Run(Progress& aProgress) {
+void Recorder::Run(Observer& aObserver) {
     for (;;) {
         const bool lTaken = DrainAll();
         const Clock::time_point lNow = Clock::now();
         if (Interrupted() || IsEnough() || IsOver(lTaken, lNow)) { return; }
-        aProgress.Update(mPlayer, lNow);
+        if (!aObserver.Update(mPlayer, lNow)) { return; }
         std::this_thread::sleep_for(mPace.Next(PacketsSinceLast()));
     }
 }

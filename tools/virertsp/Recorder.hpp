@@ -3,9 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "Observer.hpp"
 #include "Pace.hpp"
-#include "Player/MediaPlayer.hpp"
-#include "Progress.hpp"
 #include "TrackRecord.hpp"
 
 namespace Virertsp {
@@ -25,9 +24,9 @@ public:
     /// The player must be playing and outlives this. Throws `Failure` when no track can be written.
     Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings);
 
-    /// Returns when all tracks have ended, enough is recorded or the user wants it. Throws `Failure` and
-    /// `Player::Exception`; what came until then is kept by `Finish`.
-    void Run(Progress& aProgress);
+    /// Returns when all tracks have ended, enough is recorded, or the user or the observer wants it. Throws
+    /// `Failure` and `Player::Exception`; what came until then is kept by `Finish`.
+    void Run(Observer& aObserver);
     /// Completes the files. Throws `Failure`.
     void Finish();
     /// One line per track.
@@ -36,7 +35,7 @@ public:
     int SilentTrack() const;
 
 private:
-    using Clock = Progress::Clock;
+    using Clock = Observer::Clock;
 
     struct Track {
         Player::TrackIdx mIndex;

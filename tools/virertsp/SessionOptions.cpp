@@ -6,7 +6,6 @@
 
 #include "Configuration.hpp"
 #include "Failure.hpp"
-#include "Player/Report.hpp"
 
 namespace Virertsp {
 
@@ -38,7 +37,7 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
     g_set_prgname((std::string("virertsp ") + aArguments[0]).c_str());
     const ContextPtr lContext(g_option_context_new("URL"));
     g_option_context_set_summary(lContext.get(), aSummary);
-    g_option_context_set_description(lContext.get(), ConfigurationHelp().c_str());
+    g_option_context_set_description(lContext.get(), (ConfigurationHelp() + "\n" + ExitCodeHelp()).c_str());
     // The parser's own help would end the program.
     g_option_context_set_help_enabled(lContext.get(), FALSE);
     g_option_context_add_main_entries(lContext.get(), aEntries, nullptr);
@@ -67,8 +66,8 @@ void SessionOptions::TakeURL(int aCount, char** aArguments) {
     }
 }
 
-void SessionOptions::Open(Player::MediaPlayer& aPlayer) const {
-    if (!Verbose()) { Player::SetReporter(nullptr); }
+void SessionOptions::Open(Player::MediaPlayer& aPlayer, Player::Reporter* aReporter) const {
+    if (nullptr != aReporter || !Verbose()) { Player::SetReporter(aReporter); }
     Configure(aPlayer, FALSE != mTCP, mConfig);
     try {
         aPlayer.Play(mURL, Player::Time(0));
@@ -76,6 +75,17 @@ void SessionOptions::Open(Player::MediaPlayer& aPlayer) const {
     if (0 == aPlayer.GetTrackCount()) {
         throw Failure(kExitNothingPlayable, "The presentation has no track of a format that can be played.");
     }
+}
+
+double Seconds(double aValue) {
+    if (!(aValue >= 0 && aValue < 1e9)) { throw Failure(kExitUsage, "--seconds can't be that."); }
+    return aValue;
+}
+
+void Leave(Player::MediaPlayer& aPlayer) {
+    try {
+        aPlayer.Close();
+    } catch (const Player::Exception&) { return; }
 }
 
 }  // namespace Virertsp

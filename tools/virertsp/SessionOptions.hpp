@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Player/MediaPlayer.hpp"
+#include "Player/Report.hpp"
 
 namespace Virertsp {
 
@@ -36,9 +37,9 @@ public:
     const std::string& URL() const { return mURL; }
     bool Verbose() const { return FALSE != mVerbose; }
 
-    /// Silences the library unless its messages were asked for, and plays the location. Throws `Failure`, also
-    /// when no track can be played.
-    void Open(Player::MediaPlayer& aPlayer) const;
+    /// Plays the location. The library's messages go to `aReporter`; without one they are silenced unless they
+    /// were asked for. Throws `Failure`, also when no track can be played.
+    void Open(Player::MediaPlayer& aPlayer, Player::Reporter* aReporter = nullptr) const;
 
 private:
     void TakeURL(int aCount, char** aArguments);
@@ -48,5 +49,11 @@ private:
     gchar** mConfig = nullptr;
     std::string mURL;
 };
+
+/// Gives back what a "--seconds" option may say. Throws `Failure` for other numbers.
+double Seconds(double aValue);
+
+/// Leaves the server. What it thinks of that does not matter any more.
+void Leave(Player::MediaPlayer& aPlayer);
 
 }  // namespace Virertsp

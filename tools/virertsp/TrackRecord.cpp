@@ -2,24 +2,11 @@
 
 #include <cinttypes>
 
+#include "Ending.hpp"
 #include "Player/String.hpp"
 #include "Progress.hpp"
 
 namespace Virertsp {
-
-namespace {
-
-const char* WhyEnded(Player::Reception::End aEnd) {
-    switch (aEnd) {
-        case Player::Reception::End::kRunning: return "stopped here";
-        case Player::Reception::End::kTimedOut: return "media stopped coming";
-        case Player::Reception::End::kEndTime: return "played to its end";
-        case Player::Reception::End::kBye: return "ended by the server";
-    }
-    return "ended";
-}
-
-}  // namespace
 
 void TrackRecord::Write(const Player::Packet& aSample) {
     mWriter->Write(aSample);
@@ -42,7 +29,7 @@ void TrackRecord::Finish() {
 std::string TrackRecord::Summary(const Player::Reception& aReception) const {
     return Player::StringWithFormat("%" PRIu64 " samples, %" PRIu64 " bytes, %s, %u packets, %d lost, %s -> %s",
                                     mSamples, mBytes, FormatTime(Length()).c_str(), aReception.mPacketsReceived,
-                                    aReception.mPacketsLost, WhyEnded(aReception.mEnd), mWriter->Name().c_str());
+                                    aReception.mPacketsLost, EndingPhrase(aReception.mEnd), mWriter->Name().c_str());
 }
 
 }  // namespace Virertsp

@@ -1,7 +1,10 @@
 #include "Writer.hpp"
 
+#include "AdtsWriter.hpp"
+#include "AmrWriter.hpp"
 #include "AnnexBWriter.hpp"
 #include "Failure.hpp"
+#include "M4vWriter.hpp"
 
 namespace Virertsp {
 
@@ -12,15 +15,32 @@ std::unique_ptr<Writer> Make(const Player::Properties& aTrack, const std::string
     return std::make_unique<T>(aTrack, aPath);
 }
 
+void CheckNothing(const Player::Properties& /*aTrack*/) {}
+
 struct Format {
     const char* mName;
     const char* mExtension;
     std::unique_ptr<Writer> (*mMake)(const Player::Properties& aTrack, const std::string& aPath);
+    /// Throws `Failure` for a track of the format that can't be written.
+    void (*mCheck)(const Player::Properties& aTrack);
 };
 
 constexpr Format kFormats[] = {
-    {"H264", ".h264", Make<AnnexBWriter>},
+    {"H264", ".h264", Make<AnnexBWriter>, CheckNothing},
+    {"MP4V-ES", ".m4v", Make<M4vWriter>, CheckNothing},
+    {"MP4A-LATM", ".aac", Make<AdtsWriter>, AdtsWriter::Check},
+    {"mpeg4-generic", ".aac", Make<AdtsWriter>, AdtsWriter::Check},
+    {"AMR", ".amr", Make<AmrWriter>, AmrWriter::Check},
 };
+
+const Format& FormatOf(const Player::Properties& aTrack) {
+    const std::string lName = aTrack.Get("Format");
+    if ("enc-mpeg4-generic" == lName) { throw Failure(kExitNothingPlayable, "It is encrypted, and there is no key."); }
+    for (const Format& lFormat : kFormats) {
+        if (lName == lFormat.mName) { return lFormat; }
+    }
+    throw Failure(kExitNothingPlayable, "There is no file format here for " + lName + ".");
+}
 
 class NullWriter : public Writer {
 public:
@@ -32,11 +52,14 @@ public:
 }  // namespace
 
 std::unique_ptr<Writer> MakeWriter(const Player::Properties& aTrack, const std::string& aBase) {
-    const std::string lName = aTrack.Get("Format");
-    for (const Format& lFormat : kFormats) {
-        if (lName == lFormat.mName) { return lFormat.mMake(aTrack, aBase + lFormat.mExtension); }
-    }
-    throw Failure(kExitNothingPlayable, "There is no file format here for " + lName + ".");
+    const Format& lFormat = FormatOf(aTrack);
+    return lFormat.mMake(aTrack, aBase + lFormat.mExtension);
+}
+
+std::string FileExtension(const Player::Properties& aTrack) {
+    const Format& lFormat = FormatOf(aTrack);
+    lFormat.mCheck(aTrack);
+    return lFormat.mExtension;
 }
 
 std::unique_ptr<Writer> MakeNullWriter() {

@@ -28,6 +28,9 @@ public:
 /// `kExitNothingPlayable` for a track that can't be written, while others may go on.
 std::unique_ptr<Writer> MakeWriter(const Player::Properties& aTrack, const std::string& aBase);
 
+/// What the name of a track's file ends in: ".h264". Throws as `MakeWriter` does, and writes nothing.
+std::string FileExtension(const Player::Properties& aTrack);
+
 /// A writer that drops everything.
 std::unique_ptr<Writer> MakeNullWriter();
 

@@ -3,7 +3,9 @@
 #include <cstring>
 
 #include "Command.hpp"
+#include "Probe.hpp"
 #include "Record.hpp"
+#include "Stats.hpp"
 
 namespace {
 
@@ -11,6 +13,8 @@ using Virertsp::Command;
 
 constexpr Command kCommands[] = {
     {"record", "Play a location and write its tracks to files", Virertsp::RunRecord},
+    {"probe", "Tell what a server says of a location, and what its tracks become", Virertsp::RunProbe},
+    {"stats", "Play a location and show its reception every second", Virertsp::RunStats},
 };
 
 void PrintHelp(std::FILE* aOut) {
@@ -18,18 +22,8 @@ void PrintHelp(std::FILE* aOut) {
     for (const Command& lCommand : kCommands) {
         std::fprintf(aOut, "  %-10s %s\n", lCommand.mName, lCommand.mSummary);
     }
-    std::fprintf(aOut,
-                 "\n\"virertsp COMMAND --help\" shows a command's options.\n"
-                 "\nExit codes:\n"
-                 "  0  all went well\n"
-                 "  1  the system failed\n"
-                 "  2  the command line is wrong\n"
-                 "  3  the server can't be reached, or the connection broke\n"
-                 "  4  the server did not answer in time, or media stopped coming\n"
-                 "  5  the server refused a request\n"
-                 "  6  what the server says can't be understood\n"
-                 "  7  nothing of the presentation can be played or written\n"
-                 "  8  a file can't be written\n");
+    std::fprintf(aOut, "\n\"virertsp COMMAND --help\" shows a command's options.\n\n%s",
+                 Virertsp::ExitCodeHelp().c_str());
 }
 
 }  // namespace

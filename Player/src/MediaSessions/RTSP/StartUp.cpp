@@ -67,7 +67,10 @@ bool RTSP::RecvDescribe(UInt aCSeq) {
         mPipelined = Contains(lHeaders["Supported"], "3gpp-pipelined");
         mSwitchSupported = Contains(lHeaders["Supported"], "3gpp-switch-req-sdp");
     }
-    if (0 != lHeaders.count("Server")) { mServerIsStrand = Contains(lHeaders["Server"], "Quenra Strand"); }
+    if (0 != lHeaders.count("Server")) {
+        mServerIsStrand = Contains(lHeaders["Server"], "Quenra Strand");
+        Report(__FILE__, __LINE__, Severity::Info, "RTSP server: %s", lHeaders["Server"].c_str());
+    }
 
     std::string lBase = URL();
     for (const char* lName : {"Content-Location", "Content-Base"}) {

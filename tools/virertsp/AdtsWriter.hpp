@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+#include "AudioConfig.hpp"
+#include "OutputFile.hpp"
+#include "Writer.hpp"
+
+namespace Virertsp {
+
+/// AAC as an Audio Data Transport Stream (ISO/IEC 14496-3 annex 1.A): each frame behind a header of 7 bytes that
+/// repeats what the description says once.
+class AdtsWriter : public Writer {
+public:
+    static constexpr std::size_t kHeaderSize = 7;
+
+    /// Throws `Failure` for audio whose configuration the headers have no place for.
+    static void Check(const Player::Properties& aTrack);
+
+    AdtsWriter(const Player::Properties& aTrack, const std::string& aPath);
+
+    void Write(const Player::Packet& aSample) override;
+    void Finish() override { mFile.Close(); }
+    std::string Name() const override { return mFile.Path(); }
+
+private:
+    AudioConfig mConfig;
+    OutputFile mFile;
+};
+
+}  // namespace Virertsp

@@ -1,0 +1,66 @@
+#include "Probe.hpp"
+
+#include <cstdio>
+#include <exception>
+
+#include "Failure.hpp"
+#include "Presentation.hpp"
+#include "SessionOptions.hpp"
+
+namespace Virertsp {
+
+namespace {
+
+constexpr char kSummary[] =
+    "Opens a location, tells what the server says and what each track becomes, and leaves again: the server, the\n"
+    "base URL, the range, every property of every track, and how long each request took. No media is waited for.";
+
+/// False when only help was wanted.
+bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, bool& aJson) {
+    gboolean lJson = FALSE;
+    const GOptionEntry lEntries[] = {
+        {"json", 'j', 0, G_OPTION_ARG_NONE, &lJson, "Write one JSON object, on one line", nullptr},
+        {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
+    };
+    const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries);
+    aJson = FALSE != lJson;
+    return lGoOn;
+}
+
+/// Silences the library again before the dialogue goes.
+struct Listening {
+    Listening() = default;
+    Listening(const Listening&) = delete;
+    Listening& operator=(const Listening&) = delete;
+    ~Listening() { Player::SetReporter(nullptr); }
+};
+
+/// Tells what came to light, even when the session failed on the way.
+void Probe(const SessionOptions& aSession, bool aJson) {
+    Dialogue lDialogue(aSession.Verbose());
+    const Listening lListening;
+    ProbePlayer lPlayer;
+    std::exception_ptr lFailure;
+    try {
+        aSession.Open(lPlayer, &lDialogue);
+    } catch (const Failure&) { lFailure = std::current_exception(); }
+    lDialogue.GiveUp();
+    const Presentation lPresentation(aSession.URL(), lPlayer);
+    Leave(lPlayer);
+    if (!lDialogue.Exchanges().empty()) {
+        std::fputs((aJson ? lPresentation.JsonLine(lDialogue) : lPresentation.Text(lDialogue)).c_str(), stdout);
+    }
+    if (lFailure) { std::rethrow_exception(lFailure); }
+}
+
+}  // namespace
+
+int RunProbe(int aCount, char** aArguments) {
+    return Guard([&] {
+        SessionOptions lSession;
+        bool lJson = false;
+        if (ParseArguments(aCount, aArguments, lSession, lJson)) { Probe(lSession, lJson); }
+    });
+}
+
+}  // namespace Virertsp

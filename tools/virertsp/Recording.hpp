@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Recorder.hpp"
+#include "SessionOptions.hpp"
+
+namespace Virertsp {
+
+/// Opens the session and records it to its end. Also when the connection breaks, what came is completed and told
+/// before the failure goes on. Throws `Failure`.
+/// With `aSummary` a line per track goes to standard output.
+void RecordSession(const SessionOptions& aSession, const Recorder::Settings& aSettings, Observer& aObserver,
+                   bool aSummary);
+
+}  // namespace Virertsp

@@ -1,0 +1,51 @@
+#include "Stats.hpp"
+
+#include "Failure.hpp"
+#include "Interrupt.hpp"
+#include "Recording.hpp"
+#include "StatsObserver.hpp"
+
+namespace Virertsp {
+
+namespace {
+
+constexpr char kSummary[] =
+    "Plays a location, drops its media, and shows each track's reception every second; a summary at the end.\n"
+    "Counters run from the beginning; the bit rate is that of the last second, RTP headers included.";
+
+struct Settings {
+    bool mJson = false;
+    double mSeconds = 0;
+};
+
+/// False when only help was wanted.
+bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Settings& aSettings) {
+    gboolean lJson = FALSE;
+    gdouble lSeconds = 0;
+    const GOptionEntry lEntries[] = {
+        {"json", 'j', 0, G_OPTION_ARG_NONE, &lJson, "Write one JSON object per line", nullptr},
+        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much time", "N"},
+        {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
+    };
+    const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries);
+    aSettings.mJson = FALSE != lJson;
+    aSettings.mSeconds = Seconds(lSeconds);
+    return lGoOn;
+}
+
+}  // namespace
+
+int RunStats(int aCount, char** aArguments) {
+    return Guard([&] {
+        SessionOptions lSession;
+        Settings lSettings;
+        if (!ParseArguments(aCount, aArguments, lSession, lSettings)) { return; }
+        CatchInterrupts();
+        Recorder::Settings lDrop;
+        lDrop.mDirectory = "/dev/null";
+        StatsObserver lObserver(lSettings.mJson, lSettings.mSeconds);
+        RecordSession(lSession, lDrop, lObserver, false);
+    });
+}
+
+}  // namespace Virertsp

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <vector>
+
+#include "Observer.hpp"
+#include "TrackStats.hpp"
+
+namespace Virertsp {
+
+/// Prints every track's reception to standard output each second, and a summary at the end.
+class StatsObserver : public Observer {
+public:
+    /// `aSeconds`: when to end; 0 for never. The time runs from the first update.
+    StatsObserver(bool aJson, double aSeconds);
+
+    bool Update(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) override;
+    void Conclude(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) override;
+
+private:
+    void Begin(const Player::MediaPlayer& aPlayer, Clock::time_point aNow);
+    void Take(const Player::MediaPlayer& aPlayer, Clock::time_point aNow);
+    double SecondsUntil(Clock::time_point aNow) const;
+
+    bool mJson;
+    double mLimit;
+    bool mBegun = false;
+    Clock::time_point mStart;
+    Clock::time_point mNext;
+    std::vector<TrackStats> mTracks;
+};
+
+}  // namespace Virertsp
