@@ -359,6 +359,26 @@ TEST_F(RTSPTeardownTest, AStopThatIsRefusedStopsAllTheSame) {
     mHandler.Play(URL(), Time(0));
 }
 
+TEST_F(RTSPTeardownTest, WhatTheServerCanDoIsForgottenWithIt) {
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | Server: Quenra Strand | Supported: 3gpp-pipelined | SDP clip/ text
+        END
+        ACCEPT
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video
+        > SETUP clip/video 2 | UDP 0
+        < 200 2 | Session: 5
+        > PLAY clip 3 | Session: 5 | Range: npt=0.000000-
+        < 200 3 | RTP-Info: url=r/video
+    )");
+    mHandler.Play(URL(), Time(0));
+    mHandler.Close();
+    mHandler.Play(URL(), Time(0));
+    Send(1, 0);
+    EXPECT_FALSE(mHandler.Fill(0)) << "it is buffered first";
+}
+
 TEST_F(RTSPTeardownTest, NumbersStartAnewAfterAStop) {
     Interleave();
     const std::string kPipelined = R"(

@@ -249,8 +249,9 @@ TEST_F(RTSPPlayStateTest, AClipShorterThanTheTargetIsPlayed) {
 }
 
 TEST_F(RTSPPlayStateTest, ASilentFirstTrackDoesNotHoldUpTheOthersForEver) {
-    mPlayer.SetConfigParam("RTSP:TimeOutRTPAfter", "1");
     Start();
+    // The setting counts for the tracks that are there.
+    mPlayer.SetConfigParam("RTSP:TimeOutRTPAfter", "1");
     Send(kAudio, 1, 0);
     EXPECT_FALSE(TakesPacket(kAudio));
     bool lHas = false;

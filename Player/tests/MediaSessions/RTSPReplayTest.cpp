@@ -115,6 +115,35 @@ TEST_F(RTSPReplayTest, ASessionThatWasTornDownIsOverWithoutAConnectionToo) {
     Play();
 }
 
+TEST_F(RTSPReplayTest, WithoutTracksThereIsNothingToSwitch) {
+    Serve(kOneTrack + std::string(R"(
+        > TEARDOWN clip 4 | Session: 5
+        < 454 4
+        > DESCRIBE other 5
+        < 200 5 | SDP other/ video
+        // No ports are left to set it up.
+        > TEARDOWN other 6 | Session: 5
+        < 454 6
+        > DESCRIBE third 7
+        < 200 7 | Supported: 3gpp-switch-req-sdp | SDP third/ video
+        > SETUP third/video 8 | Session: 5 | UDP *
+        < 200 8
+        > PLAY third 9 | Session: 5 | Range: npt=0.000000-
+        < 200 9 | RTP-Info: url=r/video
+    )"));
+    Play();
+    const unsigned lPort = mServer->Media(1).RtpPort();
+    mPlayer.SetConfigParam("RTSP:UseUDPPortsFrom", std::to_string(lPort));
+    mPlayer.SetConfigParam("RTSP:UseUDPPortsTo", std::to_string(lPort + 2));
+    EXPECT_THROW(Play("other"), RTPErr);
+    mPlayer.SetConfigParam("RTSP:UseUDPPortsTo", "");
+    mPlayer.SetConfigParam("RTSP:UseUDPPortsFrom", "");
+    mPlayer.Pause();
+    EXPECT_FALSE(mPlayer.TrackHasPacket(0));
+    Play("third");
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Stopped", "WaitData"));
+}
+
 TEST_F(RTSPReplayTest, FewerTracksThanTheTransportStillHas) {
     Serve(R"(
         > DESCRIBE clip 1
@@ -216,9 +245,10 @@ const std::string kStart = R"(
 /// Leads to another server: the first one is told that it is over, whatever it says to that.
 class RTSPOtherServerTest : public RTSPReplayTest {
 protected:
-    void PlayBoth(const std::string& aEnd) {
+    void PlayBoth(const std::string& aEnd, const std::string& aAwaited = "") {
         Serve(kStart + aEnd);
         Play("clip", Time(5, 2));
+        if (!aAwaited.empty()) { ASSERT_TRUE(mServer->Await(aAwaited)); }
         ScriptedServer lOther(Dialogue(R"(
             > DESCRIBE other 1
             < 200 1 | SDP other/ video
@@ -261,12 +291,15 @@ TEST_F(RTSPOtherServerTest, TheFirstAnswersNonsense) {
 
 TEST_F(RTSPOtherServerTest, TheFirstHasGone) {
     PlayBoth(R"(
+        SPLIT
         RESET
+        NOTIFY gone
         // The request comes over a connection that is opened for it.
         ACCEPT
         > TEARDOWN clip 5 | Session: 5
         RESET
-    )");
+    )",
+             "gone");
 }
 
 /// Holds a TCP port at which nobody listens.

@@ -92,6 +92,40 @@ TEST_F(RTSPStartUpTest, TracksThatAreNotPlayedGetNoSetup) {
     EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering"));
 }
 
+TEST_F(RTSPStartUpTest, TracksTakenOffTheListAreNotOffered) {
+    class Picky : public RecordingHandler {
+    public:
+        void SelectTracks(const SharedPtr<Properties, SharedObject>& aSession,
+                          std::list<SharedPtr<Properties, SharedObject>>& aTracks) override {
+            aTracks.remove_if([](const auto& aTrack) { return aTrack->Is("MediaType", "video"); });
+            RecordingHandler::SelectTracks(aSession, aTracks);
+        }
+    };
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video audio
+        > SETUP clip/audio 2
+        < 200 2 | Session: 5
+        > PLAY clip 3
+        < 200 3 | RTP-Info: url=r/video
+        > TEARDOWN clip 4
+        < 200 4
+        > DESCRIBE clip 5
+        < 200 5 | SDP clip/ video
+        // Nothing is left. Playing asks again.
+        > DESCRIBE clip 6
+        < 404 6
+    )");
+    Picky lHandler;
+    lHandler.Play(URL(), Time(0));
+    EXPECT_THAT(lHandler.TakeCalls(), ElementsAre("SelectTracks audio", "AvailableRange 0 0", "AcceptTrack audio",
+                                                  "audio: Flush", "PlayingRange 0 0", "audio: State=WaitData"));
+    lHandler.Play(URL(), Time(0));
+    EXPECT_THAT(lHandler.TakeCalls(),
+                ElementsAre("audio: State=Stopped", "Reset", "SelectTracks", "AvailableRange 0 0"));
+    EXPECT_THROW(lHandler.Play(URL(), Time(0)), RTSPErr);
+}
+
 TEST_F(RTSPStartUpTest, EveryFormatFindsItsDepacketizer) {
     Serve(R"(
         > DESCRIBE clip 1

@@ -251,6 +251,41 @@ TEST_F(RTSPTrackSetUpTest, TimesCountFromRTPInfoAndRange) {
     EXPECT_EQ(Time(20, 1), lEnd) << "an open range goes to the end of the description's";
 }
 
+TEST_F(RTSPTrackSetUpTest, ARangeIsThatOfEveryTrack) {
+    mPlayer.SetConfigParam("RTSP:TargetRTPBuffer", "0");
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | Server: Quenra Strand | SDP clip/ text video audio
+        > SETUP clip/video 2 | UDP 0
+        < 200 2 | Session: 5
+        > SETUP clip/audio 3 | Session: 5 | UDP 1
+        < 200 3
+        > PLAY clip 4
+        < 200 4 | RTP-Info: url=r/video;rtptime=90000,url=r/audio;rtptime=8000 | Range: npt=12.5-14
+    )");
+    Play();
+    for (const TrackIdx lTrack : {0U, 1U}) {
+        const std::uint32_t lSecond = 0 == lTrack ? 90000 : 8000;
+        const auto lPacket = [&](unsigned aSeq) {
+            return RtpPacket()
+                .Type(96 + lTrack)
+                .Seq(aSeq)
+                .Timestamp((aSeq + 1) * lSecond)
+                .Marker()
+                .Payload({0x44, 0x44, 1, 2, 3, 4, 5})
+                .Build();
+        };
+        mServer->Media(lTrack).SendRtp(lPacket(1));
+        EXPECT_EQ(Time(27, 2), mPlayer.GetTrackPacket(lTrack)->PlayTime());
+        EXPECT_EQ(nullptr, mPlayer.GetTrackPacket(lTrack).Ptr());
+        EXPECT_FALSE(mPlayer.IsTrackEnded(lTrack)) << "half a second is missing";
+        mServer->Media(lTrack).SendRtp(lPacket(2));
+        EXPECT_EQ(Time(29, 2), mPlayer.GetTrackPacket(lTrack)->PlayTime());
+        EXPECT_EQ(nullptr, mPlayer.GetTrackPacket(lTrack).Ptr());
+        EXPECT_TRUE(mPlayer.IsTrackEnded(lTrack));
+    }
+}
+
 TEST_F(RTSPTrackSetUpTest, RangesInEveryForm) {
     struct Case {
         const char* mRange;
