@@ -28,6 +28,24 @@ def clip(seconds):
     return path
 
 
+def visual_clip(frames):
+    """An MP4 file of MPEG-4 visual. The encoder's own time stamps are of no use, so the container gets new ones."""
+    path = CLIPS / f"visual-{frames}.mp4"
+    if not path.exists():
+        CLIPS.mkdir(parents=True, exist_ok=True)
+        stream = path.with_suffix(f".{os.getpid()}.m4v")
+        unfinished = path.with_suffix(f".{os.getpid()}.mp4")
+        subprocess.run(
+            ["gst-launch-1.0", "-q", "videotestsrc", f"num-buffers={frames}", "!",
+             "video/x-raw,width=320,height=240,framerate=25/1", "!", "avenc_mpeg4", "!", "filesink",
+             f"location={stream}"], check=True, timeout=PATIENCE)
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-r", "25", "-f", "m4v", "-i", str(stream), "-c", "copy",
+                        str(unfinished)], check=True, timeout=PATIENCE)
+        stream.unlink()
+        unfinished.rename(path)
+    return path
+
+
 @contextlib.contextmanager
 def server(*options):
     """Runs the server program and gives its URL."""
@@ -44,16 +62,26 @@ def server(*options):
         process.stdout.close()
 
 
+def run(command, url, *options):
+    """Runs a command of virertsp and gives the finished process with what it printed."""
+    return subprocess.run([VIRERTSP, command, url, *options], capture_output=True, text=True, timeout=PATIENCE)
+
+
 def record(url, directory, *options):
-    """Runs "virertsp record" and gives the finished process with what it printed."""
-    return subprocess.run([VIRERTSP, "record", url, "--output", str(directory), *options], capture_output=True,
-                          text=True, timeout=PATIENCE)
+    return run("record", url, "--output", str(directory), *options)
 
 
 def start_code_units(data):
     """The NAL units of a byte stream (Annex B) in which every start code has four bytes."""
     assert data.startswith(b"\0\0\0\1")
     return data[4:].split(b"\0\0\0\1")
+
+
+def units_of_stream(data):
+    """The NAL units of a byte stream with start codes of three bytes and more."""
+    units = data.replace(b"\0\0\0\1", b"\0\0\1").split(b"\0\0\1")
+    assert not units[0]
+    return [unit.rstrip(b"\0") for unit in units[1:]]
 
 
 def length_units(data):
@@ -100,3 +128,15 @@ def count_frames(path):
          "-of", "csv=p=0", str(path)], check=True, capture_output=True, text=True, timeout=PATIENCE)
     assert not result.stderr, result.stderr
     return int(result.stdout)
+
+
+def count_samples(path, rate, channels):
+    """How many samples a decoder makes of each channel in the file, which must be of this kind."""
+    kind = subprocess.run(
+        ["ffprobe", "-v", "error", "-show_entries", "stream=sample_rate,channels", "-of", "csv=p=0", str(path)],
+        check=True, capture_output=True, text=True, timeout=PATIENCE).stdout.strip()
+    assert kind == f"{rate},{channels}", kind
+    result = subprocess.run(["ffmpeg", "-v", "error", "-i", str(path), "-f", "s16le", "-"], check=True,
+                            capture_output=True, timeout=PATIENCE)
+    assert not result.stderr, result.stderr
+    return len(result.stdout) // (2 * channels)

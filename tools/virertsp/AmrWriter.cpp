@@ -45,8 +45,7 @@ void AmrWriter::Check(const Player::Properties& aTrack) {
     }
 }
 
-AmrWriter::AmrWriter(const Player::Properties& aTrack, const std::string& aPath) : mFile(aPath) {
-    Check(aTrack);
+AmrWriter::AmrWriter(const Player::Properties& /*aTrack*/, const std::string& aPath) : mFile(aPath) {
     mFile.Write(kMagic, sizeof(kMagic) - 1);
 }
 

@@ -53,6 +53,8 @@ public:
 
 std::unique_ptr<Writer> MakeWriter(const Player::Properties& aTrack, const std::string& aBase) {
     const Format& lFormat = FormatOf(aTrack);
+    // A file that can't become anything is not begun.
+    lFormat.mCheck(aTrack);
     return lFormat.mMake(aTrack, aBase + lFormat.mExtension);
 }
 

@@ -3,27 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "Failure.hpp"
-#include "Scratch.hpp"
+#include "Written.hpp"
 
 namespace Virertsp {
 namespace {
 
-using Player::Byte;
-using Player::Packet;
-using Player::Time;
-
 std::string Written(const std::string& aParameters, const std::vector<std::string>& aSamples) {
-    const Scratch lScratch;
-    Player::Properties lTrack;
-    lTrack.Insert("Format", "H264");
-    lTrack.Insert("FmtParams", aParameters);
-    const auto lWriter = MakeWriter(lTrack, lScratch.Path("track0"));
-    EXPECT_EQ(lScratch.Path("track0.h264"), lWriter->Name());
-    for (const std::string& lSample : aSamples) {
-        lWriter->Write(Packet(Time(0), lSample.data(), static_cast<Player::UInt>(lSample.size())));
-    }
-    lWriter->Finish();
-    return lScratch.Contents("track0.h264");
+    return Virertsp::Written(Track("H264", aParameters), ".h264", aSamples);
 }
 
 const std::string kStart("\0\0\0\1", 4);
@@ -44,18 +30,6 @@ TEST(AnnexBWriterTest, LengthsBecomeStartCodes) {
 TEST(AnnexBWriterTest, ALengthBeyondTheSampleIsCut) {
     EXPECT_EQ(kStart + "\x65\x88", Written("", {{"\xff\xff\xff\xff\x65\x88", 6}}));
     EXPECT_EQ(kStart + "\x65", Written("", {{"\0\0\0\1\x65\0\0\0", 8}}));
-}
-
-TEST(WriterTest, AnUnknownFormatIsRefusedByName) {
-    Player::Properties lTrack;
-    lTrack.Insert("Format", "VP8");
-    try {
-        MakeWriter(lTrack, "nowhere");
-        FAIL();
-    } catch (const Failure& lFailure) {
-        EXPECT_EQ(kExitNothingPlayable, lFailure.Code());
-        EXPECT_STREQ("There is no file format here for VP8.", lFailure.what());
-    }
 }
 
 TEST(OutputFileTest, FailuresNameTheFile) {

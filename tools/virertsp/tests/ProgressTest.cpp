@@ -38,8 +38,9 @@ TEST(ProgressTest, ALineSaysItAll) {
 TEST(ProgressTest, NothingIsShownOutsideATerminal) {
     std::FILE* const lFile = std::tmpfile();
     Progress lProgress(lFile);
-    lProgress.Update(Player::MediaPlayer(), Progress::Clock::now() + std::chrono::hours(1));
-    lProgress.Clear();
+    const Player::MediaPlayer lPlayer;
+    EXPECT_TRUE(lProgress.Update(lPlayer, Progress::Clock::now() + std::chrono::hours(1)));
+    lProgress.Conclude(lPlayer, Progress::Clock::now());
     EXPECT_EQ(0, std::ftell(lFile));
     std::fclose(lFile);
 }

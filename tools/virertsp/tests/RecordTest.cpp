@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "Command.hpp"
-#include "Player/Report.hpp"
+#include "Outcome.hpp"
 #include "Scratch.hpp"
 #include "support/Packets.hpp"
 #include "support/ScriptedServer.hpp"
@@ -17,29 +17,8 @@ using TestSupport::Hex;
 using TestSupport::RtpPacket;
 using TestSupport::ScriptedServer;
 
-/// What a run of the command left behind.
-struct Outcome {
-    int mCode;
-    std::string mOutput;
-    std::string mErrors;
-};
-
-Outcome Record(std::vector<std::string> aArguments) {
-    aArguments.insert(aArguments.begin(), "record");
-    std::vector<char*> lPointers;
-    lPointers.reserve(aArguments.size() + 1);
-    for (std::string& lArgument : aArguments) {
-        lPointers.push_back(lArgument.data());
-    }
-    lPointers.push_back(nullptr);
-    ::testing::internal::CaptureStdout();
-    ::testing::internal::CaptureStderr();
-    Outcome lOutcome;
-    lOutcome.mCode = RunRecord(static_cast<int>(aArguments.size()), lPointers.data());
-    lOutcome.mOutput = ::testing::internal::GetCapturedStdout();
-    lOutcome.mErrors = ::testing::internal::GetCapturedStderr();
-    Player::SetDefaultReporter();
-    return lOutcome;
+Outcome Record(const std::vector<std::string>& aArguments) {
+    return RunCommand(RunRecord, aArguments);
 }
 
 /// A description with these media lines.
@@ -62,7 +41,7 @@ constexpr char kVideo[] =
     "S| a=control:video\n";
 
 constexpr char kPlayInterleaved[] = R"(
-    C: SETUP rtsp://127.0.0.1:{port}/clip/video RTSP/1.0
+    C: SETUP {*}
     C...
     S: RTSP/1.0 200 OK
     S: CSeq: 2
@@ -109,6 +88,65 @@ TEST(RecordTest, WritesWhatThePlayerDelivers) {
               lScratch.Contents("out/track0.h264"));
     // 3600 ticks of 1/90000 s, cut to units of 2^-32 s and then to nanoseconds.
     EXPECT_EQ("0\n39999999\n", lScratch.Contents("out/track0.times"));
+}
+
+constexpr char kEncrypted[] =
+    "S| m=audio 0 RTP/AVP 97\n"
+    "S| a=rtpmap:97 enc-mpeg4-generic/44100\n"
+    "S| a=fmtp:97 mode=AAC-hbr;config=1210;sizelength=13;indexlength=3;indexdeltalength=3\n"
+    "S| a=control:audio\n";
+
+constexpr char kPlayBoth[] = R"(
+    C: SETUP {*}
+    C...
+    S: RTSP/1.0 200 OK
+    S: CSeq: 2
+    S: Session: 1
+    S: Transport: RTP/AVP/TCP;unicast;interleaved=0-1;ssrc=00000006
+    S:
+    C: SETUP {*}
+    C...
+    S: RTSP/1.0 200 OK
+    S: CSeq: 3
+    S: Transport: RTP/AVP/TCP;unicast;interleaved=2-3;ssrc=00000007
+    S:
+    C: PLAY {*}
+    C...
+    S: RTSP/1.0 200 OK
+    S: CSeq: 4
+    S: RTP-Info: url=rtsp://127.0.0.1:{port}/clip/video;seq=1;rtptime=9000
+    S:
+    SPLIT
+)";
+
+constexpr char kTeardownBoth[] = R"(
+    C: TEARDOWN {*}
+    C...
+    S: RTSP/1.0 200 OK
+    S: CSeq: 5
+    S:
+)";
+
+TEST(RecordTest, EncryptedAudioIsDroppedWhileVideoGoesOn) {
+    const Scratch lScratch;
+    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(7), TestSupport::Goodbye(7));
+    ScriptedServer lServer(Describe(std::string(kVideo) + kEncrypted) + kPlayBoth + Media() + "S$ 3 " + Hex(lBye) +
+                           "\n" + kTeardownBoth);
+    const Outcome lOutcome = Record({lServer.URL(), "--tcp", "-o", lScratch.Path("out")});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitOk, lOutcome.mCode);
+    EXPECT_EQ("virertsp: track 1 is dropped: It is encrypted, and there is no key.\n", lOutcome.mErrors);
+    EXPECT_THAT(lOutcome.mOutput, StartsWith("track 0: H264, 2 samples, 12 bytes, "));
+    EXPECT_THAT(lOutcome.mOutput, ::testing::EndsWith("ended by the server -> nowhere\n"));
+    EXPECT_THAT(lScratch.Contents("out/track0.h264"), ::testing::EndsWith("\x41\x9a"));
+}
+
+TEST(RecordTest, NothingButEncryptedAudio) {
+    const Scratch lScratch;
+    ScriptedServer lServer(Describe(kEncrypted) + kPlayInterleaved + kTeardown);
+    const Outcome lOutcome = Record({lServer.URL(), "--tcp", "-o", lScratch.Path("out")});
+    EXPECT_EQ(kExitNothingPlayable, lOutcome.mCode);
+    EXPECT_THAT(lOutcome.mErrors, ::testing::EndsWith("virertsp: No track of the presentation can be written.\n"));
 }
 
 TEST(RecordTest, ADeviceSwallowsEverything) {
@@ -207,7 +245,7 @@ TEST(RecordTest, HelpListsTheKeys) {
     const Outcome lOutcome = Record({"--help"});
     EXPECT_EQ(kExitOk, lOutcome.mCode);
     EXPECT_EQ("", lOutcome.mErrors);
-    EXPECT_THAT(lOutcome.mOutput, StartsWith("Usage:\n  virertsp record [OPTION"));
+    EXPECT_THAT(lOutcome.mOutput, StartsWith("Usage:\n  virertsp command [OPTION"));
     EXPECT_THAT(lOutcome.mOutput, HasSubstr("  RTSP:TimeOutAfter             seconds to wait for the server (10)\n"));
 }
 
