@@ -85,6 +85,18 @@ Player::SharedPtr<Player::Packet, Player::SharedObject> PlayerAccess::TakePacket
     return lPlayer->GetTrackPacket(aTrack);
 }
 
+void PlayerAccess::TakeIn() {
+    const Hold lPlayer(*this);
+    try {
+        lPlayer->TakeIn();
+    } catch (const std::exception& lException) {
+        Player::Report(__FILE__, __LINE__, Player::Severity::Error, "Taking in: %s", lException.what());
+    } catch (const Player::Exception&) {
+        // Reported where it was thrown.
+        return;
+    }
+}
+
 void PlayerAccess::DropUnplayed() {
     for (const unsigned int lTrack : m_unplayed) {
         // What fails here fails for the played track as well, if that needs it, and is told there.

@@ -46,6 +46,8 @@ public:
 
     /// The track's next packet, or null; reads from the network.
     Player::SharedPtr<Player::Packet, Player::SharedObject> TakePacket(unsigned int aTrack);
+    /// Reads what has arrived and keeps it; never throws. What fails here is told by `TakePacket`.
+    void TakeIn();
     /// A copy of the track's description, good without the lock.
     Player::Properties TrackInfo(unsigned int aTrack);
 

@@ -17,6 +17,9 @@ namespace {
 /// A track without data says so this often, in microseconds.
 constexpr int kNoDataReportInterval = 500000;
 
+/// Between two looks at the sockets while a track without data sleeps, in microseconds.
+constexpr int kTakeInInterval = 20000;
+
 }  // namespace
 
 Stream::Stream(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack,
@@ -169,8 +172,17 @@ void Stream::handle_got_packet() {
     m_controller->stream_controller_status(kOk, m_track);
 }
 
+/// Sleeps for one interval. A socket holds less of a fast stream than comes in that time, so it is emptied
+/// now and then.
+void Stream::rest() {
+    for (int lSlept = 0; lSlept < kPollInterval; lSlept += kTakeInInterval) {
+        usleep(kTakeInInterval);
+        m_player.TakeIn();
+    }
+}
+
 void Stream::handle_no_packet() {
-    usleep(kPollInterval);
+    rest();
     m_noDataTime += kPollInterval;
     bool lEnded = false;
     bool lTimedOut = false;

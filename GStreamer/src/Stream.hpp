@@ -78,6 +78,7 @@ private:
     /// `task_process`, with a failure told once and counted as no packet.
     bool process_guarded();
     void handle_got_packet();
+    void rest();
     void handle_no_packet();
     void handle_end(bool aTimedOut);
 

@@ -37,6 +37,10 @@ bool MediaHandler::Fill(UInt aTrack) {
     return SessionFor("Fill").Fill(aTrack);
 }
 
+void MediaHandler::TakeIn() {
+    SessionFor("TakeIn").TakeIn();
+}
+
 void MediaHandler::Seek(Time aTo) {
     SessionFor("Seek").Seek(*this, aTo);
 }

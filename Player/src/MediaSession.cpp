@@ -2,6 +2,8 @@
 
 namespace Player {
 
+void MediaSession::TakeIn() {}
+
 Reception MediaSession::TrackReception(UInt /*aTrack*/) const {
     return Reception();
 }

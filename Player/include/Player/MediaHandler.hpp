@@ -25,6 +25,8 @@ public:
     bool Produce(UInt aTrack);
     bool Fetch(UInt aTrack);
     bool Fill(UInt aTrack);
+    /// Keeps sockets from overflowing while no packets are asked for.
+    void TakeIn();
     void Seek(Time aTo);
     void Pause();
     void Resume();

@@ -35,6 +35,9 @@ public:
     /// Both: takes in and delivers.
     virtual bool Produce(UInt aTrack) = 0;
 
+    /// Reads what has arrived while playing and keeps it; delivers nothing. For an owner that will not ask for
+    /// packets for a while: sockets hold little of a fast stream.
+    virtual void TakeIn();
     /// Figures for tools; all zero for a track that is not there.
     virtual Reception TrackReception(UInt aTrack) const;
 };

@@ -39,6 +39,7 @@ public:
     bool Fill(UInt aTrack) override;
     bool Fetch(UInt aTrack) override;
     bool Produce(UInt aTrack) override;
+    void TakeIn() override;
     Reception TrackReception(UInt aTrack) const override;
 
 private:

@@ -87,6 +87,24 @@ TEST_F(RTSPPlayStateTest, WaitsForDataThenBuffersThenPlays) {
     EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering", "Playing"));
 }
 
+TEST_F(RTSPPlayStateTest, TakesInWithoutDelivering) {
+    Start("Quenra Strand");
+    Send(kVideo, 1, 0);
+    mPlayer.TakeIn();
+    EXPECT_THAT(States(), ElementsAre("WaitData")) << "the first media is left to whoever asks for it";
+    EXPECT_EQ(0U, mPlayer.GetTrackReception(kVideo).mPacketsReceived);
+    EXPECT_TRUE(TakesPacket(kVideo));
+
+    Send(kVideo, 2, 1);
+    Send(kAudio, 1, 1);
+    mPlayer.TakeIn();
+    EXPECT_EQ(2U, mPlayer.GetTrackReception(kVideo).mPacketsReceived);
+    EXPECT_EQ(1U, mPlayer.GetTrackReception(kAudio).mPacketsReceived);
+    EXPECT_EQ(Time(0), mPlayer.TrackLatestTime(kVideo)) << "nothing is queued for the track";
+    EXPECT_TRUE(TakesPacket(kVideo));
+    EXPECT_TRUE(TakesPacket(kAudio));
+}
+
 TEST_F(RTSPPlayStateTest, TheSameWithinTheConnection) {
     Interleave();
     Serve(R"(

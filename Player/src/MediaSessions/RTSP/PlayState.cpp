@@ -36,6 +36,11 @@ bool RTSP::Fetch(UInt aTrack) {
     return Playing == mState && aTrack < mTracksAdded && mTransport->FetchTrack(aTrack);
 }
 
+void RTSP::TakeIn() {
+    // Before that the first media to arrive changes the state, so it must be `Produce` that sees it.
+    if (Playing == mState) { mTransport->Fill(); }
+}
+
 bool RTSP::Produce(UInt aTrack) {
     if (!IsActive() || aTrack >= mTracksAdded) { return false; }
     if (WaitData == mState) {
