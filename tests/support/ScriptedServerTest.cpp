@@ -202,6 +202,16 @@ TEST(ScriptedServerTest, FramesOfTheClientArePutAside) {
     EXPECT_EQ(Bytes{5}, lServer.Frames()[0].mPayload);
 }
 
+TEST(ScriptedServerTest, AFrameHasTheRightChannelAndPayload) {
+    for (const char* lExpected : {"3 05", "1 06", "1 05 05"}) {
+        ScriptedServer lServer(std::string("C$ ") + lExpected);
+        Client lClient(lServer.Port());
+        lClient.Send(AsText(InterleavedFrame(1, {5})));
+        EXPECT_EQ("line 1 of the script: \n    the client sent 1 05\n    instead of      " + std::string(lExpected),
+                  lServer.Failure());
+    }
+}
+
 TEST(ScriptedServerTest, SendsDatagramsToTheCapturedPorts) {
     const UdpPeer lReceiver;
     ScriptedServer lServer(R"(
