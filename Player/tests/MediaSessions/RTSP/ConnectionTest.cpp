@@ -1,5 +1,6 @@
 #include "MediaSessions/RTSP/Connection.hpp"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 
 #include <thread>
@@ -346,6 +347,28 @@ TEST_F(ConnectionTest, DrainingTakesWhatIsThereAndDoesNotWait) {
     EXPECT_TRUE(mConnection.IsOpen());
 }
 
+/// The status flags of the only descriptor that is connected to this port.
+int FlagsOfClientTo(const std::string& aPort) {
+    int lFlags = -1;
+    for (int lSocket = 0; lSocket < 1024; ++lSocket) {
+        sockaddr_in lAddress = {};
+        socklen_t lSize = sizeof(lAddress);
+        if (0 != getpeername(lSocket, reinterpret_cast<sockaddr*>(&lAddress), &lSize)) { continue; }
+        if (AF_INET == lAddress.sin_family && std::to_string(ntohs(lAddress.sin_port)) == aPort) {
+            lFlags = fcntl(lSocket, F_GETFL);
+        }
+    }
+    return lFlags;
+}
+
+TEST_F(ConnectionTest, TheSocketIsInBlockingModeBetweenCalls) {
+    Connect();
+    EXPECT_EQ(O_RDWR, FlagsOfClientTo(mPeer.Port()) & (O_RDWR | O_NONBLOCK));
+    mPeer.Deliver("abc");
+    EXPECT_TRUE(mConnection.FillInterleavedBuf());
+    EXPECT_EQ(O_RDWR, FlagsOfClientTo(mPeer.Port()) & (O_RDWR | O_NONBLOCK));
+}
+
 TEST_F(ConnectionTest, DrainingLeavesTheRestOfAFloodForLater) {
     Connect();
     constexpr UInt kFlood = 1000000;
@@ -353,7 +376,7 @@ TEST_F(ConnectionTest, DrainingLeavesTheRestOfAFloodForLater) {
     UInt lTotal = 0;
     while (lTotal < kFlood) {
         mConnection.FillInterleavedBuf();
-        ASSERT_LE(mConnection.Left(), kMostDrained);
+        EXPECT_LE(mConnection.Left(), kMostDrained);
         lTotal += mConnection.Left();
         mConnection.Skip(mConnection.Left());
         mConnection.Normalize();

@@ -829,6 +829,27 @@ TEST(MessagesCutShortTest, AConnectionThatEndsWithinAFrameIsARefusal) {
     }
 }
 
+// ---------------------------------------------------------------------------- long silence before
+
+TEST_F(MessagesTest, EveryResponseIsAwaitedAnew) {
+    EXPECT_TRUE(Recv(kOk));
+    mConnection.StartWait(Connection::Clock::now() - std::chrono::hours(1));
+    EXPECT_TRUE(Recv(kOk));
+}
+
+TEST(MessagesInPiecesTest, ARequestWithinTheMediaIsAwaitedAnew) {
+    ScriptedServer lServer(
+        "S~ OPTIONS * \nNOTIFY begun\nSPLIT\nS~ RTSP/1.0\\r\\nCSeq: 4\\r\\n\\r\\n\n"
+        "C: RTSP/1.0 501 Not Implemented\nC: CSeq: 4\nC:\n");
+    const ReportCapture lReports;
+    Receiver lReceiver(10);
+    lReceiver.Connect("127.0.0.1:" + std::to_string(lServer.Port()));
+    EXPECT_TRUE(lServer.Await("begun"));
+    lReceiver.mConnection.StartWait(Connection::Clock::now() - std::chrono::hours(1));
+    EXPECT_TRUE(lReceiver.mMessages.RecvInterleavedPackets());
+    EXPECT_EQ("", lServer.Failure());
+}
+
 // ---------------------------------------------------------------------------- floods
 
 class MessagesFloodTest : public MessagesTest {
