@@ -34,7 +34,10 @@ GstBuffer* NewBufferFromHex(const gchar* aHex) {
 }  // namespace
 
 bool CodecStream::caps_are_valid() {
-    GstCaps* const lDescribed = create_caps(player().TrackInfo(track()));
+    const Player::Properties lInfo = player().TrackInfo(track());
+    // Two formats that are described without a configuration would make for the same caps here.
+    if (!lInfo.Is("Format", format())) { return false; }
+    GstCaps* const lDescribed = create_caps(lInfo);
     GstCaps* const lCurrent = CurrentCaps(pad());
     const bool lEqual = nullptr != lCurrent && gst_caps_is_equal(lDescribed, lCurrent);
     if (nullptr != lCurrent) { gst_caps_unref(lCurrent); }

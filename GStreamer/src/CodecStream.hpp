@@ -20,6 +20,8 @@ protected:
         gint64 mPosition;
     };
 
+    /// The "Format" of the tracks that the stream plays.
+    virtual const char* format() const = 0;
     /// New caps from the track's description, which is read anew at each start.
     virtual GstCaps* create_caps(const Player::Properties& aInfo) = 0;
     /// The offset of the next buffer.

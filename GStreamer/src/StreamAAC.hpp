@@ -9,7 +9,10 @@ class StreamAAC : public CodecStream {
 public:
     StreamAAC(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack);
 
+    static constexpr const char* kFormat = "MP4A-LATM";
+
 private:
+    const char* format() const override { return kFormat; }
     GstCaps* create_caps(const Player::Properties& aInfo) override;
     guint64 next_offset() override { return 0; }
     Segment segment_from(GstClockTime aStart) const override;

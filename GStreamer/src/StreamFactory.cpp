@@ -11,9 +11,9 @@ Stream* StreamFactory::CreateStream(GstElement* aElement, StreamController* aCon
     const Player::Properties lInfo = aPlayer.TrackInfo(aTrack);
     if (!lInfo.Has("Format")) { return nullptr; }
     const std::string lFormat = lInfo.Get("Format");
-    if ("H264" == lFormat) { return new StreamH264(aElement, aController, aPlayer, aTrack); }
-    if ("MP4A-LATM" == lFormat) { return new StreamAAC(aElement, aController, aPlayer, aTrack); }
-    if ("MP4V-ES" == lFormat) { return new StreamMP4V(aElement, aController, aPlayer, aTrack); }
+    if (StreamH264::kFormat == lFormat) { return new StreamH264(aElement, aController, aPlayer, aTrack); }
+    if (StreamAAC::kFormat == lFormat) { return new StreamAAC(aElement, aController, aPlayer, aTrack); }
+    if (StreamMP4V::kFormat == lFormat) { return new StreamMP4V(aElement, aController, aPlayer, aTrack); }
     throw "7630: Failed to play: no valid media session";
 }
 

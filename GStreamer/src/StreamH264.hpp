@@ -14,7 +14,10 @@ public:
     static void GetDecoderSpecificInfo(const std::string& aSprop, std::string& aBytes, unsigned int& aWidth,
                                        unsigned int& aHeight);
 
+    static constexpr const char* kFormat = "H264";
+
 private:
+    const char* format() const override { return kFormat; }
     GstCaps* create_caps(const Player::Properties& aInfo) override;
     guint64 next_offset() override { return m_offset++; }
     Segment segment_from(GstClockTime aStart) const override { return {-1, static_cast<gint64>(aStart)}; }

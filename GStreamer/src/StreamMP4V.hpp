@@ -9,7 +9,10 @@ class StreamMP4V : public CodecStream {
 public:
     StreamMP4V(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack);
 
+    static constexpr const char* kFormat = "MP4V-ES";
+
 private:
+    const char* format() const override { return kFormat; }
     GstCaps* create_caps(const Player::Properties& aInfo) override;
     guint64 next_offset() override { return m_offset++; }
     Segment segment_from(GstClockTime aStart) const override;

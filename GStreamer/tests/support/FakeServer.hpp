@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "Player/MediaPlayer.hpp"
+#include "Player/Player.hpp"
 
 namespace ElementTest {
 
