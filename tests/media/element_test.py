@@ -97,12 +97,12 @@ class LaunchTest(unittest.TestCase):
                          r"width=\(int\)320, height=\(int\)240, codec_data=\(buffer\)[0-9a-f]+\n")
 
     def test_a_refusal_is_told_in_words(self):
-        # This launcher does not look for messages when the start fails; the log has them.
+        # This launcher does not look at the bus when the start fails: it shows no message, the log has the words.
         with element.serve(element.av_clip()) as url:
             status, _, errors = self.tools.try_launch(f"virertspsrc location={url}/other ! fakesink",
-                                                      "--gst-debug-level=2", "--gst-debug-no-color")
+                                                      "--gst-debug-level=1", "--gst-debug-no-color")
         self.assertNotEqual(0, status)
-        self.assertIn(f"Playing {url}/other failed: the server has no such presentation (404); check the path.", errors)
+        self.assertIn("DESCRIBE failed: 404 Not Found", errors)
 
     def test_inspect(self):
         output = self.tools.inspect("virertspsrc")
