@@ -15,7 +15,7 @@ bool IsUpperControl(const std::string& aText, std::size_t aAt) {
 
 std::string ValidUtf8(const std::string& aText) {
     gchar* const lValid = g_utf8_make_valid(aText.data(), static_cast<gssize>(aText.size()));
-    const std::string lText = lValid;
+    std::string lText = lValid;
     g_free(lValid);
     return lText;
 }
