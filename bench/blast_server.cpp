@@ -130,13 +130,9 @@ private:
     Bytes mHeld;
 };
 
-bool HasInput(int aSocket) {
-    pollfd lPoll{aSocket, POLLIN, 0};
-    return 0 < ::poll(&lPoll, 1, 0);
-}
-
-/// Sends until the client says anything on the control connection or leaves.
-void Blast(const Stream& aStream, Sender aSender, int aControl, std::uint16_t& aSeq) {
+/// Sends until the client has another request or leaves: `aIsWanted` then tells.
+template <typename IsWanted>
+void Blast(const Stream& aStream, Sender aSender, std::uint16_t& aSeq, IsWanted aIsWanted) {
     const std::size_t lBody = kPacketSize - kHeaderSize - kFragmentHeader;
     const std::size_t lPackets = (aStream.mUnit.size() - 1 + lBody - 1) / lBody;
     const auto lStep = std::chrono::nanoseconds(1000000000LL / kUnitsPerSecond / static_cast<long long>(lPackets));
@@ -160,11 +156,11 @@ void Blast(const Stream& aStream, Sender aSender, int aControl, std::uint16_t& a
                            aStream.mUnit.begin() + static_cast<std::ptrdiff_t>(lTo));
             aSender.Send(lPacket);
             if (Clock::now() < lDue) {
-                if (!aSender.Flush() || HasInput(aControl)) { return; }
+                if (!aSender.Flush() || !aIsWanted()) { return; }
                 std::this_thread::sleep_until(lDue);
             }
         }
-        if (!aSender.Flush() || HasInput(aControl)) { return; }
+        if (!aSender.Flush() || !aIsWanted()) { return; }
     }
 }
 
@@ -190,7 +186,8 @@ public:
                 Answer(lRequest, "Session: 1\r\nTransport: " + SetUp(HeaderOf(lRequest, "Transport")) + "\r\n", "");
             } else if ("PLAY" == lMethod) {
                 Answer(lRequest, PlayHeaders(), "");
-                Blast(mStream, Sender(mInterleaved ? mControl : mMedia, mInterleaved), mControl, mSeq);
+                Blast(mStream, Sender(mInterleaved ? mControl : mMedia, mInterleaved), mSeq,
+                      [this] { return !HasRequest() && (!HasInput() || (Read() && !HasRequest())); });
             } else {
                 Answer(lRequest, "Public: DESCRIBE, SETUP, PLAY, TEARDOWN\r\n", "");
             }
@@ -198,26 +195,38 @@ public:
     }
 
 private:
-    bool Receive(std::string& aRequest) {
-        for (;;) {
-            // Receiver reports of an interleaved client come between requests.
-            while (mIn.size() >= 4 && '$' == mIn[0]) {
-                const std::size_t lSize =
-                    4U + static_cast<std::uint8_t>(mIn[2]) * 256U + static_cast<std::uint8_t>(mIn[3]);
-                if (mIn.size() < lSize) { break; }
-                mIn.erase(0, lSize);
-            }
-            const std::size_t lEnd = mIn.empty() || '$' == mIn[0] ? std::string::npos : mIn.find("\r\n\r\n");
-            if (std::string::npos != lEnd) {
-                aRequest = mIn.substr(0, lEnd + 4);
-                mIn.erase(0, lEnd + 4);
-                return true;
-            }
-            char lData[4096];
-            const ssize_t lSize = ::recv(mControl, lData, sizeof(lData), 0);
-            if (lSize <= 0) { return false; }
-            mIn.append(lData, static_cast<std::size_t>(lSize));
+    bool HasInput() const {
+        pollfd lPoll{mControl, POLLIN, 0};
+        return 0 < ::poll(&lPoll, 1, 0);
+    }
+
+    /// Takes in what the client sends. False when it is gone.
+    bool Read() {
+        char lData[4096];
+        const ssize_t lSize = ::recv(mControl, lData, sizeof(lData), 0);
+        if (lSize <= 0) { return false; }
+        mIn.append(lData, static_cast<std::size_t>(lSize));
+        return true;
+    }
+
+    /// Drops the receiver reports of an interleaved client, which come between requests.
+    bool HasRequest() {
+        while (mIn.size() >= 4 && '$' == mIn[0]) {
+            const std::size_t lSize = 4U + static_cast<std::uint8_t>(mIn[2]) * 256U + static_cast<std::uint8_t>(mIn[3]);
+            if (mIn.size() < lSize) { return false; }
+            mIn.erase(0, lSize);
         }
+        return !mIn.empty() && '$' != mIn[0] && std::string::npos != mIn.find("\r\n\r\n");
+    }
+
+    bool Receive(std::string& aRequest) {
+        while (!HasRequest()) {
+            if (!Read()) { return false; }
+        }
+        const std::size_t lEnd = mIn.find("\r\n\r\n") + 4;
+        aRequest = mIn.substr(0, lEnd);
+        mIn.erase(0, lEnd);
+        return true;
     }
 
     void Answer(const std::string& aRequest, const std::string& aHeaders, const std::string& aBody) const {

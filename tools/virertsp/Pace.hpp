@@ -9,7 +9,7 @@ namespace Virertsp {
 class Pace {
 public:
     static constexpr std::chrono::milliseconds kShortest{1};
-    static constexpr std::chrono::milliseconds kLongest{5};
+    static constexpr std::chrono::milliseconds kLongest{10};
 
     /// `aPackets`: how many packets came since the last call.
     std::chrono::milliseconds Next(unsigned aPackets);

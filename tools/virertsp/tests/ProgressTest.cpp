@@ -48,12 +48,12 @@ TEST(ProgressTest, NothingIsShownOutsideATerminal) {
 TEST(PaceTest, IdleLooksGrowRareAndBurstsBringThemBack) {
     Pace lPace;
     EXPECT_EQ(2, lPace.Next(0).count());
-    for (int i = 0; i < 10; ++i) {
+    for (int i = 0; i < 20; ++i) {
         lPace.Next(0);
     }
-    EXPECT_EQ(5, lPace.Next(23).count());
-    EXPECT_EQ(5, lPace.Next(24).count());
-    EXPECT_EQ(5, lPace.Next(63).count());
+    EXPECT_EQ(10, lPace.Next(23).count());
+    EXPECT_EQ(10, lPace.Next(24).count());
+    EXPECT_EQ(10, lPace.Next(63).count());
     EXPECT_EQ(1, lPace.Next(64).count());
     EXPECT_EQ(1, lPace.Next(24).count());
     EXPECT_EQ(2, lPace.Next(23).count());
