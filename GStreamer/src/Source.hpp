@@ -24,8 +24,8 @@ namespace nsGstVireRtspSrc {
 ///
 /// Locks, in the order in which they may be taken:
 ///   1. m_stateMutex      whole transitions; held while the server is waited for.
-///   2. a task's lock     GStreamer holds it around a loop iteration. Whoever waits for an iteration has
-///                        paused or stopped the task before, and holds 1 alone.
+///   2. a task's lock     GStreamer holds it while the task runs. Whoever takes it has paused or stopped the
+///                        task before, to wait for the iteration in progress, and holds 1 alone.
 ///   3. m_bufferingMutex  a buffering message is decided and posted in one.
 ///   4. the player mutex  every call into the library.
 ///   5. leaves            m_streamsMutex (then a stream's status mutex); those inside Settings, Network and

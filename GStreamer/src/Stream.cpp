@@ -79,6 +79,7 @@ void Stream::task_wait() {
 void Stream::task_destroy() {
     if (nullptr == m_task) { return; }
     m_running = false;
+    gst_task_stop(m_task);
     task_wait();
     gst_task_join(m_task);
     gst_object_unref(m_task);

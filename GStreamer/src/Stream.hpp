@@ -35,7 +35,8 @@ public:
     bool task_run();
     bool task_pause();
     bool task_stop();
-    /// Returns when no loop iteration is in progress. Call it when the task is paused and the pad flushes.
+    /// Returns when no loop iteration is in progress. The task has been paused or stopped before: while it runs,
+    /// GStreamer keeps the lock from one iteration to the next.
     void task_wait();
     bool task_is_running() const;
     /// Whether the loop is still meant to go on: neither paused nor stopped nor about to be deleted.
@@ -88,7 +89,7 @@ private:
     PlayerAccess& m_player;
     const unsigned int m_track;
     GstTask* m_task = nullptr;
-    GStaticRecMutex m_taskLock;  ///< Held by GStreamer around each iteration.
+    GStaticRecMutex m_taskLock;  ///< Held by GStreamer while the task runs.
     std::atomic<bool> m_running{false};
     StreamStatus m_status = kOk;       ///< Under m_statusMutex.
     std::atomic<int> m_noDataTime{0};  ///< Microseconds since the last packet or report.

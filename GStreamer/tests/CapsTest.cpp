@@ -54,10 +54,11 @@ constexpr const char* kAACCaps =
 
 TEST(Caps, H264WithParameterSets) {
     const DebugCapture lLog("virertsp_streamH264");
-    ExpectCaps(std::string(kH264Caps) +
-                   ", width=(int)320, height=(int)240, codec_data=(buffer)0142c015ffe1001c6742c015d90141fb016a0c0c0d4a00"
-                   "0003000200000300651e2c5c9001000468cb8cb2",
-               CapsFor(With(FakeServer::H264(), "FmtParams", std::string("packetization-mode=1; ") + kSprop)));
+    ExpectCaps(
+        std::string(kH264Caps) +
+            ", width=(int)320, height=(int)240, codec_data=(buffer)0142c015ffe1001c6742c015d90141fb016a0c0c0d4a00"
+            "0003000200000300651e2c5c9001000468cb8cb2",
+        CapsFor(With(FakeServer::H264(), "FmtParams", std::string("packetization-mode=1; ") + kSprop)));
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Set Width = 320\n"));
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Set Hight = 240\n"));
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_INFO, "H264 pad-added"));
@@ -76,8 +77,7 @@ TEST(Caps, H264WithParameterSetsThatCannotBeRead) {
 
 TEST(Caps, MP4VWithConfiguration) {
     // A simple profile configuration of 176x144 pixels.
-    const std::string lConfig =
-        "000001b001000001b5090000010000000120008440fa282c2090a21f";
+    const std::string lConfig = "000001b001000001b5090000010000000120008440fa282c2090a21f";
     const DebugCapture lLog("virertsp_streamMP4V");
     ExpectCaps(std::string(kMP4VCaps) + ", width=(int)176, height=(int)144, codec_data=(buffer)" + lConfig,
                CapsFor(With(FakeServer::MP4V(), "FmtParams", "profile-level-id=1; config=" + lConfig)));
@@ -113,7 +113,8 @@ TEST(Caps, AACWithEmptyChannelsHasOne) {
 }
 
 TEST(Caps, AACWithAConfigurationThatIsNoneHasNoCodecData) {
-    for (const char* lConfig : {"config=40", "config=", "config=80002420", "config=ff", "config=4000242", "conf=4000"}) {
+    for (const char* lConfig :
+         {"config=40", "config=", "config=80002420", "config=ff", "config=4000242", "conf=4000"}) {
         SCOPED_TRACE(lConfig);
         ExpectCaps(kAACCaps, CapsFor({{"Format", "MP4A-LATM"}, {"FmtParams", lConfig}}));
     }

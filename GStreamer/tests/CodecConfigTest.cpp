@@ -101,9 +101,10 @@ TEST(AvcRecord, AnEmptyPieceIsASetOfItsOwn) {
     // The PPS is third and does not count; the second is empty.
     const Record lRecord = RecordOf(std::string(kSps) + ",," + kPps);
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_ERROR, "Parameter vector has size: 3 != 2\n"));
-    EXPECT_EQ("01 00 c0 00 ff e1 00 1c 67 42 c0 15 d9 01 41 fb 01 6a 0c 0c 0d 4a 00 00 03 00 02 00 00 03 00 65 1e 2c 5c "
-              "90 01 00 00",
-              lRecord.mBytes);
+    EXPECT_EQ(
+        "01 00 c0 00 ff e1 00 1c 67 42 c0 15 d9 01 41 fb 01 6a 0c 0c 0d 4a 00 00 03 00 02 00 00 03 00 65 1e 2c 5c "
+        "90 01 00 00",
+        lRecord.mBytes);
     EXPECT_EQ(0U, lRecord.mWidth);
     EXPECT_EQ(0U, lRecord.mHeight);
 }
@@ -127,12 +128,8 @@ TEST(LatmConfig, MovesWhatFollowsTheFirst15BitsToTheFront) {
         const char* mMuxConfig;
         const char* mConfig;
     } lCases[] = {
-        {"40 00 24 20", "12 10 00"},
-        {"40 00 23 10", "11 88 00"},
-        {"00 01", "80"},
-        {"40 01 ff", "ff 80"},
-        {"7f fe 00 00", "00 00 00"},
-        {"40 00 8b 18 38 83 80", "45 8c 1c 41 c0 00"},
+        {"40 00 24 20", "12 10 00"}, {"40 00 23 10", "11 88 00"}, {"00 01", "80"},
+        {"40 01 ff", "ff 80"},       {"7f fe 00 00", "00 00 00"}, {"40 00 8b 18 38 83 80", "45 8c 1c 41 c0 00"},
     };
     for (const auto& lCase : lCases) {
         SCOPED_TRACE(lCase.mMuxConfig);

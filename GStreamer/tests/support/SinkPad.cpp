@@ -5,7 +5,14 @@
 
 namespace ElementTest {
 
-SinkPad::SinkPad(GstPad* aSource) : mPad(gst_pad_new("sink", GST_PAD_SINK)), mSource(GST_PAD(gst_object_ref(aSource))) {
+namespace {
+
+GstStaticPadTemplate gTemplate = GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("ANY"));
+
+}  // namespace
+
+SinkPad::SinkPad(GstPad* aSource)
+    : mPad(gst_pad_new_from_static_template(&gTemplate, "sink")), mSource(GST_PAD(gst_object_ref(aSource))) {
     gst_pad_set_element_private(mPad, this);
     SetChain<OnBuffer>(mPad);
     gst_pad_set_event_function(mPad, OnEvent);
