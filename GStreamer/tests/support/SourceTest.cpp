@@ -62,7 +62,7 @@ Player::MediaPlayer* MakePlayer() {
 }
 
 /// "VIDEO 1 0.0 0.5": a packet per time.
-std::string Media(std::istringstream& aWords, bool aIsVideo) {
+std::string Media(std::istringstream& aWords, bool aIsVideo, const std::string& aTrack) {
     std::string lScript;
     unsigned lSeq = 0;
     aWords >> lSeq;
@@ -72,7 +72,7 @@ std::string Media(std::istringstream& aWords, bool aIsVideo) {
         const Bytes lPayload = aIsVideo ? Bytes{0x65, lLast} : Bytes{0x02, 0xaa, lLast};
         const RtpPacket lPacket =
             RtpPacket().Type(aIsVideo ? 96 : 97).Ssrc(kSsrc).Seq(lSeq).Timestamp(lStamp).Marker().Payload(lPayload);
-        lScript += std::string("RTP ") + (aIsVideo ? "0 " : "1 ") + TestSupport::Hex(lPacket.Build()) + "\n";
+        lScript += "RTP " + aTrack + " " + TestSupport::Hex(lPacket.Build()) + "\n";
     }
     return lScript;
 }
@@ -107,8 +107,8 @@ std::string Script(const std::string& aDialogue) {
         std::istringstream lWords(lLine);
         std::string lWord;
         lWords >> lWord;
-        if ("VIDEO" == lWord || "AUDIO" == lWord) {
-            lScript += Media(lWords, "VIDEO" == lWord);
+        if ("VIDEO" == lWord || "VIDEO1" == lWord || "AUDIO" == lWord) {
+            lScript += Media(lWords, "AUDIO" != lWord, "VIDEO" == lWord ? "0" : "1");
         } else if ("BYE" == lWord) {
             lScript += Bye(lWords);
         } else if ("PAUSE" == lWord || "TEARDOWN" == lWord) {

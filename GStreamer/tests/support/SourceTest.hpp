@@ -22,7 +22,8 @@ using TestSupport::ScriptedServer;
 ///
 /// In addition to the shorthand of `Dialogue` there are
 ///     VIDEO 1 0.0 0.5      access units of track 0, sequence numbers from 1, at these seconds
-///     AUDIO 1 1 0.0 0.5    the same for AAC, of track 1
+///     VIDEO1 1 0.0 0.5     the same to the ports of track 1
+///     AUDIO 1 0.0 0.5      the same for AAC, to the ports of track 1
 ///     BYE 0                the end of track 0
 ///     PAUSE, TEARDOWN      that request, whatever its number; it succeeds
 /// and "AAC" in a description, which stands for a track of MPEG-4 audio that the element plays.
