@@ -161,6 +161,8 @@ TEST_F(RTSPPipelinedTest, WhenPortsRunOutTheConnectionStartsAnew) {
     mPlayer.SetConfigParam("RTSP:UseUDPPortsTo", std::to_string(lPort + 2));
     mPlayer.SetConfigParam("RTSP:UseLocalIP", "127.0.0.2");
     ExpectThrows<RTPErr>(1, "OverUDP::Track(): Failed to create UDP port pair", [this] { Play(); });
+    EXPECT_EQ(2U, mPlayer.GetTrackCount()) << "of which one has no ports";
+    EXPECT_EQ(0U, mPlayer.GetTrackReception(1).mPacketsReceived);
     mPlayer.SetConfigParam("RTSP:UseUDPPortsTo", "");
     mPlayer.SetConfigParam("RTSP:UseUDPPortsFrom", "");
     Play();

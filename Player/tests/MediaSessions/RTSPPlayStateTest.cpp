@@ -75,13 +75,13 @@ TEST_F(RTSPPlayStateTest, WaitsForDataThenBuffersThenPlays) {
 
     // Once it plays, what is there is handed out, one access unit a time, whatever is left.
     EXPECT_EQ(Time(3 * kTicks[kVideo] + 1, kTicks[kVideo]), mPlayer.TrackLatestTime(kVideo));
-    EXPECT_EQ(Time(0), mPlayer.GetTrackPacket(kVideo)->PlayTime());
+    EXPECT_EQ(Time(0), TakeSample(kVideo));
     EXPECT_EQ(Time(1, kTicks[kVideo]), mPlayer.GetTrackReception(kVideo).mBufferedTime);
-    EXPECT_EQ(Time(3, 1), mPlayer.GetTrackPacket(kVideo)->PlayTime());
+    EXPECT_EQ(Time(3, 1), TakeSample(kVideo));
     EXPECT_TRUE(TakesPacket(kVideo));
     EXPECT_FALSE(TakesPacket(kVideo));
     Send(kVideo, 4, 4 * kTicks[kVideo]);
-    EXPECT_EQ(Time(4, 1), mPlayer.GetTrackPacket(kVideo)->PlayTime());
+    EXPECT_EQ(Time(4, 1), TakeSample(kVideo));
     Send(kAudio, 1, 0);
     EXPECT_TRUE(TakesPacket(kAudio));
     EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering", "Playing"));

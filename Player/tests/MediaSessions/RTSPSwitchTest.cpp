@@ -89,9 +89,7 @@ TEST_F(RTSPSwitchTest, TheNewPresentationsFormatCounts) {
     Play();
     Play("other");
     ASSERT_TRUE(mServer->Await("sent"));
-    const auto lSample = mPlayer.GetTrackPacket(0);
-    ASSERT_TRUE(lSample);
-    EXPECT_EQ(Time(1, 2), lSample->PlayTime());
+    EXPECT_EQ(Time(1, 2), TakeSample(0));
     EXPECT_EQ(2U, mPlayer.GetTrackReception(0).mPacketsReceived);
 }
 
@@ -265,7 +263,12 @@ TEST_F(RTSPSwitchTest, SettingUpAnewConnectsAgainWhenTheServerCloses) {
         > DESCRIBE other 7
         < 200 7 | SDP other/ text
     )");
+    mReports.Clear();
     Switch();
+    const auto lReports = mReports.Messages(Severity::Info);
+    const auto lConnected = std::find(lReports.begin(), lReports.end(), "Connected to IP: 127.0.0.1");
+    ASSERT_NE(lReports.end(), lConnected);
+    EXPECT_EQ("RTSP: State -> Stopped", lConnected[1]) << "at once, not when the next request needs it";
 }
 
 TEST_F(RTSPSwitchTest, AServerThatEndsInsteadOfAnsweringIsSetUpAnew) {

@@ -242,8 +242,8 @@ TEST_F(RTSPTrackSetUpTest, TimesCountFromRTPInfoAndRange) {
     SetPacket("second", 11, 90000 + 90000);
     Play();
     ASSERT_TRUE(mServer->Await("sent"));
-    EXPECT_EQ(Time(13, 1), mPlayer.GetTrackPacket(0)->PlayTime());
-    EXPECT_EQ(Time(27, 2), mPlayer.GetTrackPacket(0)->PlayTime());
+    EXPECT_EQ(Time(13, 1), TakeSample(0));
+    EXPECT_EQ(Time(27, 2), TakeSample(0));
     Time lBegin;
     Time lEnd;
     mPlayer.GetPlayingRange(lBegin, lEnd);
@@ -276,11 +276,11 @@ TEST_F(RTSPTrackSetUpTest, ARangeIsThatOfEveryTrack) {
                 .Build();
         };
         mServer->Media(lTrack).SendRtp(lPacket(1));
-        EXPECT_EQ(Time(27, 2), mPlayer.GetTrackPacket(lTrack)->PlayTime());
+        EXPECT_EQ(Time(27, 2), TakeSample(lTrack));
         EXPECT_EQ(nullptr, mPlayer.GetTrackPacket(lTrack).Ptr());
         EXPECT_FALSE(mPlayer.IsTrackEnded(lTrack)) << "half a second is missing";
         mServer->Media(lTrack).SendRtp(lPacket(2));
-        EXPECT_EQ(Time(29, 2), mPlayer.GetTrackPacket(lTrack)->PlayTime());
+        EXPECT_EQ(Time(29, 2), TakeSample(lTrack));
         EXPECT_EQ(nullptr, mPlayer.GetTrackPacket(lTrack).Ptr());
         EXPECT_TRUE(mPlayer.IsTrackEnded(lTrack));
     }

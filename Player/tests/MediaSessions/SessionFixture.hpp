@@ -29,6 +29,11 @@ protected:
     }
     std::string URL(const std::string& aPath = "clip") const { return mServer->URL(aPath); }
     void Play(const std::string& aPath = "clip", Time aFrom = Time(0)) { mPlayer.Play(URL(aPath), aFrom); }
+    /// Takes the track's next sample out and tells its play time; -1 when there is none.
+    Time TakeSample(TrackIdx aTrack) {
+        const auto lSample = mPlayer.GetTrackPacket(aTrack);
+        return lSample ? lSample->PlayTime() : Time(-1);
+    }
     /// RTP within the RTSP connection.
     void Interleave() {
         mPlayer.SetConfigParam("RTSP:UseInterleavedRTP", "1");
