@@ -64,18 +64,12 @@ private:
     std::vector<std::pair<Player::UInt, unsigned>> mExceptions;
 };
 
-void Force(GstElement* aElement, GstState aState) {
-    GST_OBJECT_LOCK(aElement);
-    GST_STATE(aElement) = aState;
-    GST_OBJECT_UNLOCK(aElement);
-}
-
 /// One stream on its own, for track 1 of what is described; its element is said to be PLAYING.
 class StreamAlone : public ::testing::Test {
 protected:
     ~StreamAlone() override {
         if (nullptr != mStream) { Stream::destroy(mStream); }
-        Force(mElement.Get(), GST_STATE_NULL);
+        mElement.Force(GST_STATE_NULL);
     }
 
     template <typename T>
@@ -83,7 +77,7 @@ protected:
         mServer.Describe({FakeServer::AAC(), aDescription});
         PlayerAccess::Hold(mPlayer)->Play("rtsp://host", Player::Time(0));
         mStream = new T(mElement.Get(), &mController, mPlayer, 1);
-        Force(mElement.Get(), GST_STATE_PLAYING);
+        mElement.Force(GST_STATE_PLAYING);
     }
     void MakeH264() { Make<nsGstVireRtspSrc::StreamH264>(FakeServer::H264()); }
 
@@ -216,13 +210,13 @@ TEST_F(StreamAlone, ReportsItsTimeOutOnceAndIdles) {
 
 TEST_F(StreamAlone, DoesNothingWhileTheElementIsPaused) {
     MakeH264();
-    Force(mElement.Get(), GST_STATE_PAUSED);
+    mElement.Force(GST_STATE_PAUSED);
     mServer.Push(1, 1, "x");
     mStream->task_run();
     std::this_thread::sleep_for(kALittle);
     EXPECT_EQ(1U, mServer.Queued(1));
     EXPECT_FALSE(mStream->task_is_running());
-    Force(mElement.Get(), GST_STATE_PLAYING);
+    mElement.Force(GST_STATE_PLAYING);
     EXPECT_TRUE(mStream->task_is_running());
     EXPECT_TRUE(Sink().Await("buffer"));
 }

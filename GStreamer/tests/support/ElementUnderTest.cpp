@@ -64,6 +64,12 @@ GstState ElementUnderTest::State() const {
     return lState;
 }
 
+void ElementUnderTest::Force(GstState aState) {
+    GST_OBJECT_LOCK(mElement);
+    GST_STATE(mElement) = aState;
+    GST_OBJECT_UNLOCK(mElement);
+}
+
 bool ElementUnderTest::Play(const char* aLocation) {
     SetText("location", aLocation);
     return GST_STATE_CHANGE_FAILURE != Set(GST_STATE_READY) && GST_STATE_CHANGE_FAILURE != Set(GST_STATE_PAUSED) &&

@@ -28,6 +28,8 @@ public:
     GstElement* Get() const { return mElement; }
     GstStateChangeReturn Set(GstState aState) { return gst_element_set_state(mElement, aState); }
     GstState State() const;
+    /// Says that the element is in that state, without any transition.
+    void Force(GstState aState);
     /// To PLAYING, one step after the other; false when one failed.
     bool Play(const char* aLocation = "rtsp://host/clip");
 

@@ -143,6 +143,11 @@ void FakeServer::End(unsigned aTrack, const std::string& aWhy) {
     mMedia[aTrack].push_back({0, 0, "", aWhy});
 }
 
+void FakeServer::Forget() {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mMedia.clear();
+}
+
 void FakeServer::On(const std::string& aOperation, std::function<void()> aAction) {
     const std::lock_guard<std::mutex> lLock(mMutex);
     mActions[aOperation] = std::move(aAction);

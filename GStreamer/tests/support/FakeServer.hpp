@@ -39,6 +39,9 @@ public:
     /// "Timeout", "Bye" or "EndTime", behind what was pushed.
     void End(unsigned aTrack, const std::string& aWhy);
 
+    /// Drops the media and the ends that were not taken.
+    void Forget();
+
     /// From now on the operation ("Play", "Pause", "Produce" ...) does this, and may throw.
     void On(const std::string& aOperation, std::function<void()> aAction);
     void Clear(const std::string& aOperation) { On(aOperation, nullptr); }

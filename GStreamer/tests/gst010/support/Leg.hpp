@@ -81,6 +81,10 @@ inline void AddLogFunction(GstLogFunction aFunction, gpointer aData) {
     gst_debug_add_log_function(aFunction, aData);
 }
 
+inline void SetSyncHandler(GstBus* aBus, GstBusSyncHandler aHandler, gpointer aData) {
+    gst_bus_set_sync_handler(aBus, aHandler, aData);
+}
+
 inline const char* FactoryField(GstElementFactory* aFactory, const char* aField) {
     const std::string lField(aField);
     if ("long-name" == lField) { return gst_element_factory_get_longname(aFactory); }

@@ -93,6 +93,10 @@ inline void AddLogFunction(GstLogFunction aFunction, gpointer aData) {
     gst_debug_add_log_function(aFunction, aData, nullptr);
 }
 
+inline void SetSyncHandler(GstBus* aBus, GstBusSyncHandler aHandler, gpointer aData) {
+    gst_bus_set_sync_handler(aBus, aHandler, aData, nullptr);
+}
+
 inline const char* FactoryField(GstElementFactory* aFactory, const char* aField) {
     return gst_element_factory_get_metadata(aFactory, aField);
 }

@@ -1,0 +1,149 @@
+#include <chrono>
+#include <thread>
+
+#include "support/DebugCapture.hpp"
+#include "support/SourceFixture.hpp"
+
+// Tests that wait for the timer's 1.5 seconds.
+
+namespace ElementTest {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr gint64 kSecond = 1000000000;
+constexpr auto kLongerThanTheTimer = std::chrono::milliseconds(1900);
+
+class PauseTimer : public SourceFixture {};
+
+}  // namespace
+
+TEST_F(PauseTimer, AnElementThatStaysPausedHasItsServerPaused) {
+    ServeH264();
+    const DebugCapture lLog("virertsp_source");
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    const Clock::time_point lStart = Clock::now();
+    mServer.TakeCalls();
+    ASSERT_TRUE(Eventually([this] { return Texts{"Pause"} == mServer.TakeCalls(); }));
+    EXPECT_GE(Clock::now() - lStart, std::chrono::milliseconds(1400));
+    EXPECT_LE(Clock::now() - lStart, std::chrono::milliseconds(3000));
+    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Element still in PAUSED state -> Pause server"));
+    mServer.Push(0, kSecond, "x");
+    EXPECT_EQ(GST_STATE_CHANGE_SUCCESS, mElement.Set(GST_STATE_PLAYING));
+    EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
+    ASSERT_TRUE(mElement.Sink(0)->Await("buffer"));
+    EXPECT_EQ(LegPreamble(), LegPreamble());
+    EXPECT_EQ(1U, mElement.Sink(0)->Count("flush-stop"));
+}
+
+TEST_F(PauseTimer, ALossBetweenPausingAndPlayingResumesWhereThereIsNoPosition) {
+    ServeH264();
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    mServer.TakeCalls();
+    ASSERT_TRUE(Eventually([this] { return Texts{"Pause"} == mServer.TakeCalls(); }));
+    mElement.SetNetwork(false);
+    mElement.Force(GST_STATE_PLAYING);
+    mElement.SetNetwork(true);
+    EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
+    mElement.Force(GST_STATE_PAUSED);
+    mServer.Push(0, kSecond, "x");
+    mElement.Set(GST_STATE_PLAYING);
+    EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
+}
+
+TEST_F(PauseTimer, AnElementThatPlaysIsLeftAlone) {
+    ServeH264();
+    StartPlaying();
+    std::this_thread::sleep_for(kLongerThanTheTimer);
+    EXPECT_EQ(Texts(), mServer.TakeCalls());
+}
+
+TEST_F(PauseTimer, WithoutNetworkTheServerCountsAsPausedUnasked) {
+    ServeH264();
+    const DebugCapture lLog("virertsp_source");
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    mElement.SetNetwork(false);
+    ASSERT_TRUE(Eventually(
+        [&lLog] { return 1 == lLog.Count(GST_LEVEL_DEBUG, "Element still in PAUSED state -> Pause server"); }));
+    mElement.SetNetwork(true);
+    mServer.TakeCalls();
+    mServer.Push(0, kSecond, "x");
+    mElement.Set(GST_STATE_PLAYING);
+    EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
+}
+
+TEST_F(PauseTimer, ARefusedPauseIsTold) {
+    ServeH264();
+    mServer.On("Pause", Throws<Player::RTSPErr>(0x455));
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    EXPECT_TRUE(mElement.AwaitMessage("error 1115221"));
+    mServer.Push(0, kSecond, "x");
+    mServer.TakeCalls();
+    mElement.Set(GST_STATE_PLAYING);
+    EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
+}
+
+class PauseTimerGone : public PauseTimer, public ::testing::WithParamInterface<GstState> {};
+
+TEST_P(PauseTimerGone, AnElementThatWentDownIsLeftAlone) {
+    ServeH264();
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    mElement.Set(GetParam());
+    mServer.TakeCalls();
+    std::this_thread::sleep_for(kLongerThanTheTimer);
+    EXPECT_EQ(Texts(), mServer.TakeCalls());
+}
+
+INSTANTIATE_TEST_SUITE_P(States, PauseTimerGone, ::testing::Values(GST_STATE_READY, GST_STATE_NULL));
+
+TEST_F(PauseTimer, ComesAgainAfterItWasTakenBack) {
+    ServeH264();
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    mElement.Set(GST_STATE_READY);
+    std::this_thread::sleep_for(std::chrono::milliseconds(800));
+    mServer.Push(0, 0, "x");
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, mElement.Set(GST_STATE_PAUSED));
+    mServer.TakeCalls();
+    // The first would have come now.
+    std::this_thread::sleep_for(std::chrono::milliseconds(900));
+    EXPECT_EQ(Texts(), mServer.TakeCalls());
+    EXPECT_TRUE(Eventually([this] { return Texts{"Pause"} == mServer.TakeCalls(); }));
+}
+
+TEST_F(PauseTimer, ATimerThatFiredBeforeATransitionTookItBackDoesNothing) {
+    ServeH264();
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    mServer.TakeCalls();
+    // A new location holds the state lock over the moment at which the timer fires.
+    mServer.Push(0, kSecond, "x");
+    mServer.Block("Play");
+    std::thread lChange([this] { mElement.SetText("location", "rtsp://host/b"); });
+    ASSERT_TRUE(mServer.AwaitBlocked());
+    std::this_thread::sleep_for(kLongerThanTheTimer);
+    std::thread lPlay([this] { mElement.Set(GST_STATE_READY); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    mServer.Release();
+    lChange.join();
+    lPlay.join();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const Texts lCalls = mServer.TakeCalls();
+    // Whoever of the two got the lock first.
+    EXPECT_TRUE((Texts{"Play rtsp://host/b 0.000000"}) == lCalls ||
+                (Texts{"Play rtsp://host/b 0.000000", "Pause"}) == lCalls);
+    EXPECT_EQ(GST_STATE_READY, mElement.State());
+}
+
+TEST_F(PauseTimer, ElementsThatAreGoneWhenItFires) {
+    ServeH264();
+    for (int lRound = 0; lRound < 20; ++lRound) {
+        ElementUnderTest lElement;
+        mServer.Push(0, 0, "x");
+        lElement.SetText("location", "rtsp://host/clip");
+        ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, lElement.Set(GST_STATE_PAUSED));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10 * lRound));
+    }
+    std::this_thread::sleep_for(kLongerThanTheTimer);
+}
+
+}  // namespace ElementTest
