@@ -11,6 +11,30 @@ namespace {
 
 using std::chrono::milliseconds;
 
+/// Media without end for both tracks. A change waits for a packet, which a task may have taken before it:
+/// there is always another.
+class Feeder {
+public:
+    explicit Feeder(FakeServer& aServer)
+        : mThread([this, &aServer] {
+              while (!mDone) {
+                  aServer.Push(0, 1, "x");
+                  aServer.Push(1, 1, "y");
+                  std::this_thread::sleep_for(milliseconds(1));
+              }
+          }) {}
+    Feeder(const Feeder&) = delete;
+    Feeder& operator=(const Feeder&) = delete;
+    ~Feeder() {
+        mDone = true;
+        mThread.join();
+    }
+
+private:
+    std::atomic<bool> mDone{false};
+    std::thread mThread;
+};
+
 class SourceThreads : public testing::Test {
 protected:
     SourceThreads() {
@@ -70,23 +94,18 @@ TEST_F(SourceThreads, ASetterWaitsForNoServer) {
 TEST_F(SourceThreads, SeeksAndChannelsFromSeveralThreads) {
     ElementUnderTest lElement;
     ASSERT_TRUE(lElement.Play());
-    const auto lFeed = [this] {
-        mServer.Push(0, 1, "x");
-        mServer.Push(1, 1, "y");
-    };
-    std::thread lSeeker([&] {
+    const Feeder lFeeder(mServer);
+    std::thread lSeeker([&lElement] {
         for (int lRound = 0; lRound < 20; ++lRound) {
-            lFeed();
             lElement.Seek(GST_SECOND);
         }
     });
-    std::thread lSwitcher([&] {
+    std::thread lSwitcher([&lElement] {
         for (int lRound = 0; lRound < 20; ++lRound) {
             lElement.SetNetwork(0 != lRound % 2);
         }
     });
     for (int lRound = 0; lRound < 20; ++lRound) {
-        lFeed();
         lElement.SetText("location", 0 == lRound % 2 ? "rtsp://host/a" : "rtsp://host/b");
     }
     lSeeker.join();
@@ -112,12 +131,7 @@ class SourceFails : public SourceThreads, public testing::WithParamInterface<Fai
 /// Whatever fails in it, each step returns and the next start works.
 TEST_P(SourceFails, NothingIsThrownThroughTheElement) {
     ElementUnderTest lElement;
-    const auto lFeed = [this] {
-        for (long long lPacket = 0; lPacket < 5; ++lPacket) {
-            mServer.Push(0, lPacket, "x");
-            mServer.Push(1, lPacket, "y");
-        }
-    };
+    const Feeder lFeeder(mServer);
     lElement.SetText("location", "rtsp://host/clip");
     lElement.Set(GST_STATE_READY);
     if (std::string("Play") == GetParam().mOperation) {
@@ -131,27 +145,21 @@ TEST_P(SourceFails, NothingIsThrownThroughTheElement) {
     lElement.TakeMessages();
     mServer.On(GetParam().mOperation, GetParam().mThrow);
     lElement.SetText("referrer", "x");
-    lFeed();
     EXPECT_TRUE(lElement.Seek(GST_SECOND));
-    lFeed();
     lElement.SetText("location", "rtsp://host/other");
-    lFeed();
     EXPECT_NE(GST_STATE_CHANGE_FAILURE, lElement.Set(GST_STATE_PAUSED));
     lElement.SetNetwork(false);
     lElement.SetNetwork(true);
-    lFeed();
     EXPECT_NE(GST_STATE_CHANGE_FAILURE, lElement.Set(GST_STATE_PLAYING));
     for (unsigned lTrack : {0U, 1U}) {
         const SinkPad* const lSink = lElement.Sink(lTrack);
         EXPECT_EQ(lSink->Count("flush-start"), lSink->Count("flush-stop")) << lSink->Kinds();
     }
-    lFeed();
     EXPECT_NE(GST_STATE_CHANGE_FAILURE, lElement.Set(GST_STATE_READY));
     EXPECT_NE(GST_STATE_CHANGE_FAILURE, lElement.Set(GST_STATE_NULL));
     EXPECT_THAT(lElement.TakeMessages({"warning"}), testing::Not(IsEmpty()));
 
     mServer.Clear(GetParam().mOperation);
-    lFeed();
     EXPECT_TRUE(lElement.Play());
     EXPECT_TRUE(lElement.Sink(0)->Await("buffer"));
 }
