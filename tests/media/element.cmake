@@ -2,7 +2,7 @@
 # `lElementEnvironment` tells the tests; they skip, and say so, what is not there.
 set(lElementEnvironment GST_REGISTRIES=${CMAKE_CURRENT_BINARY_DIR})
 
-if(TARGET element-1.0)
+if(TARGET element-1.0 AND NOT VIRE_SANITIZE MATCHES "thread")
     add_executable(element_play element_play.cpp ${PROJECT_SOURCE_DIR}/GStreamer/tests/support/Sanitizers.cpp)
     target_link_libraries(element_play PRIVATE element-1.0)
     vire_warnings(element_play)
