@@ -1,11 +1,17 @@
 // Defaults for the sanitizers that the tests may be built with.
 
 extern "C" const char* __asan_default_options();
+extern "C" const char* __lsan_default_options();
 extern "C" const char* __lsan_default_suppressions();
 
 /// GLib is built without frame pointers: only the slow way sees where its memory comes from.
 extern "C" const char* __asan_default_options() {
     return "fast_unwind_on_malloc=0";
+}
+
+/// Standard error stays for what went wrong.
+extern "C" const char* __lsan_default_options() {
+    return "print_suppressions=0";
 }
 
 extern "C" const char* __lsan_default_suppressions() {
