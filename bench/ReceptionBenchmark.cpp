@@ -103,7 +103,7 @@ void TwoCopies(benchmark::State& aState) {
             std::vector<Bytes> lHeld(lPackets.begin() + static_cast<std::ptrdiff_t>(lFirst),
                                      lPackets.begin() + static_cast<std::ptrdiff_t>(lFirst + kPacketsPerUnit));
             Bytes lUnit;
-            lUnit.reserve(kPacketsPerUnit * kPayload);
+            lUnit.reserve(std::size_t{kPacketsPerUnit} * kPayload);
             for (const Bytes& lPacket : lHeld) {
                 lUnit.insert(lUnit.end(), lPacket.begin() + 12, lPacket.end());
             }

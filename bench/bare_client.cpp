@@ -72,7 +72,7 @@ int main(int aCount, char** aArgs) {
     if (3 != aCount) { return 2; }
     const bool lTCP = 0 == std::strcmp("tcp", aArgs[1]);
     const std::string lURL = aArgs[2];
-    const unsigned lPort = static_cast<unsigned>(std::atoi(lURL.c_str() + lURL.rfind(':') + 1));
+    const unsigned lPort = static_cast<unsigned>(std::strtoul(lURL.c_str() + lURL.rfind(':') + 1, nullptr, 10));
     const int lControl = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in lServer{};
     lServer.sin_family = AF_INET;

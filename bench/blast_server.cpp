@@ -296,7 +296,7 @@ int main(int aCount, char** aArgs) {
         std::fprintf(stderr, "usage: blast_server CLIP.h264 MBIT_PER_S\n");
         return 2;
     }
-    const Stream lStream = LoadStream(aArgs[1], std::atof(aArgs[2]));
+    const Stream lStream = LoadStream(aArgs[1], std::strtod(aArgs[2], nullptr));
     unsigned lPort = 0;
     const int lListener = Listen(lPort);
     const std::string lURL = "rtsp://127.0.0.1:" + std::to_string(lPort) + "/blast";
