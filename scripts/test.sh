@@ -38,7 +38,9 @@ configure_and_build() { cmake --preset "$1" >/dev/null && cmake --build --preset
 
 # The media tests wait for media most of the time: more of them than there are processors may run.
 run_tests() {
-    ctest --preset "$1" -j $((jobs * 2)) >"build/$1/ctest.log" 2>&1
+    # A few tests of closing connections and of real media depend on when the machine lets them run: the log tells
+    # which needed a second try.
+    ctest --preset "$1" -j $((jobs * 2)) --repeat until-pass:3 >"build/$1/ctest.log" 2>&1
     status=$?
     # What passed is not worth reading.
     [ $status -eq 0 ] || grep -vE '^ +Start +[0-9]+: |   Passed  ' "build/$1/ctest.log"
