@@ -241,6 +241,10 @@ TEST(Time, NowIsTheWallClock) {
     EXPECT_GE(Time(lAfter.tv_sec * 1000000LL + lAfter.tv_usec, 1000000), lNow);
 }
 
+TEST(Time, TheClockGoesOnAfterJanuary2038) {
+    EXPECT_LE(8U, sizeof(timeval::tv_sec));
+}
+
 TEST(Time, FromDecimalText) {
     const struct {
         const char* mText;

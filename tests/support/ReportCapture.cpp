@@ -23,6 +23,13 @@ std::vector<std::string> ReportCapture::Messages(Player::Severity aSeverity) con
     return lMessages;
 }
 
+std::vector<std::string> ReportCapture::Errors() const {
+    std::vector<std::string> lErrors = Messages(Player::Severity::Error);
+    const auto lIsPort = [](const std::string& aMessage) { return 0 == aMessage.rfind("Socket::Bind(): ", 0); };
+    lErrors.erase(std::remove_if(lErrors.begin(), lErrors.end(), lIsPort), lErrors.end());
+    return lErrors;
+}
+
 std::size_t ReportCapture::Count(Player::Severity aSeverity, const std::string& aMessage) const {
     const auto lMessages = Messages(aSeverity);
     return static_cast<std::size_t>(std::count(lMessages.begin(), lMessages.end(), aMessage));

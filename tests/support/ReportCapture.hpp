@@ -22,6 +22,8 @@ public:
     std::vector<Entry> All() const;
     /// The messages of one severity, in order.
     std::vector<std::string> Messages(Player::Severity aSeverity) const;
+    /// Those of severity Error, but for UDP ports that another program had: the session tries others then.
+    std::vector<std::string> Errors() const;
     /// How often this was reported, word for word.
     std::size_t Count(Player::Severity aSeverity, const std::string& aMessage) const;
     void Clear();

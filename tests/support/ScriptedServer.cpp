@@ -1,13 +1,12 @@
 #include "support/ScriptedServer.hpp"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <stdexcept>
 
+#include "support/Listener.hpp"
 #include "support/Packets.hpp"
 
 namespace TestSupport {
@@ -19,21 +18,6 @@ constexpr int kLingerSliceMs = 10;
 
 [[noreturn]] void Fail(const std::string& aText) {
     throw std::runtime_error(aText);
-}
-
-int Listen(unsigned& aPort) {
-    const int lSocket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in lAddress = {};
-    lAddress.sin_family = AF_INET;
-    lAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t lSize = sizeof(lAddress);
-    auto* const lGeneric = reinterpret_cast<sockaddr*>(&lAddress);
-    if (lSocket < 0 || 0 != bind(lSocket, lGeneric, lSize) || 0 != listen(lSocket, 8) ||
-        0 != getsockname(lSocket, lGeneric, &lSize)) {
-        Fail("no socket to listen on");
-    }
-    aPort = ntohs(lAddress.sin_port);
-    return lSocket;
 }
 
 /// Hexadecimal bytes, "??" for any.
@@ -65,7 +49,7 @@ std::string Difference(const std::string& aExpected, const std::string& aReceive
 }  // namespace
 
 ScriptedServer::ScriptedServer(const std::string& aScript, std::chrono::milliseconds aPatience)
-    : mSteps(ParseScript(aScript)), mPatience(aPatience), mListener(Listen(mPort)) {
+    : mSteps(ParseScript(aScript)), mPatience(aPatience), mListener(ListenOnLoopback(mPort)) {
     mVariables.Set("port", std::to_string(mPort));
     for (unsigned lTrack = 0; lTrack < kTracks; ++lTrack) {
         mMedia.emplace_back();

@@ -9,6 +9,8 @@
 
 namespace Virertsp {
 
+static_assert(sizeof(off_t) >= 8, "A recording may grow beyond 2 GiB");
+
 OutputFile::OutputFile(const std::string& aPath) : mPath(aPath), mFile(std::fopen(aPath.c_str(), "wbe")) {
     if (!mFile) { Fail(); }
 }

@@ -12,7 +12,7 @@ std::string Printable(const std::string& aText);
 
 /// Whether the byte is a control character of ASCII.
 constexpr bool IsControl(char aCh) {
-    return (aCh >= 0 && aCh < 0x20) || 0x7F == aCh;
+    return static_cast<unsigned char>(aCh) < 0x20 || 0x7F == aCh;
 }
 
 }  // namespace Virertsp

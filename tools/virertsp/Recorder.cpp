@@ -15,6 +15,10 @@ namespace {
 
 /// The end of a track may be known before its last packets are read: they get so much time.
 constexpr std::chrono::milliseconds kLastWords(300);
+/// Packets that were overtaken find their place in so many seconds of media that are not taken out yet ...
+constexpr Player::UInt kHeld = 1;
+/// ... as long as more comes: when nothing was due for this time, all is taken.
+constexpr std::chrono::milliseconds kPatience(500);
 /// After so many samples of one track the others get their turn.
 constexpr unsigned kMaxTurn = 256;
 
@@ -60,33 +64,46 @@ bool Recorder::AddTrack(Player::TrackIdx aIndex, const Settings& aSettings) {
 
 void Recorder::Run(Observer& aObserver) {
     for (;;) {
-        const bool lTaken = DrainAll();
+        const bool lInterrupted = Interrupted();
         const Clock::time_point lNow = Clock::now();
-        if (Interrupted() || IsEnough() || IsOver(lTaken, lNow)) { return; }
+        const bool lTaken = DrainTracks(lInterrupted, lNow);
+        if (lInterrupted || IsEnough() || IsOver(lTaken, lNow)) { return; }
         if (!aObserver.Update(mPlayer, lNow)) { return; }
         std::this_thread::sleep_for(mPace.Next(PacketsSinceLast()));
     }
 }
 
-bool Recorder::DrainAll() {
+bool Recorder::DrainTracks(bool aAll, Clock::time_point aNow) {
+    mPlayer.TakeIn();
     bool lTaken = false;
     for (Track& lTrack : mTracks) {
-        lTaken = Drain(lTrack) || lTaken;
+        lTaken = Drain(lTrack, aAll || IsStill(lTrack, aNow), aNow) || lTaken;
     }
     return lTaken;
 }
 
-bool Recorder::Drain(Track& aTrack) {
+bool Recorder::Drain(Track& aTrack, bool aAll, Clock::time_point aNow) {
     unsigned lSamples = 0;
-    while (lSamples < kMaxTurn) {
+    while (lSamples < kMaxTurn && (aAll || IsDue(aTrack))) {
         const auto lSample = mPlayer.GetTrackPacket(aTrack.mIndex);
         if (!lSample) { break; }
         aTrack.mRecord.Write(*lSample);
+        aTrack.mLastTaken = aNow;
         ++lSamples;
         // Brings the next sample out of what was received already: the network is asked only when that is used up.
         mPlayer.Fetch(aTrack.mIndex);
     }
     return 0 != lSamples;
+}
+
+bool Recorder::IsDue(const Track& aTrack) const {
+    // The first has to be asked for: that is what makes the player gather media and then play.
+    if (!aTrack.mLastTaken) { return true; }
+    return mPlayer.GetTrackReception(aTrack.mIndex).mBufferedTime > Player::Time(kHeld, 1);
+}
+
+bool Recorder::IsStill(const Track& aTrack, Clock::time_point aNow) const {
+    return mPlayer.IsTrackEnded(aTrack.mIndex) || (aTrack.mLastTaken && aNow - *aTrack.mLastTaken >= kPatience);
 }
 
 bool Recorder::IsEnough() const {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Observer.hpp"
-#include "Pace.hpp"
+#include "Player/Pace.hpp"
 #include "TrackRecord.hpp"
 
 namespace Virertsp {
@@ -40,12 +41,17 @@ private:
     struct Track {
         Player::TrackIdx mIndex;
         TrackRecord mRecord;
+        /// When its latest sample was taken out; nothing before the first.
+        std::optional<Clock::time_point> mLastTaken = {};
     };
 
     /// False for a track that can't be written and is dropped.
     bool AddTrack(Player::TrackIdx aIndex, const Settings& aSettings);
-    bool Drain(Track& aTrack);
-    bool DrainAll();
+    /// Takes samples of all tracks: those that are due, or all. True when there were some.
+    bool DrainTracks(bool aAll, Clock::time_point aNow);
+    bool Drain(Track& aTrack, bool aAll, Clock::time_point aNow);
+    bool IsDue(const Track& aTrack) const;
+    bool IsStill(const Track& aTrack, Clock::time_point aNow) const;
     bool IsEnough() const;
     bool IsOver(bool aTakenIn, Clock::time_point aNow);
     unsigned PacketsSinceLast();
@@ -53,7 +59,7 @@ private:
     Player::MediaPlayer& mPlayer;
     std::vector<Track> mTracks;
     Player::Time mLimit;
-    Pace mPace;
+    Player::Pace mPace;
     std::uint64_t mLastPackets = 0;
     /// When something last came in.
     Clock::time_point mLastTaken;

@@ -84,7 +84,7 @@ TEST(Reader, BytesBehindTheDataAreZero) {
 
 TEST(Reader, HasBitsCountsBitsAndNotWords) {
     for (UInt lSize = 0; lSize <= kTwelve.size(); ++lSize) {
-        const Bytes lBytes(kTwelve.begin(), kTwelve.begin() + lSize);
+        const Bytes lBytes(kTwelve.data(), kTwelve.data() + lSize);
         for (UInt lSkip = 0; lSkip <= 8 * lSize; ++lSkip) {
             reader<UInt> lReader(lBytes.data(), lSize);
             for (UInt lBit = 0; lBit < lSkip; ++lBit) {

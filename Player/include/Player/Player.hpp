@@ -10,6 +10,7 @@
 #include "Player/MediaSession.hpp"
 #include "Player/MediaTrack.hpp"
 #include "Player/Mem.hpp"
+#include "Player/Pace.hpp"
 #include "Player/Packet.hpp"
 #include "Player/Processor.hpp"
 #include "Player/Properties.hpp"

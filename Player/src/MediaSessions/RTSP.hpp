@@ -98,7 +98,8 @@ private:
     // Play state (PlayState.cpp).
     void EnterState(PlayState aState, const char* aName);
     bool IsActive() const { return 1 == mState >> 8; }
-    bool HasEnded(TrackIdx aIdx);
+    /// It has ended, or holds all that it may hold.
+    bool GetsNoMore(TrackIdx aIdx);
     /// Whether the track holds enough to start; also when no more will come.
     bool HasBuffered(TrackIdx aIdx);
 

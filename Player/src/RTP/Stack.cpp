@@ -37,6 +37,11 @@ bool MeasureRTP(const Byte* aData, UInt aSize, Packets::RTP::Lengths& aLengths) 
     return aLengths.Overhead() < aSize;
 }
 
+/// By a packet, its datagram included.
+std::size_t Occupied(const Packets::RTP& aPacket) {
+    return sizeof(aPacket) + aPacket.Packet::Size();
+}
+
 UInt RTCPLength(const Byte* aData) {
     return (BigEndian::Read16(aData + 2) + 1U) * 4;
 }
@@ -96,6 +101,7 @@ bool Stack::TakeRTP(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& 
 
 bool Stack::Enqueue(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& aLengths, UInt aIndex,
                     long long aTimestamp) {
+    if (Full()) { return false; }
     Queue& lQueue = mRun.mQueue;
     auto lAt = lQueue.end();
     if (!lQueue.empty() && aIndex <= lQueue.back()->SeqNumberExt()) {
@@ -109,6 +115,7 @@ bool Stack::Enqueue(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& 
         }
     }
     SharedPtr<Packets::RTP, SharedObject> lPacket(new Packets::RTP(aData, aSize, aLengths, aIndex, aTimestamp));
+    mRun.mQueuedBytes += Occupied(*lPacket);
     lQueue.insert(lAt, std::move(lPacket));
     return true;
 }
@@ -165,6 +172,7 @@ SharedPtr<Packets::RTP, SharedObject> Stack::Pop() {
     if (Empty()) { return lPacket; }
     lPacket.Swap(mRun.mQueue.front());
     mRun.mQueue.pop_front();
+    mRun.mQueuedBytes -= Occupied(*lPacket);
     mRun.mPoppedIndex = lPacket->SeqNumberExt();
     mRun.mPoppedTimestamp = lPacket->TimestampExt();
     lPacket->SetPlayTime(AdjustedCurrentTime());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 
@@ -23,6 +24,10 @@ namespace Player::RTP {
 class Stack {
 public:
     using Queue = std::deque<SharedPtr<Packets::RTP, SharedObject>>;
+
+    /// What may wait to be taken out, with all that it occupies: ten seconds at 100 Mbit/s. It ends a queue that
+    /// nobody empties, as when a sender's timestamps stand still and the target of buffering is never reached.
+    static constexpr std::size_t kMaxQueuedBytes = std::size_t{128} << 20;
 
     // Configuration. 0 stands for "any, learnt from the first packet" where a packet can tell.
     void SetExpectedPT(unsigned char aPT) { mExpectedPT = aPT; }
@@ -52,6 +57,8 @@ public:
     /// The oldest packet, with its play time set; null when there is none.
     SharedPtr<Packets::RTP, SharedObject> Pop();
     bool Empty() const { return mRun.mQueue.empty(); }
+    /// Takes no more until some are taken out.
+    bool Full() const { return mRun.mQueuedBytes >= kMaxQueuedBytes; }
     /// From the oldest to the newest packet queued.
     Time SizeInTime() const;
     /// Play time of the packet popped last.
@@ -102,6 +109,7 @@ private:
         Reception::End mEnd = Reception::End::kRunning;
         /// Ascending by index; two can be equal.
         Queue mQueue;
+        std::size_t mQueuedBytes = 0;
         UInt mPoppedIndex = 0;
         long long mPoppedTimestamp = 0;
     };

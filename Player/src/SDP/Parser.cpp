@@ -133,7 +133,10 @@ void ParseMediaDescription(Reader& aReader, PropertiesList& aMedia) {
     aMedia.push_back(lMedia);
 }
 
-/// All behind the version line. A second one ends the description.
+/// Presentations have a handful of media; each kept costs many times the bytes of its line.
+constexpr std::size_t kMostMedia = 16384;
+
+/// All behind the version line. A second one ends the description, and so does one medium too many.
 void ParseCommon(Reader& aReader, PropertiesPtr& aSession, PropertiesList& aMedia) {
     aSession.Set(new Properties);
     aMedia.clear();
@@ -143,7 +146,12 @@ void ParseCommon(Reader& aReader, PropertiesPtr& aSession, PropertiesList& aMedi
             case 'o': ParseOrigin(aReader, aSession); break;
             case 'c': ParseConnection(aReader, aSession); break;
             case 'a': ParseAttribute(aReader, aSession); break;
-            case 'm': ParseMediaDescription(aReader, aMedia); break;
+            case 'm':
+                if (kMostMedia == aMedia.size()) {
+                    return Report(__FILE__, __LINE__, Severity::Warning, "ParseSDP(): %s", "Too many media");
+                }
+                ParseMediaDescription(aReader, aMedia);
+                break;
             case 'v': return;
             default: SkipLn(aReader); break;
         }

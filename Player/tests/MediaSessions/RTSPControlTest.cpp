@@ -250,6 +250,17 @@ TEST_F(RTSPControlTest, ASeekDoesNotStartWhenThePauseIsRefused) {
                           [this] { mHandler.Seek(Time(0)); });
 }
 
+TEST_F(RTSPControlTest, WhatWasSetUpInPartIsNotSought) {
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video audio
+        > SETUP clip/video 2
+        < 500 2
+    )");
+    EXPECT_THROW(Play(), RTSPErr);
+    ExpectThrows<SystemErr>(1, "RTSP::Seek(): No valid media session", [this] { mPlayer.Seek(Time(0)); });
+}
+
 TEST_F(RTSPControlTest, WithoutTracksThereIsNothingToSeek) {
     Start("> TEARDOWN clip 4\n< 200 4");
     mHandler.Stop();

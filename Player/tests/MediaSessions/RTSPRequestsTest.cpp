@@ -583,7 +583,7 @@ TEST_F(RTSPRequestsTest, AConnectionClosedBetweenRequestsIsReopened) {
     EXPECT_EQ("", lServer.Failure());
     EXPECT_EQ(4U, mReports.Count(Severity::Info, "Connecting to RTSP server: 127.0.0.1:" +
                                                      std::to_string(lServer.Port()) + ", Via proxy: None"));
-    EXPECT_TRUE(mReports.Messages(Severity::Error).empty());
+    EXPECT_TRUE(mReports.Errors().empty());
 }
 
 TEST_F(RTSPRequestsTest, TheLocalIPIsBoundTo) {

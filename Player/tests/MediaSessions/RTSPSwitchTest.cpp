@@ -57,7 +57,7 @@ TEST_F(RTSPSwitchTest, OnePlayReplacesTheTracks) {
     EXPECT_THAT(States(), ElementsAre("WaitData")) << "it was waiting for data before";
     EXPECT_EQ(URL("other/b"), mHandler.mAccepted[2]->Get("URL"));
     EXPECT_EQ(URL("other/a"), mHandler.mAccepted[3]->Get("URL"));
-    EXPECT_THAT(mReports.Messages(Severity::Error), ElementsAre());
+    EXPECT_THAT(mReports.Errors(), ElementsAre());
     // The new chains are the ones that hear of it.
     mHandler.Pause();
     EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("b: State=Paused", "a: State=Paused"));
@@ -186,7 +186,7 @@ TEST_P(RTSPNoSwitchTest, IsSetUpAnew) {
     }
     EXPECT_EQ(lExpected, mHandler.TakeCalls());
     EXPECT_THAT(States(), ElementsAre("WaitData", "Stopped", "WaitData"));
-    EXPECT_EQ(GetParam().mErrors, mReports.Messages(Severity::Error));
+    EXPECT_EQ(GetParam().mErrors, mReports.Errors());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -307,7 +307,7 @@ TEST_F(RTSPSwitchTest, SettingUpAnewIsPipelinedWhereThatIsSupported) {
     Switch("clip");
     Switch();
     EXPECT_THAT(States(), ElementsAre("WaitData", "Stopped", "WaitData"));
-    EXPECT_THAT(mReports.Messages(Severity::Error), IsEmpty());
+    EXPECT_THAT(mReports.Errors(), IsEmpty());
 }
 
 TEST_F(RTSPSwitchTest, WhatFailsWhileSettingUpAnewIsThrown) {

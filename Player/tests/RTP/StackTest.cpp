@@ -322,7 +322,7 @@ TEST_F(StackTest, AFlushForgetsWhatWasPlayedOut) {
     EXPECT_TRUE(TakeFrame(103));
 }
 
-TEST_F(StackTest, QueueHasNoLimit) {
+TEST_F(StackTest, QueueHoldsAsManyPacketsAsCome) {
     for (UInt lSeq = 1; lSeq <= 100000; ++lSeq) {
         ASSERT_TRUE(TakeFrame(lSeq));
     }

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "Pace.hpp"
-
 namespace Virertsp {
 namespace {
 
@@ -43,20 +41,6 @@ TEST(ProgressTest, NothingIsShownOutsideATerminal) {
     lProgress.Conclude(lPlayer, Progress::Clock::now());
     EXPECT_EQ(0, std::ftell(lFile));
     std::fclose(lFile);
-}
-
-TEST(PaceTest, IdleLooksGrowRareAndBurstsBringThemBack) {
-    Pace lPace;
-    EXPECT_EQ(2, lPace.Next(0).count());
-    for (int i = 0; i < 20; ++i) {
-        lPace.Next(0);
-    }
-    EXPECT_EQ(10, lPace.Next(23).count());
-    EXPECT_EQ(10, lPace.Next(24).count());
-    EXPECT_EQ(10, lPace.Next(63).count());
-    EXPECT_EQ(1, lPace.Next(64).count());
-    EXPECT_EQ(1, lPace.Next(24).count());
-    EXPECT_EQ(2, lPace.Next(23).count());
 }
 
 }  // namespace

@@ -90,6 +90,24 @@ TEST(RecordTest, WritesWhatThePlayerDelivers) {
     EXPECT_EQ("0\n39999999\n", lScratch.Contents("out/track0.times"));
 }
 
+TEST(RecordTest, WhatWasOvertakenIsPutInOrder) {
+    const auto lFrame = [](Player::Byte aSeq) {
+        const auto lPacket =
+            RtpPacket().Seq(aSeq).Timestamp(9000U * aSeq).Ssrc(6).Marker().Payload({0x41, aSeq}).Build();
+        return "S$ 0 " + Hex(lPacket) + "\n";
+    };
+    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(6), TestSupport::Goodbye(6));
+    const Scratch lScratch;
+    ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + lFrame(1) + lFrame(2) + "SPLIT\n" + lFrame(4) +
+                           "SPLIT\n" + lFrame(3) + "S$ 1 " + Hex(lBye) + "\n" + kTeardown);
+    const Outcome lOutcome =
+        Record({lServer.URL(), "--tcp", "-o", lScratch.Path("out"), "-c", "RTSP:TargetRTPBuffer=0"});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitOk, lOutcome.mCode);
+    EXPECT_THAT(lScratch.Contents("out/track0.h264"),
+                ::testing::EndsWith(std::string("\0\0\0\1\x41\1\0\0\0\1\x41\2\0\0\0\1\x41\3\0\0\0\1\x41\4", 24)));
+}
+
 constexpr char kEncrypted[] =
     "S| m=audio 0 RTP/AVP 97\n"
     "S| a=rtpmap:97 enc-mpeg4-generic/44100\n"

@@ -52,7 +52,10 @@ void RTSP::DoResume() {
 }
 
 void RTSP::Seek(MediaHandler& aHandler, Time aTo) {
-    if (0 == mTracksAdded) { PLAYER_THROW(SystemErr, 1, "RTSP::Seek(): %s", "No valid media session"); }
+    // A start that failed between two tracks leaves one that would play, and one that the player waits for in vain.
+    if (0 == mTracksAdded || mTracksAdded < mStreams.size()) {
+        PLAYER_THROW(SystemErr, 1, "RTSP::Seek(): %s", "No valid media session");
+    }
     if (IsActive()) { DoPause(); }
     DoSeek(aHandler, aTo);
 }

@@ -15,6 +15,8 @@ namespace {
 constexpr char kFrameMagic = '$';
 constexpr UInt kFrameHeaderSize = 4;
 constexpr char kBlanks[] = " \t\n\v\f\r";
+/// Of one message. Each costs many times its bytes; servers send a dozen.
+constexpr std::size_t kMostHeaders = 16384;
 
 constexpr UInt kStatusNotImplemented = 501;
 constexpr char kNotImplemented[] = "Not Implemented";
@@ -127,6 +129,10 @@ std::string Messages::NextLine() {
 void Messages::RecvHeaders(Headers& aHeaders) {
     std::string lLine;
     while (mConnection.ReadLn(lLine) && !lLine.empty()) {
+        if (kMostHeaders == aHeaders.size()) {
+            mConnection.SetOutOfStep();
+            PLAYER_THROW(RTSPErr, 2, "RTSP::RecvHeaders(): %s: %s", "Invalid message", "Too many headers");
+        }
         const std::size_t lColon = lLine.find(':');
         std::string& lValue = aHeaders[lLine.substr(0, lColon)];
         const std::size_t lBegin = std::string::npos == lColon ? lColon : lLine.find_first_not_of(' ', lColon + 1);

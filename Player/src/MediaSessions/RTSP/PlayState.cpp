@@ -11,18 +11,20 @@ void RTSP::EnterState(PlayState aState, const char* aName) {
     if (0 != mTracksAdded) { mTransport->Notify("State", aName); }
 }
 
-bool RTSP::HasEnded(TrackIdx aIdx) {
-    return 0 != mTransport->ModifyTrackRTPStack(aIdx).Ended(Time::Now());
+bool RTSP::GetsNoMore(TrackIdx aIdx) {
+    RTP::Stack& lStack = mTransport->ModifyTrackRTPStack(aIdx);
+    return lStack.Full() || 0 != lStack.Ended(Time::Now());
 }
 
 bool RTSP::HasBuffered(TrackIdx aIdx) {
-    return mTransport->GetTrackRTPStack(aIdx).SizeInTime() > Time(mConfiguration.mTargetRTPBuffer, 1) || HasEnded(aIdx);
+    return mTransport->GetTrackRTPStack(aIdx).SizeInTime() > Time(mConfiguration.mTargetRTPBuffer, 1) ||
+           GetsNoMore(aIdx);
 }
 
 bool RTSP::Fill(UInt aTrack) {
     if (aTrack >= mTracksAdded) { return false; }
-    // A track that has ended gets no more; while buffering it goes on to play what it has.
-    if (!mTransport->FillTrack(aTrack) && (Buffering != mState || !HasEnded(aTrack))) { return false; }
+    // A track that gets no more goes on while buffering to play what it has.
+    if (!mTransport->FillTrack(aTrack) && (Buffering != mState || !GetsNoMore(aTrack))) { return false; }
     if (Playing == mState) { return true; }
     if (WaitData == mState) { EnterState(Buffering, "Buffering"); }
     if (Buffering != mState || (!mServerIsStrand && !HasBuffered(aTrack))) { return false; }

@@ -10,6 +10,9 @@ namespace Player::MediaSessions {
 
 namespace {
 
+/// As many as there are pairs of interleaved channels, of one byte each; over UDP each takes two descriptors.
+constexpr std::size_t kMostTracks = 128;
+
 bool Contains(const std::string& aText, const char* aWord) {
     return std::string::npos != aText.find(aWord);
 }
@@ -51,6 +54,10 @@ void RTSP::DoDescribe(MediaHandler& aHandler) {
     OfferTracks(aHandler);
     mStreams.clear();
     for (const auto& lOffered : mTrackProperties) {
+        if (kMostTracks == mStreams.size()) {
+            Report(__FILE__, __LINE__, Severity::Warning, "RTSP::DoDescribe(): %s", "Too many tracks");
+            break;
+        }
         Stream lStream;
         if (BuildChain(aHandler, *lOffered, lStream)) { mStreams.push_back(lStream); }
     }

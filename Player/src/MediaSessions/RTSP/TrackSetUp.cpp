@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "MediaSessions/RTSP.hpp"
@@ -14,6 +16,30 @@ using Map = std::map<std::string, std::string>;
 
 /// Shorter bodies can't even name the version.
 constexpr UInt kShortestSDP = 3;
+
+/// Of an RTP-Info header, which has one per track.
+constexpr std::size_t kMostInfoEntries = 16384;
+
+/// The entries of an RTP-Info header, as many of them as are looked at.
+std::vector<std::string> InfoEntries(const std::string& aValue) {
+    std::size_t lEnd = 0;
+    for (std::size_t i = 0; i < kMostInfoEntries && lEnd < aValue.size(); ++i) {
+        lEnd = std::min(aValue.find(',', lEnd), aValue.size() - 1) + 1;
+    }
+    std::vector<std::string> lEntries;
+    Split(aValue.substr(0, lEnd), ',', lEntries);
+    return lEntries;
+}
+
+/// What the URL of an RTP-Info entry ends with, behind its last "/"; nothing without one.
+std::optional<std::string> NameInEntry(const std::string& aEntry) {
+    std::vector<std::string> lFields;
+    Split(aEntry.substr(0, aEntry.find(';')), ';', lFields);
+    lFields.resize(1);
+    const std::size_t lSlash = lFields[0].rfind('/');
+    if (std::string::npos == lSlash) { return std::nullopt; }
+    return lFields[0].substr(lSlash + 1);
+}
 
 /// The first two ports of a pair such as "6970-6971"; a server may append more.
 std::string FirstTwoPorts(const std::string& aPorts) {
@@ -105,15 +131,10 @@ void RTSP::HandleRange(const std::string& aValue) {
 
 void RTSP::HandleRTPInfo(const std::string& aValue) {
     const std::multimap<std::string, TrackIdx> lTracks = TracksById();
-    std::vector<std::string> lEntries;
-    Split(aValue, ',', lEntries);
-    for (const std::string& lEntry : lEntries) {
-        std::vector<std::string> lFields;
-        Split(lEntry, ';', lFields);
-        lFields.resize(1);
-        const std::size_t lSlash = lFields[0].rfind('/');
-        if (std::string::npos == lSlash) { continue; }
-        const auto lNamed = lTracks.equal_range(lFields[0].substr(lSlash + 1));
+    for (const std::string& lEntry : InfoEntries(aValue)) {
+        const std::optional<std::string> lName = NameInEntry(lEntry);
+        if (!lName) { continue; }
+        const auto lNamed = lTracks.equal_range(*lName);
         for (auto lTrack = lNamed.first; lTrack != lNamed.second; ++lTrack) {
             HandleTrackVars(lTrack->second, lEntry);
         }

@@ -1,6 +1,7 @@
 #include "RTP/Transports/OverRTSP.hpp"
 
 #include <cstdlib>
+#include <limits>
 
 #include "BigEndian.hpp"
 #include "Player/Exception.hpp"
@@ -25,7 +26,10 @@ void OverRTSP::Reset() {
 }
 
 void OverRTSP::SetInterLeavedChannelIdentifier(TrackIdx aIdx, const String& aChannels) {
-    At(aIdx).mChannelId = static_cast<int>(std::strtol(aChannels.c_str(), nullptr, 10));
+    // A number that is too large stays one: cut to its low bits it would name a channel.
+    constexpr long kNone = std::numeric_limits<int>::max();
+    const long lChannel = std::strtol(aChannels.c_str(), nullptr, 10);
+    At(aIdx).mChannelId = static_cast<int>(Util::Max(-kNone, Util::Min(lChannel, kNone)));
 }
 
 int OverRTSP::GetTrackByChannelId(int aChannel) const {

@@ -6,7 +6,7 @@
 
 #include "MediaSessions/RTSP/Memory.hpp"
 #include "MediaSessions/RTSP/Peer.hpp"
-#include "RTP/Transports/OverRTSP.hpp"
+#include "MediaSessions/RTSP/Receiver.hpp"
 #include "support/Packets.hpp"
 #include "support/ReportCapture.hpp"
 #include "support/ScriptedServer.hpp"
@@ -32,20 +32,6 @@ constexpr char kOk[] = "RTSP/1.0 200 OK\r\nCSeq: 1\r\n\r\n";
 constexpr char kInvalidResponse[] = "17/2 RTSP::RecvResponse(): Invalid response: ";
 constexpr UInt kLargestFrame = 1500;
 
-/// Keeps the payload of every packet that reaches it.
-class Collector : public Processor {
-public:
-    void Attach(const SharedPtr<Processor, SharedObject>& /*aNext*/) override {}
-    void Param(const String& /*aKey*/, const String& /*aVal*/) override {}
-    bool Handle(const SharedPtr<Packet, SharedObject>& aPacket, Time /*aLatest*/) override {
-        mPayloads.emplace_back(aPacket->Begin(), aPacket->End());
-        return true;
-    }
-    void Flush() override {}
-
-    std::vector<std::string> mPayloads;
-};
-
 /// A frame on channel 0 with an RTP packet; each payload is another packet.
 std::string Frame(unsigned aSeq, const std::string& aPayload) {
     const Bytes lPacket = RtpPacket().Seq(aSeq).Ssrc(7).Payload(AsBytes(aPayload)).Build();
@@ -55,39 +41,6 @@ std::string Frame(unsigned aSeq, const std::string& aPayload) {
 std::string TextOf(const Buffer& aBuffer) {
     return std::string(aBuffer.Begin(), aBuffer.End());
 }
-
-/// A connection with a track over channels 0 and 1.
-class Receiver {
-public:
-    explicit Receiver(UInt aTimeOutAfter = 1) {
-        mConfig.mTimeOutAfter = aTimeOutAfter;
-        mTransport.AddTrack();
-        mTransport.SetInterLeavedChannelIdentifier(0, "0-1");
-        mTransport.AttachTrack(0, mCollector);
-        mTransport.ModifyTrackRTPStack(0).SetExpectedPT(96);
-        mMessages.SetFrameReceiver(&mTransport);
-    }
-
-    void Connect(const std::string& aAuthority) {
-        mConnection.SetURL("rtsp://" + aAuthority + "/clip");
-        mConnection.DoConnect(aAuthority);
-    }
-    /// What has been delivered since the last call.
-    std::vector<std::string> Delivered() {
-        mTransport.Fetch();
-        std::vector<std::string> lPayloads;
-        lPayloads.swap(mCollector->mPayloads);
-        return lPayloads;
-    }
-
-    Configuration mConfig;
-    Connection mConnection{mConfig};
-    Messages mMessages{mConnection};
-
-private:
-    SharedPtr<Collector, SharedObject> mCollector{new Collector};
-    RTP::Transports::OverRTSP mTransport{&mMessages};
-};
 
 class MessagesTest : public ::testing::Test {
 protected:

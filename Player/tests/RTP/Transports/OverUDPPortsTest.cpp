@@ -1,6 +1,7 @@
 // How the UDP transport comes by its sockets.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <memory>
@@ -27,7 +28,11 @@ namespace {
 
 /// The first of so many consecutive even ports that were free a moment ago.
 UInt FreePorts(UInt aPairs) {
-    for (UInt lBegin = kPortsBegin; lBegin < kPortsEnd; lBegin += 2 * aPairs) {
+    const UInt lPlaces = (kPortsEnd - kPortsBegin) / (2 * aPairs);
+    // Other processes look for ports of their own at the same time: each begins elsewhere.
+    const UInt lFirst = static_cast<UInt>(getpid()) * 37;
+    for (UInt lPlace = 0; lPlace < lPlaces; ++lPlace) {
+        const UInt lBegin = kPortsBegin + (lFirst + lPlace) % lPlaces * 2 * aPairs;
         try {
             std::vector<std::unique_ptr<UDPPeer>> lPeers;
             for (UInt i = 0; i < 2 * aPairs; ++i) {
@@ -63,9 +68,11 @@ TEST(OverUDPPortsTest, SearchBeginsAtARandomPort) {
     OverUDP lTransport(kPortsBegin, kPortsEnd, "");
     UInt lAsDrawn = 0;
     for (TrackIdx i = 0; i < 10; ++i) {
-        std::srand(1000 + i);
+        // Another process that runs this test draws other ports.
+        const unsigned lSeed = static_cast<unsigned>(getpid()) * 100 + i;
+        std::srand(lSeed);
         const UInt lDrawn = static_cast<UInt>(std::rand()) * 2 % (kPortsEnd - kPortsBegin) + kPortsBegin;
-        std::srand(1000 + i);
+        std::srand(lSeed);
         lTransport.AddTrack();
         if (lDrawn == LocalPort(lTransport, i)) { ++lAsDrawn; }
     }
@@ -107,7 +114,7 @@ TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
             EXPECT_EQ(lBegin + 2 * lFree, LocalPort(lTransport, 0));
             const long lBefore = lReports.Count(Severity::Error, "Socket::Bind()");
             EXPECT_THROW(lTransport.AddTrack(), RTPErr);
-            EXPECT_EQ(lBefore + kPairs, lReports.Count(Severity::Error, "Socket::Bind()"));
+            EXPECT_EQ(lBefore + static_cast<long>(kPairs), lReports.Count(Severity::Error, "Socket::Bind()"));
         }
     }
 }

@@ -2,14 +2,14 @@
 
 #include <chrono>
 
-namespace Virertsp {
+namespace Player {
 
 /// How long to wait between two looks at the network: long enough that a look is worth its cost, short enough
 /// that the sockets' buffers never fill up.
 class Pace {
 public:
     static constexpr std::chrono::milliseconds kShortest{1};
-    static constexpr std::chrono::milliseconds kLongest{10};
+    static constexpr std::chrono::milliseconds kLongest{20};
 
     /// `aPackets`: how many packets came since the last call.
     std::chrono::milliseconds Next(unsigned aPackets);
@@ -18,4 +18,4 @@ private:
     std::chrono::milliseconds mWait = kShortest;
 };
 
-}  // namespace Virertsp
+}  // namespace Player

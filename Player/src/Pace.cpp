@@ -1,6 +1,6 @@
-#include "Pace.hpp"
+#include "Player/Pace.hpp"
 
-namespace Virertsp {
+namespace Player {
 
 namespace {
 
@@ -20,4 +20,4 @@ std::chrono::milliseconds Pace::Next(unsigned aPackets) {
     return mWait;
 }
 
-}  // namespace Virertsp
+}  // namespace Player

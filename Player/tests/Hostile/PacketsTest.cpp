@@ -1,0 +1,188 @@
+// RTP packets, alone and in streams: which are dropped, and what comes out of the rest.
+#include "Hostile/Row.hpp"
+#include "RTP/StackFixture.hpp"
+
+namespace Player::Hostile {
+
+using Testing::Bytes;
+using Testing::Packet;
+using Testing::PacketBuilder;
+using Testing::Prefix;
+using Testing::SizeOf;
+
+struct PacketRow {
+    const char* mName;
+    Bytes mDatagram;
+    /// Bytes of payload; 0 for a packet that is dropped.
+    UInt mPayload;
+};
+
+/// A packet of a stream by its number and timestamp.
+struct Sent {
+    UInt mSeq;
+    UInt mTimestamp;
+    bool mIsTaken;
+};
+
+struct StreamRow {
+    const char* mName;
+    std::vector<Sent> mSent;
+    /// Of the packets in the order in which they come out: their numbers as they were sent.
+    std::vector<UInt> mOut;
+};
+
+namespace {
+
+const PacketRow kPackets[] = {
+    {"Nothing", {}, 0},
+    {"OneByte", {0x80}, 0},
+    {"AHeaderWithoutItsLastByte", Prefix(Packet().Build(), 11), 0},
+    {"AHeaderAlone", Packet().PayloadSize(0).Build(), 0},
+    {"OneByteOfPayload", Packet().PayloadSize(1).Build(), 1},
+    {"Version0", Packet().Version(0).Build(), 0},
+    {"Version1", Packet().Version(1).Build(), 0},
+    {"Version3", Packet().Version(3).Build(), 0},
+    {"AllBitsSet", Bytes(100, 0xFF), 0},
+    {"AllBitsOfAHeaderOfVersion2", Bytes(100, 0xBF), 0},
+    {"FifteenSources", Packet().CSRCs(std::vector<UInt>(15, 7)).PayloadSize(1).Build(), 1},
+    {"FifteenSourcesAndNothingElse", Packet().CSRCs(std::vector<UInt>(15, 7)).PayloadSize(0).Build(), 0},
+    {"FifteenSourcesThatAreNotThere",
+     [] {
+         Bytes lBytes = Packet().PayloadSize(59).Build();
+         lBytes[0] = 0x8F;
+         return lBytes;
+     }(),
+     0},
+    {"AnExtensionOf65535Words", Packet().Extension(65535, {}).PayloadSize(1400).Build(), 0},
+    {"AnExtensionOf65535WordsThatIsThere", Packet().Extension(Bytes(4 * 65535, 1)).PayloadSize(2).Build(), 2},
+    {"AnExtensionOneWordTooLong", Packet().Extension(2, Bytes(4)).PayloadSize(4).Build(), 0},
+    {"AnExtensionWithoutItsHeader",
+     [] {
+         Bytes lBytes = Packet().PayloadSize(3).Build();
+         lBytes[0] = 0x90;
+         return lBytes;
+     }(),
+     0},
+    {"AnExtensionBehindSourcesThatAreNotThere",
+     [] {
+         Bytes lBytes = Packet().PayloadSize(62).Build();
+         lBytes[0] = 0x9F;
+         return lBytes;
+     }(),
+     0},
+    {"APaddingOf255", Packet().PayloadSize(1).Padding(255).Build(), 1},
+    {"APaddingOf255OfLess", Packet().Payload(Bytes(200, 255)).PaddingBit().Build(), 0},
+    {"APaddingOfAll", Packet().Payload({0, 0, 3}).PaddingBit().Build(), 0},
+    {"APaddingOfNothing", Packet().Payload({1, 0}).PaddingBit().Build(), 2},
+    {"APaddingThatIsTheHeader", Packet().PayloadSize(0).PaddingBit().Build(), 0},
+    {"APaddingOverTheExtension", Packet().Extension(Bytes(8)).Payload({1, 9}).PaddingBit().Build(), 0},
+    {"AnotherType", Packet().PT(97).Build(), 0},
+    {"ATypeOfRTCP", Packet().PT(72).Build(), 0},
+    {"AnotherSource", Packet().SSRC(0x11223345).Build(), 0},
+    {"NoSource", Packet().SSRC(0).Build(), 0},
+    {"ADatagramOf64Kilobytes", Packet().PayloadSize(65495).Build(), 65495},
+};
+
+class HostilePacketTest : public Testing::StackFixture, public testing::WithParamInterface<PacketRow> {};
+
+TEST_P(HostilePacketTest, IsTakenOrLeavesNoTrace) {
+    const PacketRow& lRow = GetParam();
+    mStack.SetExpectedPT(96);
+    mStack.SetExpectedSSRC(0x11223344);
+    const Bytes lDatagram = Testing::Exactly(lRow.mDatagram);
+    EXPECT_EQ(0 != lRow.mPayload, mStack.HandleRTP(lDatagram.data(), SizeOf(lDatagram), Time(1000, 1)));
+    EXPECT_EQ(0 != lRow.mPayload, 0 != mStack.GetReception().mPacketsReceived);
+    const auto lPacket = mStack.Pop();
+    EXPECT_EQ(lRow.mPayload, lPacket ? lPacket->Size() : 0);
+    // The stream goes on.
+    EXPECT_TRUE(TakeFrame(2));
+    EXPECT_TRUE(TakeFrame(3));
+    EXPECT_EQ(2U, PopAll().size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, HostilePacketTest, testing::ValuesIn(kPackets), NameOfRow());
+
+// ---------------------------------------------------------------------------- numbers and timestamps
+
+const StreamRow kStreams[] = {
+    {"AJumpAheadByHalf", {{10, 10, true}, {32777, 11, true}, {32778, 12, true}}, {10, 32777, 32778}},
+    {"AJumpAheadByMore", {{10, 10, true}, {32778, 11, false}, {11, 12, true}}, {10, 11}},
+    {"AJumpBackInTheFirstCycle", {{100, 10, true}, {99, 11, false}, {101, 12, true}}, {100, 101}},
+    {"AWrap", {{65534, 10, true}, {65535, 11, true}, {0, 12, true}, {1, 13, true}}, {65534, 65535, 0, 1}},
+    {"AWrapInAnotherOrder", {{65534, 10, true}, {1, 13, true}, {65535, 11, true}, {0, 12, true}}, {65534, 65535, 0, 1}},
+    {"AStepBackBehindAWrap", {{65535, 10, true}, {0, 11, true}, {65534, 12, false}, {1, 13, true}}, {65535, 0, 1}},
+    {"ANumberOverAndOver", {{10, 10, true}, {11, 11, true}, {11, 12, false}, {11, 13, false}}, {10, 11}},
+    {"TheFirstNumberTwice", {{10, 10, true}, {10, 11, true}}, {10, 10}},
+    {"TheWrongWayRound",
+     {{10, 10, true}, {14, 11, true}, {13, 12, true}, {12, 13, true}, {11, 14, true}},
+     {10, 11, 12, 13, 14}},
+    {"ATimestampAheadByHalf", {{10, 10, true}, {11, 0x80000009, true}, {12, 0x8000000A, true}}, {10, 11, 12}},
+    {"ATimestampAheadByMore", {{10, 10, true}, {11, 0x8000000A, false}, {12, 11, true}}, {10, 12}},
+    {"ATimestampBeforeTheFirst", {{10, 10, true}, {11, 9, false}, {12, 11, true}}, {10, 12}},
+    {"TimestampsThatStandStill", {{10, 10, true}, {11, 10, true}, {12, 10, true}}, {10, 11, 12}},
+    {"TimestampsThatGoBackAndForth",
+     {{10, 10, true}, {11, 99, true}, {12, 11, true}, {13, 98, true}},
+     {10, 11, 12, 13}},
+    {"AWrapOfTheTimestamps", {{10, 0xFFFFFFFF, true}, {11, 0, true}, {12, 1, true}}, {10, 11, 12}},
+    {"JumpsAllAroundTheCircle",
+     {{1, 1, true}, {30000, 2, true}, {60000, 3, true}, {24464, 4, true}, {2, 5, true}},
+     {1, 30000, 60000, 2, 24464}},
+};
+
+class HostileStreamTest : public Testing::StackFixture, public testing::WithParamInterface<StreamRow> {};
+
+TEST_P(HostileStreamTest, ComesOutInOrder) {
+    for (const Sent& lSent : GetParam().mSent) {
+        EXPECT_EQ(lSent.mIsTaken, Take(Packet().Seq(lSent.mSeq).Timestamp(lSent.mTimestamp))) << lSent.mSeq;
+    }
+    std::vector<UInt> lOut;
+    UInt lLast = 0;
+    while (const auto lPacket = mStack.Pop()) {
+        lOut.push_back(lPacket->SeqNumber());
+        EXPECT_LE(lLast, lPacket->SeqNumberExt());
+        lLast = lPacket->SeqNumberExt();
+    }
+    EXPECT_EQ(GetParam().mOut, lOut);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, HostileStreamTest, testing::ValuesIn(kStreams), NameOfRow());
+
+// ---------------------------------------------------------------------------- a queue that nobody empties
+
+class HostileQueueTest : public Testing::StackFixture {
+protected:
+    /// Whether a packet that holds about a hundredth of what may wait was queued.
+    bool TakeLarge(UInt aSeq) {
+        constexpr UInt kHundredth = static_cast<UInt>(RTP::Stack::kMaxQueuedBytes / 100);
+        return Take(Packet().Seq(aSeq).PayloadSize(kHundredth));
+    }
+};
+
+TEST_F(HostileQueueTest, HoldsSoMuchAndGoesOnWhenItIsEmptied) {
+    UInt lSeq = 1;
+    while (lSeq < 200 && TakeLarge(lSeq)) {
+        ++lSeq;
+    }
+    EXPECT_TRUE(mStack.Full());
+    EXPECT_EQ(101U, lSeq) << "a hundred packets were taken";
+    EXPECT_FALSE(TakeFrame(200)) << "not even a small one";
+    EXPECT_EQ(102U, mStack.GetReception().mPacketsReceived) << "all have arrived";
+
+    EXPECT_EQ(1U, mStack.Pop()->SeqNumber());
+    EXPECT_FALSE(mStack.Full());
+    EXPECT_TRUE(TakeFrame(201));
+    EXPECT_EQ(100U, PopAll().size());
+    EXPECT_FALSE(mStack.Full());
+}
+
+TEST_F(HostileQueueTest, IsEmptyBehindAFlush) {
+    for (UInt lSeq = 1; !mStack.Full(); ++lSeq) {
+        ASSERT_TRUE(TakeLarge(lSeq));
+    }
+    mStack.Flush(Time(1, 1));
+    EXPECT_FALSE(mStack.Full());
+    EXPECT_TRUE(TakeFrame(300));
+}
+
+}  // namespace
+}  // namespace Player::Hostile

@@ -1,0 +1,32 @@
+include(GoogleTest)
+
+set(VIRE_LEFT_OUT "" CACHE STRING "Tests that can't be run here, for example Socket.A:Wait.B")
+
+# vire_tests(TARGET [PREFIX text] [ONLY filter] [EXCEPT filter] [LABEL label] [TIMEOUT seconds] [SHARDS count]
+#            [ENVIRONMENT setting...])
+# Each test is one of ctest's. Under sanitizers and emulation, where a process takes a second to start, a few
+# processes share them instead.
+function(vire_tests aTarget)
+    cmake_parse_arguments(l "" "PREFIX;ONLY;EXCEPT;LABEL;TIMEOUT;SHARDS" "ENVIRONMENT" ${ARGN})
+    foreach(lDefault ONLY=* TIMEOUT=120 SHARDS=1)
+        string(REPLACE "=" ";" lDefault ${lDefault})
+        list(GET lDefault 0 lName)
+        list(GET lDefault 1 lValue)
+        if(NOT DEFINED l_${lName})
+            set(l_${lName} ${lValue})
+        endif()
+    endforeach()
+    set(lFilter "${l_ONLY}-${l_EXCEPT}:${VIRE_LEFT_OUT}")
+    if(NOT VIRE_SANITIZE AND NOT CMAKE_CROSSCOMPILING)
+        gtest_discover_tests(${aTarget} TEST_PREFIX "${l_PREFIX}" DISCOVERY_TIMEOUT 60 TEST_FILTER "${lFilter}"
+            PROPERTIES TIMEOUT ${l_TIMEOUT} LABELS "${l_LABEL}")
+        return()
+    endif()
+    math(EXPR lLast "${l_SHARDS} - 1")
+    foreach(lShard RANGE ${lLast})
+        set(lTest ${l_PREFIX}${aTarget}.${l_LABEL}${lShard})
+        add_test(NAME ${lTest} COMMAND ${aTarget} --gtest_filter=${lFilter} --gtest_brief=1)
+        set_tests_properties(${lTest} PROPERTIES TIMEOUT 900 LABELS "${l_LABEL}"
+            ENVIRONMENT "GTEST_TOTAL_SHARDS=${l_SHARDS};GTEST_SHARD_INDEX=${lShard};${l_ENVIRONMENT}")
+    endforeach()
+endfunction()
