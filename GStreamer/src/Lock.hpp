@@ -55,7 +55,7 @@ public:
     operator GStaticMutex*() const { return &m_mutex; }
 
 private:
-    mutable GStaticMutex m_mutex;
+    mutable GStaticMutex m_mutex{};
 };
 
 }  // namespace nsGstVireRtspSrc

@@ -1,5 +1,6 @@
 #include "PlayerAccess.hpp"
 
+#include "Boundary.hpp"
 #include "Player/Report.hpp"
 
 namespace nsGstVireRtspSrc {
@@ -44,10 +45,14 @@ void PlayerAccess::SetConfigParam(const std::string& aKey, const std::string& aV
 
 void PlayerAccess::LetGo() {
     do {
-        const auto lRefused = ApplyPending();
+        // Destructors let go: nothing may be thrown here.
+        std::vector<Player::Exception> lRefused;
+        AtBoundary(nullptr, [this, &lRefused] { lRefused = ApplyPending(); });
         g_static_mutex_unlock(m_playerMutex);
         for (const auto& lException : lRefused) {
-            if (m_onFailure) { m_onFailure(lException); }
+            AtBoundary(nullptr, [this, &lException] {
+                if (m_onFailure) { m_onFailure(lException); }
+            });
         }
     } while (HasPending() && g_static_mutex_trylock(m_playerMutex));
 }
@@ -85,16 +90,17 @@ Player::SharedPtr<Player::Packet, Player::SharedObject> PlayerAccess::TakePacket
     return lPlayer->GetTrackPacket(aTrack);
 }
 
-void PlayerAccess::TakeIn() {
+unsigned int PlayerAccess::TakeIn(unsigned int aTrack) {
     const Hold lPlayer(*this);
     try {
         lPlayer->TakeIn();
+        return lPlayer->GetTrackReception(aTrack).mPacketsReceived;
     } catch (const std::exception& lException) {
         Player::Report(__FILE__, __LINE__, Player::Severity::Error, "Taking in: %s", lException.what());
     } catch (const Player::Exception&) {
         // Reported where it was thrown.
-        return;
     }
+    return 0;
 }
 
 void PlayerAccess::DropUnplayed() {

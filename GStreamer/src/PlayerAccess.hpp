@@ -46,8 +46,9 @@ public:
 
     /// The track's next packet, or null; reads from the network.
     Player::SharedPtr<Player::Packet, Player::SharedObject> TakePacket(unsigned int aTrack);
-    /// Reads what has arrived and keeps it; never throws. What fails here is told by `TakePacket`.
-    void TakeIn();
+    /// Reads what has arrived and keeps it; never throws. What fails here is told by `TakePacket`. Tells how many
+    /// packets of the track have arrived since it was played or sought.
+    unsigned int TakeIn(unsigned int aTrack);
     /// A copy of the track's description, good without the lock.
     Player::Properties TrackInfo(unsigned int aTrack);
 
@@ -68,7 +69,7 @@ private:
     void DropUnplayed();
     Pairs TakePending();
     bool HasPending();
-    /// With the player mutex held, never throwing; gives back what was refused.
+    /// With the player mutex held; gives back what was refused.
     std::vector<Player::Exception> ApplyPending();
     /// Lets go of the player mutex. What a setter leaves behind in the last moment is applied, here or by the
     /// next holder.

@@ -97,7 +97,9 @@ private:
     /// Reads range and duration, and tells them.
     void update_times();
     void delete_all_streams();
+    /// Returns when some track has a packet, or none will come.
     void wait_for_packets();
+    bool has_packet_or_end();
     Stream* stream_at(unsigned int aTrack) const;
     /// Puts a stream, or null, at the index or behind the last.
     void put_stream(unsigned int aTrack, Stream* aStream);

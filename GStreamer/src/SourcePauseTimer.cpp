@@ -1,3 +1,4 @@
+#include "Boundary.hpp"
 #include "ElementState.hpp"
 #include "Source.hpp"
 
@@ -19,7 +20,7 @@ struct Request {
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
 
-    GWeakRef m_element;
+    GWeakRef m_element{};
     Source* const m_source;
 };
 
@@ -27,7 +28,7 @@ gboolean vireCheckIfPaused(GstClock* /*aClock*/, GstClockTime /*aTime*/, GstCloc
     auto* const lRequest = static_cast<Request*>(aData);
     const gpointer lElement = g_weak_ref_get(&lRequest->m_element);
     if (nullptr == lElement) { return TRUE; }
-    lRequest->m_source->check_if_paused(aId);
+    AtBoundary(lElement, [lRequest, aId] { lRequest->m_source->check_if_paused(aId); });
     gst_object_unref(lElement);
     return TRUE;
 }

@@ -12,6 +12,13 @@ namespace {
 /// Between two looks for a first packet, in microseconds.
 constexpr useconds_t kWaitInterval = 10000;
 
+/// A socket holds less of a fast stream than comes in that time, so it is emptied so often meanwhile.
+constexpr useconds_t kTakeInsPerWait = 5;
+
+/// Looks for a first packet, together half a minute. The player gives up on a silent server sooner; this ends the
+/// waiting for one that sends without end what makes no packet, while the application waits for the transition.
+constexpr unsigned int kMostLooks = 3000;
+
 gint64 OrUnknown(const Player::Time& aTime) {
     const gint64 lTime = aTime.NanoSeconds();
     return 0 == lTime ? -1 : lTime;
@@ -98,19 +105,26 @@ void Source::delete_all_streams() {
     }
 }
 
-/// Ended tracks end the waiting as well: nothing would ever come for them.
+/// Ended tracks and a lost network end the waiting as well: nothing would ever come.
 void Source::wait_for_packets() {
     bool lDone = false;
-    while (!lDone) {
-        {
-            const PlayerAccess::Hold lPlayer(m_player);
-            for (unsigned int lTrack = 0; lTrack < m_streams->len && !lDone; ++lTrack) {
-                lDone = lPlayer->TrackHasPacket(lTrack);
-            }
-            lDone = lDone || lPlayer->HasTimedOut() || lPlayer->IsEnded();
+    for (unsigned int lLook = 0; !lDone && lLook < kMostLooks; ++lLook) {
+        lDone = has_packet_or_end();
+        for (useconds_t lTakeIn = 0; lTakeIn < kTakeInsPerWait; ++lTakeIn) {
+            m_player.TakeIn(0);
+            usleep(kWaitInterval / kTakeInsPerWait);
         }
-        usleep(kWaitInterval);
     }
+    if (!lDone) { GST_WARNING_OBJECT(m_element, "No packet among all that the server sends; going on without"); }
+}
+
+bool Source::has_packet_or_end() {
+    if (!m_network.available()) { return true; }
+    const PlayerAccess::Hold lPlayer(m_player);
+    for (unsigned int lTrack = 0; lTrack < m_streams->len; ++lTrack) {
+        if (lPlayer->TrackHasPacket(lTrack)) { return true; }
+    }
+    return lPlayer->HasTimedOut() || lPlayer->IsEnded();
 }
 
 Stream* Source::stream_at(unsigned int aTrack) const {

@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <exception>
 
+#include "Boundary.hpp"
 #include "ElementState.hpp"
 #include "StreamDebug.hpp"
 #include "StreamPad.hpp"
@@ -16,9 +19,6 @@ namespace {
 
 /// A track without data says so this often, in microseconds.
 constexpr int kNoDataReportInterval = 500000;
-
-/// Between two looks at the sockets while a track without data sleeps, in microseconds.
-constexpr int kTakeInInterval = 20000;
 
 }  // namespace
 
@@ -144,7 +144,7 @@ GHashTable* Stream::split_fmt_params(const std::string& aText) {
 void Stream::iterate() {
     if (!task_is_running()) {
         GST_DEBUG_OBJECT(m_pad, "Unexpected - task is not running\n");
-        usleep(kPollInterval);
+        rest();
         return;
     }
     if (process_guarded()) {
@@ -175,9 +175,15 @@ void Stream::handle_got_packet() {
 /// Sleeps for one interval. A socket holds less of a fast stream than comes in that time, so it is emptied
 /// now and then.
 void Stream::rest() {
-    for (int lSlept = 0; lSlept < kPollInterval; lSlept += kTakeInInterval) {
-        usleep(kTakeInInterval);
-        m_player.TakeIn();
+    using std::chrono::microseconds;
+    for (microseconds lLeft(kPollInterval); lLeft.count() > 0;) {
+        const unsigned int lReceived = m_player.TakeIn(m_track);
+        // Fewer than last time: it was played or sought again.
+        const unsigned int lNew = lReceived < m_received ? lReceived : lReceived - m_received;
+        m_received = lReceived;
+        const microseconds lSleep = std::min<microseconds>(m_pace.Next(lNew), lLeft);
+        usleep(static_cast<useconds_t>(lSleep.count()));
+        lLeft -= lSleep;
     }
 }
 
@@ -215,5 +221,5 @@ void Stream::handle_end(bool aTimedOut) {
 }  // namespace nsGstVireRtspSrc
 
 void gst_vire_rtsp_stream_task_loop(nsGstVireRtspSrc::Stream* aStream) {
-    aStream->iterate();
+    nsGstVireRtspSrc::AtBoundary(nullptr, [aStream] { aStream->iterate(); });
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Lock.hpp"
+#include "Player/Pace.hpp"
 #include "PlayerAccess.hpp"
 #include "StreamController.hpp"
 
@@ -90,12 +91,14 @@ private:
     PlayerAccess& m_player;
     const unsigned int m_track;
     GstTask* m_task = nullptr;
-    GStaticRecMutex m_taskLock;  ///< Held by GStreamer while the task runs.
+    GStaticRecMutex m_taskLock{};  ///< Held by GStreamer while the task runs.
     std::atomic<bool> m_running{false};
     StreamStatus m_status = kOk;       ///< Under m_statusMutex.
     std::atomic<int> m_noDataTime{0};  ///< Microseconds since the last packet or report.
     std::atomic<bool> m_failureTold{false};
-    bool m_flushing = false;  ///< Under the source's state lock.
+    Player::Pace m_pace;          ///< Of the looks at the sockets; the loop's own, as the next.
+    unsigned int m_received = 0;  ///< Packets, at the last look.
+    bool m_flushing = false;      ///< Under the source's state lock.
 };
 
 }  // namespace nsGstVireRtspSrc

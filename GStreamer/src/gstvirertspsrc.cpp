@@ -2,9 +2,11 @@
 
 #include <new>
 
+#include "Boundary.hpp"
 #include "PropertyTable.hpp"
 #include "Source.hpp"
 
+using nsGstVireRtspSrc::AtBoundary;
 using nsGstVireRtspSrc::ConfigParamKey;
 using nsGstVireRtspSrc::Source;
 
@@ -53,7 +55,9 @@ const gchar* gst_vire_rtsp_src_uri_get_uri(GstURIHandler* aHandler) {
 
 gboolean gst_vire_rtsp_src_uri_set_uri(GstURIHandler* aHandler, const gchar* aUri) {
     Source* const lSource = SourceOf(aHandler);
-    if (nullptr != lSource) { lSource->set_config_param(nsGstVireRtspSrc::kLocation, aUri); }
+    if (nullptr != lSource) {
+        AtBoundary(aHandler, [&] { lSource->set_config_param(nsGstVireRtspSrc::kLocation, aUri); });
+    }
     return TRUE;
 }
 
@@ -71,9 +75,9 @@ void gst_vire_rtsp_src_set_property(GObject* aObject, guint aId, const GValue* a
     if (nsGstVireRtspSrc::kLocation + 1 == aId) {
         gst_vire_rtsp_src_uri_set_uri(GST_URI_HANDLER(aObject), g_value_get_string(aValue));
     } else if (IsSetting(aId)) {
-        lSource->set_config_param(KeyOf(aId), g_value_get_string(aValue));
+        AtBoundary(aObject, [&] { lSource->set_config_param(KeyOf(aId), g_value_get_string(aValue)); });
     } else if (nsGstVireRtspSrc::kPropertyNetworkAvailable == aId) {
-        lSource->set_config_boolean_param(KeyOf(aId), g_value_get_boolean(aValue));
+        AtBoundary(aObject, [&] { lSource->set_config_boolean_param(KeyOf(aId), g_value_get_boolean(aValue)); });
     } else {
         G_OBJECT_WARN_INVALID_PROPERTY_ID(aObject, aId, aSpec);
     }
@@ -115,17 +119,23 @@ bool RunAfter(Source* aSource, GstStateChange aTransition) {
 
 GstStateChangeReturn gst_vire_rtsp_src_change_state(GstElement* aElement, GstStateChange aTransition) {
     Source* const lSource = SourceOf(aElement);
-    if (!RunBefore(lSource, aTransition)) { return GST_STATE_CHANGE_FAILURE; }
+    if (!AtBoundary(aElement, false, [&] { return RunBefore(lSource, aTransition); })) {
+        return GST_STATE_CHANGE_FAILURE;
+    }
     const GstStateChangeReturn lResult = GST_ELEMENT_CLASS(parent_class)->change_state(aElement, aTransition);
     if (GST_STATE_CHANGE_FAILURE == lResult) { return lResult; }
-    if (!RunAfter(lSource, aTransition)) { return GST_STATE_CHANGE_FAILURE; }
+    if (!AtBoundary(aElement, true, [&] { return RunAfter(lSource, aTransition); })) {
+        return GST_STATE_CHANGE_FAILURE;
+    }
     // A live source has nothing to preroll with.
     return GST_STATE_CHANGE_READY_TO_PAUSED == aTransition ? GST_STATE_CHANGE_NO_PREROLL : lResult;
 }
 
 gboolean gst_vire_rtsp_src_send_event(GstElement* aElement, GstEvent* aEvent) {
     Source* const lSource = SourceOf(aElement);
-    if (nullptr != lSource) { return lSource->handle_event(aEvent); }
+    if (nullptr != lSource) {
+        return AtBoundary(aElement, FALSE, [&] { return lSource->handle_event(aEvent); });
+    }
     gst_event_unref(aEvent);
     return FALSE;
 }

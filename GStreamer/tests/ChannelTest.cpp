@@ -36,7 +36,7 @@ TEST_F(Channel, ALocationSetInReadyIsKeptForLater) {
 TEST_F(Channel, ALocationSetWhilePlayingIsPlayedAtOnce) {
     ServeH264();
     StartPlaying();
-    mServer.Push(0, 5 * kSecond, "of b");
+    PushOn("Play", 5 * kSecond, "of b");
     mElement.SetText("location", "vire://host/b");
     EXPECT_EQ(Texts{"Play rtsp://host/b 0.000000"}, mServer.TakeCalls());
     EXPECT_EQ(GST_STATE_PLAYING, mElement.State());
@@ -49,8 +49,11 @@ TEST_F(Channel, ALocationSetWhilePlayingIsPlayedAtOnce) {
 TEST_F(Channel, AnotherCodecGetsAnotherPad) {
     Serve({FakeServer::H264(), FakeServer::AAC()});
     ASSERT_TRUE(mElement.Play());
-    Serve({FakeServer::MP4V(), FakeServer::AAC()});
-    mServer.Push(1, kSecond, "y");
+    mServer.Describe({FakeServer::MP4V(), FakeServer::AAC()});
+    mServer.On("Play", [this] {
+        mServer.Push(0, kSecond, "x");
+        mServer.Push(1, kSecond, "y");
+    });
     mElement.SetText("location", "rtsp://host/b");
     EXPECT_EQ((Texts{"src0", "src1", "no-more-pads", "-src0", "src0", "no-more-pads"}), mElement.PadSignals());
     EXPECT_TRUE(mElement.Sink(0)->Await("buffer"));
@@ -58,13 +61,27 @@ TEST_F(Channel, AnotherCodecGetsAnotherPad) {
     EXPECT_EQ(1U, mElement.Sink(1)->Count("flush-stop"));
 }
 
+TEST_F(Channel, TheSameCodecInAnotherConfigurationGetsAnotherPad) {
+    Serve({FakeServer::H264(), FakeServer::AAC()});
+    ASSERT_TRUE(mElement.Play());
+    FakeServer::Description lOther = FakeServer::AAC();
+    for (auto& lPair : lOther) {
+        if ("TimeRes" == lPair.first) { lPair.second = "48000"; }
+    }
+    mServer.Describe({FakeServer::H264(), lOther});
+    PushOn("Play", 0, "x");
+    mElement.SetText("location", "rtsp://host/b");
+    EXPECT_EQ((Texts{"src0", "src1", "no-more-pads", "-src1", "src1", "no-more-pads"}), mElement.PadSignals());
+}
+
 TEST_F(Channel, TracksThatTheNewChannelLacksGoAndThoseItHasInAdditionCome) {
     Serve({FakeServer::H264(), FakeServer::AAC()});
     ASSERT_TRUE(mElement.Play());
-    ServeH264();
+    PushOn("Play", 0, "x");
+    mServer.Describe({FakeServer::H264()});
     mElement.SetText("location", "rtsp://host/b");
     EXPECT_EQ((Texts{"src0", "src1", "no-more-pads", "-src1"}), mElement.PadSignals());
-    Serve({FakeServer::H264(), FakeServer::AAC(), FakeServer::MP4V()});
+    mServer.Describe({FakeServer::H264(), FakeServer::AAC(), FakeServer::MP4V()});
     mElement.SetText("location", "rtsp://host/c");
     EXPECT_EQ((Texts{"src0", "src1", "no-more-pads", "-src1", "src1", "src2", "no-more-pads"}), mElement.PadSignals());
 }
@@ -84,6 +101,12 @@ TEST_F(Channel, WithTheServerPausedANewLocationPlaysAndIsPausedAgain) {
     EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
     ASSERT_TRUE(mElement.Sink(0)->Await("buffer"));
     EXPECT_EQ("flush-stop segment buffer", mElement.Sink(0)->Kinds().substr(0, 25));
+    // All is as before: the next channel flushes.
+    EXPECT_EQ(0U, mElement.Sink(0)->Count("flush-start"));
+    PushOn("Play", 3 * kSecond, "of c");
+    mElement.SetText("location", "rtsp://host/c");
+    EXPECT_EQ(1U, mElement.Sink(0)->Count("flush-start"));
+    EXPECT_EQ(2U, mElement.Sink(0)->Count("flush-stop"));
 }
 
 TEST_F(Channel, WithTheServerPausedANewLocationPlaysAndGoesOn) {
@@ -174,7 +197,7 @@ TEST_F(Channel, AChannelWithoutPlayableTracksIsToldOnce) {
 TEST_F(Channel, ASeekWhilePlayingSeeks) {
     ServeH264();
     StartPlaying();
-    mServer.Push(0, 30 * kSecond, "there");
+    PushOn("Seek", 30 * kSecond, "there");
     EXPECT_TRUE(mElement.Seek(30 * GST_SECOND));
     EXPECT_EQ(Texts{"Seek 30.000000"}, mServer.TakeCalls());
     ASSERT_TRUE(mElement.Sink(0)->Await("buffer"));
@@ -244,7 +267,20 @@ TEST_F(Channel, ASeekBeforeAnythingPlaysDoesNothing) {
     EXPECT_EQ(Texts(), mServer.TakeCalls());
     EXPECT_EQ(Texts(), mElement.TakeMessages());
     StartPlaying();
-    mServer.Push(0, kSecond, "x");
+    PushOn("Play", kSecond, "x");
+    mElement.SetText("location", "rtsp://host/b");
+    EXPECT_EQ(Texts{"Play rtsp://host/b 0.000000"}, mServer.TakeCalls());
+}
+
+TEST_F(Channel, ASeekBeforeAnythingPlaysIsForgottenByANewLocation) {
+    ServeH264();
+    mElement.Set(GST_STATE_READY);
+    EXPECT_TRUE(mElement.Seek(20 * GST_SECOND));
+    ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    mServer.TakeCalls();
+    for (const char* lOperation : {"Play", "Seek"}) {
+        PushOn(lOperation, kSecond, "x");
+    }
     mElement.SetText("location", "rtsp://host/b");
     EXPECT_EQ(Texts{"Play rtsp://host/b 0.000000"}, mServer.TakeCalls());
 }
@@ -252,7 +288,7 @@ TEST_F(Channel, ASeekBeforeAnythingPlaysDoesNothing) {
 TEST_F(Channel, TheStartOfASeekCountsInAnyFormat) {
     ServeH264();
     StartPlaying();
-    mServer.Push(0, kSecond, "x");
+    PushOn("Seek", kSecond, "x");
     EXPECT_TRUE(gst_element_send_event(
         mElement.Get(), gst_event_new_seek(1.0, GST_FORMAT_BYTES, GST_SEEK_FLAG_NONE, GST_SEEK_TYPE_SET, 1500000000,
                                            GST_SEEK_TYPE_NONE, -1)));
@@ -273,7 +309,7 @@ TEST_F(Channel, OtherEventsAreNotHandled) {
     GstEvent* const lSeek =
         gst_event_new_seek(1.0, GST_FORMAT_TIME, GST_SEEK_FLAG_NONE, GST_SEEK_TYPE_SET, 5, GST_SEEK_TYPE_NONE, -1);
     gst_event_ref(lSeek);
-    mServer.Push(0, kSecond, "x");
+    PushOn("Seek", kSecond, "x");
     EXPECT_TRUE(gst_element_send_event(mElement.Get(), lSeek));
     EXPECT_EQ(1, GST_MINI_OBJECT_REFCOUNT_VALUE(lSeek));
     gst_event_unref(lSeek);

@@ -1,5 +1,4 @@
 find_package(GTest REQUIRED)
-include(GoogleTest)
 
 # vire_element_tests(LEG TARGET): the tests of the element, the same for both legs but for what gst1/ and
 # gst010/ hold.
@@ -10,18 +9,27 @@ function(vire_element_tests aLeg aTarget)
     endif()
     set(lHere ${PROJECT_SOURCE_DIR}/GStreamer/tests)
     file(GLOB lSources CONFIGURE_DEPENDS ${lHere}/*.cpp ${lHere}/support/*.cpp ${lHere}/${lFolder}/*.cpp)
+    set(lEnvironment)
+    if(VIRE_SANITIZE MATCHES "thread")
+        # Memory that GLib hands out anew from pools of its own would seem to be shared by its old and new users.
+        set(lEnvironment ENVIRONMENT G_SLICE=always-malloc)
+    else()
+        list(FILTER lSources EXCLUDE REGEX "ThreadSanitizerLocks")
+    endif()
     # The shorthand of dialogues, which the session's tests have as well.
     list(APPEND lSources ${PROJECT_SOURCE_DIR}/Player/tests/MediaSessions/Dialogue.cpp)
+    # The heap that runs out at will.
+    list(APPEND lSources ${PROJECT_SOURCE_DIR}/tests/faults/Memory.cpp)
     set(lTests element_tests_${aLeg})
     add_executable(${lTests} ${lSources})
-    target_include_directories(${lTests} PRIVATE ${lHere} ${lHere}/${lFolder} ${PROJECT_SOURCE_DIR}/Player/tests)
+    target_include_directories(${lTests} PRIVATE ${lHere} ${lHere}/${lFolder} ${PROJECT_SOURCE_DIR}/Player/tests
+        ${PROJECT_SOURCE_DIR}/tests/faults)
     target_link_libraries(${lTests} PRIVATE ${aTarget} test_support GTest::gmock GTest::gtest)
     target_compile_definitions(${lTests} PRIVATE VIRE_PLUGIN_FILE="$<TARGET_FILE:${aTarget}-plugin>")
     add_dependencies(${lTests} ${aTarget}-plugin)
     vire_warnings(${lTests})
-    gtest_discover_tests(${lTests} TEST_PREFIX ${aLeg}. DISCOVERY_TIMEOUT 60 TEST_FILTER -*Slow.*
-        PROPERTIES TIMEOUT 120)
+    vire_tests(${lTests} PREFIX ${aLeg}. EXCEPT *Slow.*:*Long.* SHARDS 4 ${lEnvironment})
     # They wait for the element's own seconds: more of them than there are processors may run at once.
-    gtest_discover_tests(${lTests} TEST_PREFIX ${aLeg}. DISCOVERY_TIMEOUT 60 TEST_FILTER *Slow.*
-        PROPERTIES TIMEOUT 120 LABELS slow)
+    vire_tests(${lTests} PREFIX ${aLeg}. ONLY *Slow.* LABEL slow SHARDS 8 ${lEnvironment})
+    vire_tests(${lTests} PREFIX ${aLeg}. ONLY *Long.* LABEL long TIMEOUT 600 SHARDS 2 ${lEnvironment})
 endfunction()

@@ -36,6 +36,7 @@ const char* const kPause = R"(
 
 TEST_F(SourcePauseTestSlow, PausesTheServerOfAnElementThatStaysPaused) {
     const DebugCapture lLog("virertsp_source");
+    const auto lBegin = std::chrono::steady_clock::now();
     Start(std::string(kClip) + kPause + R"(
         > PLAY clip 5 | Session: 5
         < 200 5 | RTP-Info: url=r/video;seq=10;rtptime=180000 | Range: npt=1-20
@@ -44,10 +45,9 @@ TEST_F(SourcePauseTestSlow, PausesTheServerOfAnElementThatStaysPaused) {
         TEARDOWN
     )",
           GST_STATE_PAUSED);
-    const auto lBegin = std::chrono::steady_clock::now();
     ASSERT_TRUE(mServers[0]->Await("paused"));
     const auto lWaited = std::chrono::steady_clock::now() - lBegin;
-    EXPECT_GE(lWaited, milliseconds(1300));
+    EXPECT_GE(lWaited, milliseconds(1500));
     EXPECT_LE(lWaited, milliseconds(3000));
     EXPECT_TRUE(Eventually(
         [&lLog] { return 1 == lLog.Count(GST_LEVEL_DEBUG, "Element still in PAUSED state -> Pause server"); }));

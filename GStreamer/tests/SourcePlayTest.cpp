@@ -50,6 +50,93 @@ TEST_F(SourcePlayTest, AudioBuffersCarryTheTrackBytesAndTimes) {
     EXPECT_EQ(0U, lBuffers[1].mOffset) << "audio is not counted";
 }
 
+const char* const kVisual = R"(
+    > DESCRIBE clip 1
+    < 200 1 | SDP clip/ video:96:90000:MP4V-ES range=0-20
+    > SETUP clip/video 2 | UDP 0
+    < 200 2 | Session: 5 | UDP 0
+    > PLAY clip 3
+    < 200 3 | RTP-Info: url=r/video;seq=1;rtptime=90000 | Range: npt=0-20
+    VISUAL 1 1.0 1.5
+    PAUSE
+    TEARDOWN
+)";
+
+TEST_F(SourcePlayTest, VisualBuffersCountAndTheirSegmentStandsWhereThePipelineIs) {
+    GstClock* const lClock = gst_system_clock_obtain();
+    gst_element_set_clock(Get(), lClock);
+    const GstClockTime lBase = gst_clock_get_time(lClock) - 50 * GST_SECOND;
+    gst_element_set_base_time(Get(), lBase);
+    Start(kVisual, GST_STATE_PLAYING);
+    const SinkPad& lSink = *Element().Sink(0);
+    ASSERT_TRUE(lSink.Await("buffer", 2));
+    ASSERT_EQ(LegPreamble() + "segment buffer buffer", lSink.Kinds());
+    const auto lNow = static_cast<gint64>(gst_clock_get_time(lClock) - lBase);
+    gst_object_unref(lClock);
+
+    const std::vector<Item> lItems = lSink.Items();
+    const Segment& lSegment = lItems[lItems.size() - 3].mSegment;
+    EXPECT_EQ(static_cast<gint64>(GST_SECOND), lSegment.mStart);
+    EXPECT_EQ(-1, lSegment.mStop);
+    EXPECT_GE(lSegment.mPosition, 50 * static_cast<gint64>(GST_SECOND));
+    EXPECT_LE(lSegment.mPosition, lNow);
+    const std::vector<Item> lBuffers = lSink.Buffers();
+    for (std::size_t lIndex = 0; lIndex < lBuffers.size(); ++lIndex) {
+        EXPECT_EQ(GST_SECOND + lIndex * GST_SECOND / 2, lBuffers[lIndex].mTimestamp);
+        EXPECT_EQ(lIndex, lBuffers[lIndex].mOffset);
+        EXPECT_EQ(lIndex, lBuffers[lIndex].mOffsetEnd);
+        EXPECT_EQ(0 == lIndex, lBuffers[lIndex].mDiscont);
+        EXPECT_EQ(std::string("\0\0\x01\xb6", 4) + static_cast<char>(lIndex + 1), lBuffers[lIndex].mBytes);
+    }
+}
+
+TEST_F(SourcePlayTest, MediaWithinTheConnectionComesOutOfBothPads) {
+    Interleave();
+    mElement = std::make_unique<ElementUnderTest>();
+    Start(R"(
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video AAC range=0-20
+        > SETUP clip/video 2 | TCP 0
+        < 200 2 | Session: 5 | TCP 0
+        > SETUP clip/audio 3 | Session: 5 | TCP 1
+        < 200 3 | TCP 1
+        > PLAY clip 4 | Session: 5 | Range: npt=0.000000-
+        < 200 4 | RTP-Info: url=r/video;seq=1;rtptime=90000,url=r/audio;seq=1;rtptime=44100 | Range: npt=0-20
+        SPLIT
+        VIDEO$ 1 0.0 0.5
+        AUDIO$ 1 0.0
+        AWAIT both
+        // Frames go on coming between a request and its answer: here of no track.
+        > PAUSE clip 5 | Session: 5
+        S$ 9 80 60 00 00
+        < 200 5
+        > PLAY clip 6 | Session: 5
+        S$ 9 80 60 00 00
+        < 200 6 | RTP-Info: url=r/video;seq=10;rtptime=225000,url=r/audio;seq=10;rtptime=110250 | Range: npt=1.5-20
+        SPLIT
+        VIDEO$ 10 1.5 2.0
+        AUDIO$ 10 1.5
+        PAUSE
+        TEARDOWN
+    )",
+          GST_STATE_PLAYING);
+    ASSERT_TRUE(Element().Sink(0)->Await("buffer", 2));
+    ASSERT_TRUE(Element().Sink(1)->Await("buffer", 1));
+    EXPECT_EQ(GST_SECOND / 2, Element().Sink(0)->Buffers()[1].mTimestamp);
+    EXPECT_EQ("\xaa\x01", Element().Sink(1)->Buffers()[0].mBytes);
+    mServers[0]->Notify("both");
+    To(GST_STATE_PAUSED);
+    Element().Sink(0)->Clear();
+    Element().Sink(1)->Clear();
+    To(GST_STATE_PLAYING);
+    ASSERT_TRUE(Element().Sink(0)->Await("buffer", 2));
+    ASSERT_TRUE(Element().Sink(1)->Await("buffer"));
+    EXPECT_EQ("flush-stop segment buffer buffer", Element().Sink(0)->Kinds());
+    EXPECT_EQ("\xaa\x0a", Element().Sink(1)->Buffers()[0].mBytes);
+    To(GST_STATE_NULL);
+    EXPECT_THAT(Messages({"error", "warning"}), IsEmpty());
+}
+
 TEST_F(SourcePlayTest, EveryPadHasItsOwnSegment) {
     Start(std::string(kTwoTracks) + "PAUSE\nTEARDOWN", GST_STATE_PLAYING);
     for (unsigned lTrack : {0U, 1U}) {

@@ -3,37 +3,13 @@
 #include <thread>
 
 #include "Player/Exception.hpp"
-#include "support/FakeServer.hpp"
+#include "support/Feeder.hpp"
 #include "support/SourceTest.hpp"
 
 namespace ElementTest {
 namespace {
 
 using std::chrono::milliseconds;
-
-/// Media without end for both tracks. A change waits for a packet, which a task may have taken before it:
-/// there is always another.
-class Feeder {
-public:
-    explicit Feeder(FakeServer& aServer)
-        : mThread([this, &aServer] {
-              while (!mDone) {
-                  aServer.Push(0, 1, "x");
-                  aServer.Push(1, 1, "y");
-                  std::this_thread::sleep_for(milliseconds(1));
-              }
-          }) {}
-    Feeder(const Feeder&) = delete;
-    Feeder& operator=(const Feeder&) = delete;
-    ~Feeder() {
-        mDone = true;
-        mThread.join();
-    }
-
-private:
-    std::atomic<bool> mDone{false};
-    std::thread mThread;
-};
 
 class SourceThreads : public testing::Test {
 protected:
@@ -89,6 +65,17 @@ TEST_F(SourceThreads, ASetterWaitsForNoServer) {
     mServer.Release();
     lTransition.join();
     EXPECT_EQ("now", mServer.Setting("RTSP:SendReferrer"));
+}
+
+TEST_F(SourceThreads, ASettingThatComesWhileAnotherIsAppliedIsApplied) {
+    ElementUnderTest lElement;
+    mServer.On("Configure", [&] {
+        mServer.Clear("Configure");
+        lElement.SetText("referrer", "late");
+    });
+    lElement.SetText("network-type", "early");
+    EXPECT_EQ("early", mServer.Setting("RTSP:SendNetworkType"));
+    EXPECT_EQ("late", mServer.Setting("RTSP:SendReferrer"));
 }
 
 TEST_F(SourceThreads, SeeksAndChannelsFromSeveralThreads) {
@@ -148,6 +135,8 @@ TEST_P(SourceFails, NothingIsThrownThroughTheElement) {
     EXPECT_TRUE(lElement.Seek(GST_SECOND));
     lElement.SetText("location", "rtsp://host/other");
     EXPECT_NE(GST_STATE_CHANGE_FAILURE, lElement.Set(GST_STATE_PAUSED));
+    EXPECT_EQ(GST_STATE_CHANGE_SUCCESS, lElement.Set(GST_STATE_PLAYING)) << "by resuming";
+    EXPECT_NE(GST_STATE_CHANGE_FAILURE, lElement.Set(GST_STATE_PAUSED));
     lElement.SetNetwork(false);
     lElement.SetNetwork(true);
     EXPECT_NE(GST_STATE_CHANGE_FAILURE, lElement.Set(GST_STATE_PLAYING));
@@ -170,7 +159,7 @@ std::vector<Failing> EveryFailure() {
         {"standard", [] { throw std::runtime_error("standard"); }},
         {"text", [] { throw "plain text"; }}};
     std::vector<Failing> lCases;
-    for (const char* lOperation : {"Play", "Pause", "Seek", "Close"}) {
+    for (const char* lOperation : {"Play", "Pause", "Resume", "Seek", "Close"}) {
         for (const auto& lThrow : lThrows) {
             lCases.push_back({lOperation, lThrow.first, lThrow.second});
         }

@@ -160,6 +160,32 @@ TEST_F(StreamAlone, APacketStartsTheWaitAnew) {
     EXPECT_EQ(0U, mController.Count(kNoData));
 }
 
+TEST_F(StreamAlone, BeingRunStartsTheWaitAnew) {
+    MakeH264();
+    mStream->task_run();
+    std::this_thread::sleep_for(kALittle);
+    mStream->task_pause();
+    mStream->task_wait();
+    const Clock::time_point lStart = Clock::now();
+    const std::size_t lBefore = mController.Reports().size();
+    mStream->task_run();
+    ASSERT_TRUE(Eventually([this, lBefore] { return mController.Reports().size() > lBefore; }));
+    EXPECT_GE(mController.Reports()[lBefore].mTime - lStart, std::chrono::milliseconds(490));
+}
+
+TEST_F(StreamAlone, BeingRunForgetsThatThereWasNoData) {
+    MakeH264();
+    mStream->task_run();
+    ASSERT_TRUE(Eventually([this] { return 1 == mController.Count(kNoData); }));
+    mStream->task_pause();
+    mStream->task_wait();
+    EXPECT_EQ(kNoData, mStream->status_get());
+    // It looks for no packet yet.
+    mElement.Force(GST_STATE_PAUSED);
+    mStream->task_run();
+    EXPECT_EQ(kOk, mStream->status_get());
+}
+
 TEST_F(StreamAlone, EndsWithOneEndOfStreamAndIdles) {
     MakeH264();
     mServer.Push(1, 1, "last");
@@ -509,10 +535,21 @@ TEST_F(StreamAlone, AACTimesAreCutToNanoseconds) {
     EXPECT_EQ(2000000001, FirstSegment(Sink()).mStop);
 }
 
-class AACWithoutStop : public StreamAlone, public ::testing::WithParamInterface<std::pair<const char*, const char*>> {};
+/// When a track begins and ends; null where the description does not say.
+struct Times {
+    const char* mStart;
+    const char* mEnd;
+};
+
+void PrintTo(const Times& aTimes, std::ostream* aOut) {
+    *aOut << (nullptr == aTimes.mStart ? "none" : aTimes.mStart) << " to "
+          << (nullptr == aTimes.mEnd ? "none" : aTimes.mEnd);
+}
+
+class AACWithoutStop : public StreamAlone, public ::testing::WithParamInterface<Times> {};
 
 TEST_P(AACWithoutStop, HasAnOpenSegment) {
-    Make<nsGstVireRtspSrc::StreamAAC>(AACFromTo(GetParam().first, GetParam().second));
+    Make<nsGstVireRtspSrc::StreamAAC>(AACFromTo(GetParam().mStart, GetParam().mEnd));
     mServer.Push(1, 1500000000, "x");
     mStream->task_run();
     ASSERT_TRUE(Sink().Await("buffer"));
@@ -521,9 +558,8 @@ TEST_P(AACWithoutStop, HasAnOpenSegment) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Times, AACWithoutStop,
-                         ::testing::Values(std::make_pair(nullptr, nullptr), std::make_pair("1", nullptr),
-                                           std::make_pair(nullptr, "2"), std::make_pair("5", "2"),
-                                           std::make_pair("0", "1e300"), std::make_pair("0", "9223372036"),
-                                           std::make_pair("nan", "inf")));
+                         ::testing::Values(Times{nullptr, nullptr}, Times{"1", nullptr}, Times{nullptr, "2"},
+                                           Times{"5", "2"}, Times{"0", "1e300"}, Times{"0", "9223372036"},
+                                           Times{"nan", "inf"}));
 
 }  // namespace ElementTest

@@ -54,6 +54,26 @@ TEST_F(Transitions, WithoutLocationPausedIsRefused) {
               mElement.TakeMessages());
 }
 
+TEST_F(Transitions, AStartThatWaitsForMediaEndsWithTheNetwork) {
+    mServer.Describe({FakeServer::H264()});
+    mServer.Range(0, 60);
+    mServer.On("Produce", [this] { mElement.SetNetwork(false); });
+    EXPECT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    EXPECT_EQ(Texts{"Play rtsp://host/clip 0.000000"}, mServer.TakeCalls());
+}
+
+class TransitionsSlow : public SourceFixture {};
+
+TEST_F(TransitionsSlow, AStartEndsThoughNothingThatComesMakesAPacket) {
+    mServer.Describe({FakeServer::H264()});
+    mServer.Range(0, 60);
+    const DebugCapture lLog("virertsp_source");
+    EXPECT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
+    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_WARNING, "No packet among all that the server sends; going on without"));
+    EXPECT_EQ(GST_STATE_CHANGE_SUCCESS, mElement.Set(GST_STATE_PLAYING));
+    EXPECT_TRUE(mElement.AwaitMessage("buffering 0"));
+}
+
 TEST_F(Transitions, ALocationWithoutSchemeIsNone) {
     mElement.SetText("location", "rtsp://before/clip");
     mElement.SetText("location", "host/clip");
@@ -287,7 +307,7 @@ TEST_F(Transitions, AFailedResumeIsToldAndLeavesNothingFlushing) {
     mServer.Push(0, kSecond, "x");
     EXPECT_TRUE(mElement.Sink(0)->Await("buffer"));
     mServer.TakeCalls();
-    mServer.Push(0, kSecond, "y");
+    PushOn("Play", kSecond, "y");
     mElement.SetText("location", "rtsp://host/other");
     EXPECT_EQ(Texts{"Play rtsp://host/other 0.000000"}, mServer.TakeCalls());
     EXPECT_TRUE(mElement.Sink(0)->Await("buffer", 2));

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "gstvirertspsrc.hpp"
+#include "support/DebugCapture.hpp"
 #include "support/Finalize.hpp"
 
 /// The element is linked in and registered here; the plugin file is looked at by a test of its own.
@@ -10,5 +11,6 @@ int main(int aCount, char** aArguments) {
     ::testing::InitGoogleTest(&aCount, aArguments);
     gst_element_register(nullptr, "virertspsrc", GST_RANK_NONE, gst_vire_rtsp_src_get_type());
     ElementTest::CompleteFinalize();
+    ElementTest::DebugCapture::Install();
     return RUN_ALL_TESTS();
 }

@@ -92,7 +92,8 @@ TEST_F(StickyEvents, ComeAgainAfterReadyInAGroupOfTheirOwn) {
 TEST_F(StickyEvents, APadOfANewChannelJoinsTheGroup) {
     PlayTwo();
     const guint lGroup = GroupId(1);
-    Serve({FakeServer::MP4V(), FakeServer::AAC()});
+    mServer.Describe({FakeServer::MP4V(), FakeServer::AAC()});
+    PushOn("Play", 0, "x");
     mElement.SetText("location", "rtsp://host/b");
     EXPECT_EQ(lGroup, GroupId(0));
     EXPECT_EQ(lGroup, GroupId(1));
@@ -119,7 +120,7 @@ TEST_F(StickyEvents, FlushStopResetsTheRunningTime) {
             return GST_PAD_PROBE_OK;
         },
         nullptr, nullptr);
-    mServer.Push(0, 1, "x");
+    PushOn("Seek", 1, "x");
     mElement.Seek(5);
     EXPECT_TRUE(sReset);
     gst_pad_remove_probe(PadOf(0), lProbe);

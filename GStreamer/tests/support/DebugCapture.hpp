@@ -2,7 +2,6 @@
 
 #include <gst/gst.h>
 
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -11,6 +10,10 @@ namespace ElementTest {
 /// Catches what one of the element's debug categories is told, at any level, while it lives.
 class DebugCapture {
 public:
+    /// To be called once, before there are other threads: GStreamer can't take a log function back while some
+    /// thread may be in it.
+    static void Install();
+
     explicit DebugCapture(const char* aCategory);
     DebugCapture(const DebugCapture&) = delete;
     DebugCapture& operator=(const DebugCapture&) = delete;
@@ -23,10 +26,9 @@ public:
 
 private:
     static void OnMessage(GstDebugCategory* aCategory, GstDebugLevel aLevel, const gchar*, const gchar*, gint, GObject*,
-                          GstDebugMessage* aMessage, gpointer aThis);
+                          GstDebugMessage* aMessage, gpointer);
 
     const std::string mCategory;
-    mutable std::mutex mMutex;
     std::vector<std::string> mMessages;
 };
 

@@ -71,11 +71,12 @@ private:
         const SharedPtr<Player::Properties, SharedObject> lCommon(new Player::Properties);
         std::list<SharedPtr<Player::Properties, SharedObject>> lTracks;
         for (const Description& lDescription : mServer.mTracks) {
-            lTracks.emplace_back(new Player::Properties);
+            const SharedPtr<Player::Properties, SharedObject> lTrack(new Player::Properties);
+            lTracks.push_back(lTrack);
             for (const auto& lPair : lDescription) {
-                lTracks.back()->Insert(lPair.first, lPair.second);
+                lTrack->Insert(lPair.first, lPair.second);
             }
-            lTracks.back()->Insert("Transport", "Sample");
+            lTrack->Insert("Transport", "Sample");
         }
         aHandler.SelectTracks(lCommon, lTracks);
         aHandler.AvailableRange(mServer.mBegin, mServer.mEnd);

@@ -3,6 +3,8 @@
 extern "C" const char* __asan_default_options();
 extern "C" const char* __lsan_default_options();
 extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __tsan_default_options();
+extern "C" const char* __tsan_default_suppressions();
 
 /// GLib is built without frame pointers: only the slow way sees where its memory comes from.
 extern "C" const char* __asan_default_options() {
@@ -24,4 +26,17 @@ extern "C" const char* __lsan_default_suppressions() {
         "leak:g_intern_string\n"
         // Deliberate in the element: the text of the "wap profile" is never freed.
         "leak:ElementTest::ElementUnderTest::SetProfile\n";
+}
+
+/// GLib and GStreamer are not built for the thread sanitizer: what they do to their own memory is theirs to get right,
+/// and cannot be told from here.
+extern "C" const char* __tsan_default_options() {
+    return "ignore_noninstrumented_modules=1";
+}
+
+extern "C" const char* __tsan_default_suppressions() {
+    return
+        // The type system's lock and that of GStreamer's registry of plugins are taken in both orders, all of it in
+        // those two, while types of plugins are loaded.
+        "deadlock:g_type_class_ref\n";
 }

@@ -19,6 +19,10 @@ protected:
         mServer.Push(0, 0, "first");
     }
     void ServeH264(double aDuration = 60) { Serve({FakeServer::H264()}, aDuration); }
+    /// When this is asked of the server it has a packet of track 0 to send, which nobody can have taken before.
+    void PushOn(const std::string& aOperation, gint64 aPlayTime, const std::string& aBytes) {
+        mServer.On(aOperation, [this, aPlayTime, aBytes] { mServer.Push(0, aPlayTime, aBytes); });
+    }
     /// PLAYING, with the first packet through.
     void StartPlaying() {
         ASSERT_TRUE(mElement.Play());

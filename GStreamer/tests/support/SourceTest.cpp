@@ -1,5 +1,6 @@
 #include "support/SourceTest.hpp"
 
+#include <map>
 #include <sstream>
 
 #include "MediaSessions/Dialogue.hpp"
@@ -50,10 +51,12 @@ namespace {
 
 constexpr std::uint32_t kSsrc = 7;
 unsigned gTimeOut = 0;
+bool gInterleave = false;
 
 Player::MediaPlayer* MakePlayer() {
     auto* const lPlayer = new Player::MediaPlayer;
     lPlayer->SetConfigParam("RTSP:TargetRTPBuffer", "0");
+    if (gInterleave) { lPlayer->SetConfigParam("RTSP:UseInterleavedRTP", "1"); }
     if (0 != gTimeOut) {
         lPlayer->SetConfigParam("RTSP:TimeOutAfter", std::to_string(gTimeOut));
         lPlayer->SetConfigParam("RTSP:TimeOutRTPAfter", std::to_string(gTimeOut));
@@ -61,18 +64,43 @@ Player::MediaPlayer* MakePlayer() {
     return lPlayer;
 }
 
-/// "VIDEO 1 0.0 0.5": a packet per time.
-std::string Media(std::istringstream& aWords, bool aIsVideo, const std::string& aTrack) {
+/// What a word for media stands for.
+struct Kind {
+    const char* mWay;  ///< "RTP 0" to the ports of track 0, "S$ 0" on channel 0.
+    unsigned mPayloadType;
+    unsigned mClockRate;
+    Bytes mPayload;  ///< Of a packet; the sequence number follows.
+};
+
+const Bytes kUnit = {0x65};
+const Bytes kPicture = {0x00, 0x00, 0x01, 0xb6};
+const Bytes kFrame = {0x02, 0xaa};  // two bytes of audio
+
+/// Null when the word is none for media.
+const Kind* KindOf(const std::string& aWord) {
+    static const std::map<std::string, Kind> kKinds = {
+        {"VIDEO", {"RTP 0", 96, 90000, kUnit}},  {"VIDEO1", {"RTP 1", 96, 90000, kUnit}},
+        {"VIDEO$", {"S$ 0", 96, 90000, kUnit}},  {"VISUAL", {"RTP 0", 96, 90000, kPicture}},
+        {"AUDIO", {"RTP 1", 97, 44100, kFrame}}, {"AUDIO$", {"S$ 2", 97, 44100, kFrame}}};
+    const auto lFound = kKinds.find(aWord);
+    return kKinds.end() == lFound ? nullptr : &lFound->second;
+}
+
+/// "VIDEO 1 0.0 0.5", of which the first word is read: a packet per time.
+std::string Media(std::istringstream& aWords, const Kind& aKind) {
+    using TestSupport::operator+;
     std::string lScript;
     unsigned lSeq = 0;
     aWords >> lSeq;
     for (double lTime = 0; aWords >> lTime; ++lSeq) {
-        const auto lStamp = static_cast<std::uint32_t>((1 + lTime) * (aIsVideo ? 90000 : 44100));
-        const auto lLast = static_cast<Byte>(lSeq);
-        const Bytes lPayload = aIsVideo ? Bytes{0x65, lLast} : Bytes{0x02, 0xaa, lLast};
-        const RtpPacket lPacket =
-            RtpPacket().Type(aIsVideo ? 96 : 97).Ssrc(kSsrc).Seq(lSeq).Timestamp(lStamp).Marker().Payload(lPayload);
-        lScript += "RTP " + aTrack + " " + TestSupport::Hex(lPacket.Build()) + "\n";
+        const RtpPacket lPacket = RtpPacket()
+                                      .Type(aKind.mPayloadType)
+                                      .Ssrc(kSsrc)
+                                      .Seq(lSeq)
+                                      .Timestamp(static_cast<std::uint32_t>((1 + lTime) * aKind.mClockRate))
+                                      .Marker()
+                                      .Payload(aKind.mPayload + Bytes{static_cast<Byte>(lSeq)});
+        lScript += std::string(aKind.mWay) + " " + TestSupport::Hex(lPacket.Build()) + "\n";
     }
     return lScript;
 }
@@ -107,8 +135,8 @@ std::string Script(const std::string& aDialogue) {
         std::istringstream lWords(lLine);
         std::string lWord;
         lWords >> lWord;
-        if ("VIDEO" == lWord || "VIDEO1" == lWord || "AUDIO" == lWord) {
-            lScript += Media(lWords, "AUDIO" != lWord, "VIDEO" == lWord ? "0" : "1");
+        if (const Kind* const lKind = KindOf(lWord)) {
+            lScript += Media(lWords, *lKind);
         } else if ("BYE" == lWord) {
             lScript += Bye(lWords);
         } else if ("PAUSE" == lWord || "TEARDOWN" == lWord) {
@@ -124,6 +152,7 @@ std::string Script(const std::string& aDialogue) {
 
 SourceTest::SourceTest() {
     TimeOutAfter(0);
+    gInterleave = false;
     nsGstVireRtspSrc::PlayerAccess::SetMaker(MakePlayer);
     mElement = std::make_unique<ElementUnderTest>();
 }
@@ -135,6 +164,10 @@ SourceTest::~SourceTest() {
 
 void SourceTest::TimeOutAfter(unsigned aSeconds) {
     gTimeOut = aSeconds;
+}
+
+void SourceTest::Interleave() {
+    gInterleave = true;
 }
 
 void SourceTest::TearDown() {

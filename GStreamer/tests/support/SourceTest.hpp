@@ -24,6 +24,8 @@ using TestSupport::ScriptedServer;
 ///     VIDEO 1 0.0 0.5      access units of track 0, sequence numbers from 1, at these seconds
 ///     VIDEO1 1 0.0 0.5     the same to the ports of track 1
 ///     AUDIO 1 0.0 0.5      the same for AAC, to the ports of track 1
+///     VIDEO$, AUDIO$       VIDEO and AUDIO in frames on channel 0, on channel 2
+///     VISUAL 1 0.0 0.5     pictures of MPEG-4 visual, to the ports of track 0
 ///     BYE 0                the end of track 0
 ///     PAUSE, TEARDOWN      that request, whatever its number; it succeeds
 /// and "AAC" in a description, which stands for a track of MPEG-4 audio that the element plays.
@@ -45,6 +47,8 @@ protected:
 
     /// For the players made from now on, in seconds; 0 for the library's own.
     static void TimeOutAfter(unsigned aSeconds);
+    /// For the players made from now on: media is to come within the RTSP connection.
+    static void Interleave();
     /// Ends the element, then the dialogues.
     void Finish();
 

@@ -1,0 +1,22 @@
+#include "Boundary.hpp"
+
+#include <exception>
+
+#include "Player/Exception.hpp"
+#include "Source.hpp"
+
+#define GST_CAT_DEFAULT SourceCategory()
+
+namespace nsGstVireRtspSrc {
+
+void LogAtBoundary(gpointer aObject) noexcept {
+    try {
+        throw;
+    } catch (const Player::Exception& lException) {
+        GST_ERROR_OBJECT(aObject, "Failed: %s", lException.Message());
+    } catch (const std::exception& lException) {
+        GST_ERROR_OBJECT(aObject, "Failed: %s", lException.what());
+    } catch (...) { GST_ERROR_OBJECT(aObject, "Failed"); }
+}
+
+}  // namespace nsGstVireRtspSrc
