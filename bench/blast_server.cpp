@@ -291,6 +291,7 @@ int Listen(unsigned& aPort) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what fails ends the program
 int main(int aCount, char** aArgs) {
     if (3 != aCount) {
         std::fprintf(stderr, "usage: blast_server CLIP.h264 MBIT_PER_S\n");
