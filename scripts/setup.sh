@@ -1,17 +1,20 @@
 #!/bin/sh
 # Installs what the build, the tests and the demonstration need on Debian 12. Run as root; quick and silent
 # when everything is there.
+#
+#   scripts/setup.sh [PACKAGE...]      more packages, that only some need
 set -eu
 
 packages="
     build-essential cmake ninja-build pkg-config ccache
-    clang clang-format clang-tidy
+    clang clang-format clang-tidy cppcheck libclang-rt-14-dev llvm
     libglib2.0-dev
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
     gstreamer1.0-plugins-ugly gstreamer1.0-libav
     libgtest-dev libgmock-dev libbenchmark-dev
-    ffmpeg python3 groff-base
+    ffmpeg python3 groff-base valgrind
+    $*
 "
 
 missing=""

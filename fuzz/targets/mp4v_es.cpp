@@ -1,0 +1,87 @@
+// MP4V-ES: a sample begins with a start code, ends with the payload of the packet that had the marker and is no larger
+// than what came since the sample before; frames cut into packets come out whole.
+
+#include <algorithm>
+
+#include "support/Depacketizing.hpp"
+
+namespace Fuzz {
+
+const Bounds kBounds{16384, 512};
+
+namespace {
+
+constexpr char kFormat[] = "MP4V-ES";
+
+bool BeginsWithStartCode(const Bytes& aPayload) {
+    const Bytes lCode = {0, 0, 1};
+    return aPayload.size() >= lCode.size() && std::equal(lCode.begin(), lCode.end(), aPayload.begin());
+}
+
+void TakeAnything(Input& aInput) {
+    const std::vector<Arrival> lArrivals = ReadArrivals(aInput);
+    Chain lChain(kFormat, "");
+    std::size_t lReceived = 0;
+    for (std::size_t lIdx = 0; lIdx < lArrivals.size(); ++lIdx) {
+        const Arrival& lArrival = lArrivals[lIdx];
+        lReceived += lArrival.mPayload.size();
+        const std::size_t lSamples = lChain.Push(lArrival);
+        FUZZ_CHECK(lSamples <= (lArrival.mMarker ? 1 : 0));
+        if (BeginsWithStartCode(lArrival.mPayload) && lArrival.mMarker) { FUZZ_CHECK(1 == lSamples); }
+        if (0 == lSamples) { continue; }
+        const Bytes lSample = Chain::BytesOf(lChain.Samples().back());
+        FUZZ_CHECK(BeginsWithStartCode(lSample) && lSample.size() <= lReceived);
+        FUZZ_CHECK(std::equal(lArrival.mPayload.rbegin(), lArrival.mPayload.rend(), lSample.rbegin()));
+        FUZZ_CHECK(lIdx == Chain::PlaceOf(lChain.Samples().back()));
+        // What is gathered is kept when a frame comes that needs no gathering.
+        if (lSample.size() != lArrival.mPayload.size()) { lReceived = 0; }
+    }
+}
+
+/// A fragment that looks like the start of a frame is taken for one.
+bool HasStartCodeInside(const std::vector<Bytes>& aPieces) {
+    return std::any_of(aPieces.begin() + 1, aPieces.end(), BeginsWithStartCode);
+}
+
+/// The number behind 65535 is not taken for the next one: such a frame is dropped.
+bool CrossesWrap(unsigned aSeq, const std::vector<Bytes>& aPieces) {
+    return aSeq + aPieces.size() > 0x10000;
+}
+
+void ComeThrough(Input& aInput) {
+    Chain lChain(kFormat, "");
+    unsigned lSeq = aInput.Word16();
+    while (!aInput.Empty()) {
+        const std::uint8_t lSize = static_cast<std::uint8_t>(std::max<unsigned>(aInput.Byte(), 3));
+        const unsigned lLost = aInput.Byte();
+        Bytes lFrame = {0, 0, 1};
+        const Bytes lData = aInput.Chunk();
+        lFrame.insert(lFrame.end(), lData.begin(), lData.end());
+        const std::vector<Bytes> lPieces = Cut(lFrame, {lSize});
+        if (HasStartCodeInside(lPieces) || CrossesWrap(lSeq, lPieces)) { return; }
+
+        std::size_t lSamples = 0;
+        for (std::size_t lIdx = 0; lIdx < lPieces.size(); ++lIdx) {
+            Arrival lArrival;
+            lArrival.mPayload = lPieces[lIdx];
+            lArrival.mSeq = static_cast<std::uint16_t>(lSeq++);
+            lArrival.mMarker = lPieces.size() == lIdx + 1;
+            if (lIdx != lLost) { lSamples += lChain.Push(lArrival); }
+        }
+        // Without its first packet a frame is no more either, unless an earlier one was left with the number before.
+        if (lLost < lPieces.size()) { return FUZZ_CHECK(lSamples == 0); }
+        FUZZ_CHECK(1 == lSamples && Chain::BytesOf(lChain.Samples().back()) == lFrame);
+    }
+}
+
+}  // namespace
+
+void Run(Input& aInput) {
+    if (aInput.Flag()) {
+        ComeThrough(aInput);
+    } else {
+        TakeAnything(aInput);
+    }
+}
+
+}  // namespace Fuzz

@@ -1,0 +1,93 @@
+// The configuration of an MPEG-4 visual stream: sizes fit their fields, come only behind a start code, and a layer that
+// was written by hand is read as it was written.
+
+#include "Parser/ParserMpeg4.hpp"
+#include "support/Target.hpp"
+
+namespace Fuzz {
+
+const Bounds kBounds{4096, 8};
+
+namespace {
+
+constexpr unsigned kSideLimit = 1U << 13;
+
+struct Size {
+    unsigned mWidth;
+    unsigned mHeight;
+};
+
+Size Parse(const Bytes& aBytes) {
+    Parser::ParserMpeg4 lParser(aBytes.data(), static_cast<unsigned>(aBytes.size()));
+    lParser.Parse();
+    FUZZ_CHECK(lParser.GetVOLWidth() < kSideLimit && lParser.GetVOLHeight() < kSideLimit);
+    return {lParser.GetVOLWidth(), lParser.GetVOLHeight()};
+}
+
+bool HasStartCode(const Bytes& aBytes) {
+    return std::string::npos != AsText(aBytes).find(std::string("\0\0\1", 3));
+}
+
+class BitWriter {
+public:
+    BitWriter& Put(unsigned aBits, unsigned aValue) {
+        while (0 != aBits--) {
+            if (0 == mBits++ % 8) { mBytes.push_back(0); }
+            mBytes.back() = static_cast<std::uint8_t>(mBytes.back() | (aValue >> aBits & 1) << (7 - (mBits - 1) % 8));
+        }
+        return *this;
+    }
+    const Bytes& Get() const { return mBytes; }
+
+private:
+    Bytes mBytes;
+    unsigned mBits = 0;
+};
+
+/// A rectangular video object layer with the optional fields that `aChoice` asks for.
+Bytes WriteLayer(Input& aChoice, const Size& aSize) {
+    BitWriter lOut;
+    lOut.Put(32, 0x00000120).Put(1, aChoice.Below(2)).Put(8, aChoice.Byte());
+    const bool lHasIdentifier = aChoice.Flag();
+    lOut.Put(1, lHasIdentifier);
+    if (lHasIdentifier) { lOut.Put(4, aChoice.Below(16)).Put(3, aChoice.Below(8)); }
+    const unsigned lAspect = aChoice.Below(16);
+    lOut.Put(4, lAspect);
+    if (15 == lAspect) { lOut.Put(8, aChoice.Byte()).Put(8, aChoice.Byte()); }
+    const bool lHasControl = aChoice.Flag();
+    lOut.Put(1, lHasControl);
+    if (lHasControl) {
+        const bool lHasBufferModel = aChoice.Flag();
+        lOut.Put(2, 1).Put(1, aChoice.Below(2)).Put(1, lHasBufferModel);
+        if (lHasBufferModel) {
+            for (const unsigned lBits : {15U, 1U, 15U, 1U, 15U, 1U, 3U, 11U, 1U, 15U, 1U}) {
+                lOut.Put(lBits, aChoice.Word16());
+            }
+        }
+    }
+    lOut.Put(2, 0).Put(1, 1);  // rectangular
+    const unsigned lResolution = aChoice.Word16();
+    lOut.Put(16, lResolution).Put(1, 1);
+    // An increment of no ticks would take a width of 32 bits.
+    const bool lHasIncrement = aChoice.Flag() && 0 != lResolution;
+    lOut.Put(1, lHasIncrement);
+    if (lHasIncrement) { lOut.Put(Parser::myLog2(lResolution - 1) + 1, aChoice.Word16()); }
+    lOut.Put(1, 1).Put(13, aSize.mWidth).Put(1, 1).Put(13, aSize.mHeight).Put(1, 1);
+    return lOut.Get();
+}
+
+}  // namespace
+
+void Run(Input& aInput) {
+    if (aInput.Flag()) {
+        const Size lWritten{aInput.Word16() % kSideLimit, aInput.Word16() % kSideLimit};
+        const Size lRead = Parse(WriteLayer(aInput, lWritten));
+        FUZZ_CHECK(lRead.mWidth == lWritten.mWidth && lRead.mHeight == lWritten.mHeight);
+        return;
+    }
+    const Bytes lBytes = aInput.Rest();
+    const Size lSize = Parse(lBytes);
+    FUZZ_CHECK(HasStartCode(lBytes) || (0 == lSize.mWidth && 0 == lSize.mHeight));
+}
+
+}  // namespace Fuzz
