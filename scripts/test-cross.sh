@@ -1,0 +1,63 @@
+#!/bin/sh
+# Builds everything for another machine with Debian's cross compiler and runs the tests under qemu's emulation.
+# Installs what is missing, as root; that machine's libraries are unpacked below build/, where they are in nobody's way:
+# installed beside this machine's own they would have to be of the very same versions.
+#
+#   scripts/test-cross.sh armhf|s390x [CTEST-OPTION...]      32-bit ARM, or a big-endian machine
+set -eu
+cd "$(dirname "$0")/.."
+
+machine=${1-}
+case $machine in
+    armhf) triplet=arm-linux-gnueabihf ;;
+    s390x) triplet=s390x-linux-gnu ;;
+    *) echo "usage: test-cross.sh armhf|s390x [CTEST-OPTION...]" >&2 && exit 2 ;;
+esac
+shift
+
+sysroot=build/sysroot-$triplet
+packages="libgstreamer1.0-dev libglib2.0-dev libgtest-dev libgmock-dev libstdc++-12-dev"
+jobs=$(nproc)
+
+# What an emulated process can't do:
+# - the test runs its own program again, which the kernel can't start (no binary format is registered for it);
+# - qemu's own select ends at descriptor 1023.
+left_out="ReportDeathTest.DefaultReporterIsThereFromTheStart:*.DescriptorsOf1024AndAbove"
+
+say() { printf '\n== %s\n' "$*"; }
+
+# The first archive of this machine's own sources that has the whole distribution.
+archive() { apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' | head -n 1; }
+
+make_sysroot() {
+    [ "$(cat "$sysroot/packages" 2>/dev/null)" != "$packages" ] || return 0
+    rm -rf "$sysroot"
+    mkdir -p build
+    mmdebstrap --quiet --variant=extract --architectures="$machine" --include="$packages" \
+        bookworm "$sysroot" "$(archive)"
+    echo "$packages" >"$sysroot/packages"
+}
+
+say "Packages"
+scripts/setup.sh mmdebstrap qemu-user-static "gcc-$triplet" "g++-$triplet"
+make_sysroot
+
+say "Server, for this machine"
+cmake --preset debug >/dev/null
+cmake --build --preset debug --target rtsp_server -- --quiet
+
+say "Build for $machine"
+cmake --preset "$machine" -D VIRE_RTSP_SERVER="$PWD/build/debug/tests/servers/rtsp_server" \
+    -D VIRE_LEFT_OUT="$left_out" >/dev/null
+cmake --build --preset "$machine" -- --quiet
+
+say "Tests on $machine"
+log=build/$machine/ctest.log
+status=0
+ctest --preset "$machine" -j $((jobs * 2)) "$@" >"$log" 2>&1 || status=$?
+if [ $status -eq 0 ]; then
+    grep -E '^[0-9]+% tests passed|^Total Test time' "$log"
+else
+    grep -vE '^ +Start +[0-9]+: |   Passed  ' "$log"
+fi
+exit $status
