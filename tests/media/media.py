@@ -6,6 +6,8 @@ import os
 import pathlib
 import subprocess
 
+from programs import program
+
 VIRERTSP = os.environ["VIRERTSP"]
 RTSP_SERVER = os.environ["RTSP_SERVER"]
 CLIPS = pathlib.Path(os.environ["CLIPS"])
@@ -49,17 +51,8 @@ def visual_clip(frames):
 @contextlib.contextmanager
 def server(*options):
     """Runs the server program and gives its URL."""
-    process = subprocess.Popen([RTSP_SERVER, *options], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-    try:
-        yield process.stdout.readline().strip()
-    finally:
-        process.stdin.close()
-        try:
-            process.wait(10)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
-        process.stdout.close()
+    with program(RTSP_SERVER, *options) as (url, _):
+        yield url
 
 
 def run(command, url, *options):

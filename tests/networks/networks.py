@@ -12,6 +12,7 @@ import tempfile
 import unittest
 
 import units
+from programs import program
 
 LINK = os.environ["LINK"]
 RECEIVER = os.environ["RECEIVER"]
@@ -44,28 +45,10 @@ class Condition:
 
 
 @contextlib.contextmanager
-def program(*command):
-    """Runs a program that ends with its standard input, and gives its first line and itself."""
-    pipe = subprocess.PIPE
-    process = subprocess.Popen(command, stdin=pipe, stdout=pipe, stderr=pipe, text=True)
-    try:
-        yield process.stdout.readline().strip(), process
-    finally:
-        process.stdin.close()
-        try:
-            process.wait(10)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
-        process.stdout.close()
-        process.stderr.close()
-
-
-@contextlib.contextmanager
 def link(log, conditions):
     """Makes the link; gives how commands are started at the server's and at the client's end."""
     options = [f"{name}={value}" for name, value in conditions.items()]
-    with program(LINK, str(log), *options) as (line, process):
+    with program(LINK, str(log), *options, stderr=subprocess.PIPE) as (line, process):
         if not line:
             words = process.stderr.read().strip()
             if process.wait() == FORBIDDEN:
@@ -79,7 +62,7 @@ def served(condition, log):
     """Makes the link and serves the stream at its far end; gives the URL and how the client is started."""
     with link(log, condition.link) as (at_server, at_client):
         with program(*at_server, sys.executable, str(HERE / "sender.py"), condition.media, str(condition.kbit_per_s),
-                     str(condition.seconds)) as (url, process):
+                     str(condition.seconds), stderr=subprocess.PIPE) as (url, process):
             if not url:
                 raise RuntimeError(process.stderr.read())
             yield url, at_client

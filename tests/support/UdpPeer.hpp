@@ -2,44 +2,38 @@
 
 #include <atomic>
 #include <string>
+#include <utility>
 
-#include "support/Bytes.hpp"
+#include "support/UdpSocket.hpp"
 
 namespace TestSupport {
 
 /// The server's pair of UDP ports of one track: RTP on an even port that the system chose, RTCP on the next.
-/// On the loopback a datagram is in the receiver's queue when the sending call returns.
 class UdpPeer {
 public:
     UdpPeer();
-    UdpPeer(UdpPeer&& aOther) noexcept;
+    UdpPeer(UdpPeer&& aOther) noexcept : mSockets(std::move(aOther.mSockets)), mClientPort(aOther.mClientPort.load()) {}
     UdpPeer& operator=(UdpPeer&&) = delete;
-    ~UdpPeer();
+    ~UdpPeer() = default;
 
-    unsigned RtpPort() const { return mPort; }
+    unsigned RtpPort() const { return mSockets.first.Port(); }
     /// "50000-50001"
     std::string Ports() const;
 
     /// Where to send: RTP to this port of the loopback, RTCP to the next.
     void SetClientPort(unsigned aPort) { mClientPort = aPort; }
-    void SendRtp(const Bytes& aDatagram) const { Send(mRtp, mClientPort, aDatagram); }
-    void SendRtcp(const Bytes& aDatagram) const { Send(mRtcp, mClientPort + 1, aDatagram); }
+    void SendRtp(const Bytes& aDatagram) const { mSockets.first.Send(aDatagram, mClientPort); }
+    void SendRtcp(const Bytes& aDatagram) const { mSockets.second.Send(aDatagram, mClientPort + 1); }
 
-    /// The next datagram, within ten seconds; empty when none came.
-    Bytes ReceiveRtp() const { return Receive(mRtp); }
-    Bytes ReceiveRtcp() const { return Receive(mRtcp); }
+    /// The next datagram. Throws when none comes.
+    Bytes ReceiveRtp() const { return mSockets.first.Receive().first; }
+    Bytes ReceiveRtcp() const { return mSockets.second.Receive().first; }
     /// Whether a datagram is there now.
-    bool HasRtp() const { return Has(mRtp); }
-    bool HasRtcp() const { return Has(mRtcp); }
+    bool HasRtp() const { return mSockets.first.Has(); }
+    bool HasRtcp() const { return mSockets.second.Has(); }
 
 private:
-    static void Send(int aSocket, unsigned aPort, const Bytes& aDatagram);
-    static Bytes Receive(int aSocket);
-    static bool Has(int aSocket);
-
-    int mRtp = -1;
-    int mRtcp = -1;
-    unsigned mPort = 0;
+    std::pair<UdpSocket, UdpSocket> mSockets;
     std::atomic<unsigned> mClientPort{0};
 };
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "RTP/Transports/OverUDP.hpp"
-#include "RTP/Transports/UDPPeer.hpp"
+#include "support/UdpSocket.hpp"
 
 namespace Player::Testing {
 
@@ -25,7 +25,7 @@ inline UInt LocalPort(const RTP::Transports::OverUDP& aTransport, TrackIdx aIdx)
 /// This process's socket on that port; others may have the same port on other addresses.
 inline int DescriptorOf(UInt aPort) {
     for (int lDescriptor = 3; lDescriptor < 1024; ++lDescriptor) {
-        if (aPort == UDPPeer::BoundPort(lDescriptor)) { return lDescriptor; }
+        if (aPort == TestSupport::UdpSocket::BoundPort(lDescriptor)) { return lDescriptor; }
     }
     ADD_FAILURE() << "no socket on port " << aPort;
     return -1;

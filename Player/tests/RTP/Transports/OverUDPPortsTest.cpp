@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,7 +12,7 @@
 #include "RTP/Transports/CountedReports.hpp"
 #include "RTP/Transports/LocalPorts.hpp"
 #include "RTP/Transports/OverUDP.hpp"
-#include "RTP/Transports/UDPPeer.hpp"
+#include "support/UdpSocket.hpp"
 
 namespace Player::RTP::Transports {
 
@@ -22,7 +21,7 @@ using Testing::DescriptorOf;
 using Testing::kPortsBegin;
 using Testing::kPortsEnd;
 using Testing::LocalPort;
-using Testing::UDPPeer;
+using TestSupport::UdpSocket;
 
 namespace {
 
@@ -34,9 +33,9 @@ UInt FreePorts(UInt aPairs) {
     for (UInt lPlace = 0; lPlace < lPlaces; ++lPlace) {
         const UInt lBegin = kPortsBegin + (lFirst + lPlace) % lPlaces * 2 * aPairs;
         try {
-            std::vector<std::unique_ptr<UDPPeer>> lPeers;
+            std::vector<UdpSocket> lPeers;
             for (UInt i = 0; i < 2 * aPairs; ++i) {
-                lPeers.push_back(std::make_unique<UDPPeer>(lBegin + i));
+                lPeers.emplace_back(lBegin + i);
             }
             return lBegin;
         } catch (const std::runtime_error&) { continue; }
@@ -103,9 +102,9 @@ TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
     const UInt lBegin = FreePorts(kPairs);
     const CountedReports lReports;
     for (UInt lFree = 0; lFree < kPairs; ++lFree) {
-        std::vector<std::unique_ptr<UDPPeer>> lTaken;
+        std::vector<UdpSocket> lTaken;
         for (UInt i = 0; i < kPairs; ++i) {
-            if (i != lFree) { lTaken.push_back(std::make_unique<UDPPeer>(lBegin + 2 * i)); }
+            if (i != lFree) { lTaken.emplace_back(lBegin + 2 * i); }
         }
         for (UInt lSeed = 0; lSeed < 8; ++lSeed) {
             std::srand(lSeed);
@@ -122,13 +121,13 @@ TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
 TEST(OverUDPPortsTest, TakenRTCPPortMovesThePairOn) {
     const UInt lBegin = FreePorts(2);
     const CountedReports lReports;
-    const UDPPeer lTaken(lBegin + 1);
+    const UdpSocket lTaken(lBegin + 1);
     for (UInt lSeed = 0; lSeed < 8; ++lSeed) {
         std::srand(lSeed);
         OverUDP lTransport(lBegin, lBegin + 4, "");
         lTransport.AddTrack();
         EXPECT_EQ(lBegin + 2, LocalPort(lTransport, 0));
-        EXPECT_NO_THROW(UDPPeer{lBegin}) << "the half of the pair that was free is free again";
+        EXPECT_NO_THROW(UdpSocket{lBegin}) << "the half of the pair that was free is free again";
     }
 }
 

@@ -12,7 +12,7 @@
 #include "RTP/Transports/CountedReports.hpp"
 #include "RTP/Transports/LocalPorts.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
-#include "RTP/Transports/UDPPeer.hpp"
+#include "support/UdpSocket.hpp"
 
 namespace Player::RTP::Transports {
 
@@ -25,7 +25,7 @@ using Testing::kPortsEnd;
 using Testing::LocalPort;
 using Testing::Packet;
 using Testing::RecordingProcessor;
-using Testing::UDPPeer;
+using TestSupport::UdpSocket;
 using Events = std::vector<std::string>;
 
 namespace {
@@ -71,14 +71,14 @@ protected:
         ::close(lNull);
     }
 
-    UDPPeer mPeer;
+    UdpSocket mPeer;
     OverUDP mTransport;
     UInt mPorts[kTracks] = {};
     SharedPtr<RecordingProcessor, SharedObject> mProcessors[kTracks];
 };
 
 TEST_F(OverUDPTest, TakesPacketsFromAnySender) {
-    const UDPPeer lOther;
+    const UdpSocket lOther;
     mPeer.Send(Packet().Seq(1).Build(), mPorts[0]);
     lOther.Send(Packet().Seq(2).Build(), mPorts[0]);
     mPeer.Send(Packet().Seq(9).Build(), mPorts[1]);
@@ -162,7 +162,7 @@ TEST_F(OverUDPTest, EveryPacketHasItsOwnArrival) {
 }
 
 TEST_F(OverUDPTest, RTCPIsAnsweredToItsSender) {
-    const UDPPeer lControl;
+    const UdpSocket lControl;
     mPeer.Send(Packet().Seq(7).Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
     lControl.Send(Compound().SR(0x00001234, 0x56780000, 5).Build(), mPorts[0] + 1);
@@ -203,7 +203,7 @@ TEST_F(OverUDPTest, NothingIsSentWithoutMediaOrForBadRTCP) {
         return 90 == mTransport.GetTrackRTPStack(0).GetLastRTPTimeExt();
     }));
     EXPECT_EQ(32U, mPeer.Receive().first.size());
-    UDPPeer().Send(Bytes{1}, mPeer.Port());
+    UdpSocket().Send(Bytes{1}, mPeer.Port());
     EXPECT_EQ(Bytes{1}, mPeer.Receive().first) << "that was the only report";
 }
 
@@ -264,7 +264,7 @@ TEST_F(OverUDPTest, ReportThatCannotBeSentIsDropped) {
 
 TEST_F(OverUDPTest, PreflightPunchesAHoleFromEitherSocket) {
     const CountedReports lReports;
-    const UDPPeer lControl;
+    const UdpSocket lControl;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(0, std::to_string(mPeer.Port()) + " - " + std::to_string(lControl.Port()));
     mTransport.Preflight();
