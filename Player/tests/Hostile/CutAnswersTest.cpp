@@ -92,7 +92,7 @@ const AnswerRow kAnswers[] = {
      Answer(kPlays, ": 5", {{"\r\nSession: 5\r\nConnection: close\r\n\r", {kPlays, kNothingMore}}}), false, true},
 };
 
-class CutAnswerTest : public SessionTest, public testing::WithParamInterface<AnswerRow> {
+class HostileCutTest : public SessionTest, public testing::WithParamInterface<AnswerRow> {
 protected:
     static const Outcome& OutcomeOf(std::size_t aCut) {
         std::size_t lEnd = 0;
@@ -129,7 +129,7 @@ protected:
     }
 };
 
-TEST_P(CutAnswerTest, EveryByteHasItsOutcome) {
+TEST_P(HostileCutTest, EveryByteHasItsOutcome) {
     std::string lText;
     for (const Part& lPart : GetParam().mAnswer) {
         lText += lPart.mText;
@@ -145,7 +145,7 @@ TEST_P(CutAnswerTest, EveryByteHasItsOutcome) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Answers, CutAnswerTest, testing::ValuesIn(kAnswers), NameOfRow());
+INSTANTIATE_TEST_SUITE_P(Answers, HostileCutTest, testing::ValuesIn(kAnswers), NameOfRow());
 
 }  // namespace
 }  // namespace Player::Hostile
