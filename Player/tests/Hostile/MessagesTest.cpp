@@ -170,6 +170,7 @@ const MessageRow kRows[] = {
      Then::kWaits,
      "accepted",
      {10000, Frame(200, {1, 2, 3}) + Frame(255, {}) + Frame(0, {0}), kOk}},
+    {"MoreFramesThanAreHeldAtOnce", "", Then::kWaits, "accepted", {10000, Frame(0, TestSupport::Bytes(1200)), kOk}},
     {"ADollarAlone", "$", Then::kEnds, kNothing},
     {"AFrameWithoutItsPayload", std::string("$\0\5\xDC", 4), Then::kEnds, kNothing},
 

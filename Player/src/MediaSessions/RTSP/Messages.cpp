@@ -14,6 +14,7 @@ namespace {
 
 constexpr char kFrameMagic = '$';
 constexpr UInt kFrameHeaderSize = 4;
+constexpr UInt kLargestFrame = kFrameHeaderSize + 1500;
 constexpr char kBlanks[] = " \t\n\v\f\r";
 /// Of one message. Each costs many times its bytes; servers send a dozen.
 constexpr std::size_t kMostHeaders = 16384;
@@ -186,6 +187,8 @@ bool Messages::HandleInterleavedData(bool aBlocking) {
     bool lDelivered = false;
     char lCh = 0;
     while ((aBlocking || mConnection.Have(kFrameHeaderSize)) && mConnection.PeekCh(lCh, 0) && kFrameMagic == lCh) {
+        // Any number of frames may stand before a response: those that were delivered make room for more.
+        if (aBlocking && !mConnection.Have(kLargestFrame)) { mConnection.Normalize(); }
         const UInt lLeftBefore = mConnection.Left();
         Byte lHeader[kFrameHeaderSize] = {};
         Byte* lFrame = nullptr;
