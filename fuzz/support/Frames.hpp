@@ -8,16 +8,26 @@ namespace Fuzz {
 /// frame can't be asked for anything else, so wherever a frame could begin its length is made one that passes.
 constexpr unsigned kMostFrameBytes = 1500;
 
-inline bool IsFrameWithinLimit(const Bytes& aText, std::size_t aAt) {
-    return '$' != aText[aAt] || aAt + 3 >= aText.size() || aText[aAt + 2] * 256U + aText[aAt + 3] <= kMostFrameBytes;
-}
-
-inline Bytes WithFramesWithinLimit(Bytes aText) {
-    for (std::size_t lAt = 0; lAt < aText.size(); ++lAt) {
-        if (!IsFrameWithinLimit(aText, lAt)) { aText[lAt + 2] &= 3; }
+/// Does so with a stream that comes in pieces: a frame may begin in one and have its length in the next.
+class FramesWithinLimit {
+public:
+    Bytes operator()(Bytes aPiece) {
+        for (std::uint8_t& lByte : aPiece) {
+            if ('$' == mBefore[1] && lByte > kMostHigh) { lByte &= 3; }
+            if ('$' == mBefore[0] && kMostHigh == mBefore[2] && lByte > kMostLow) { lByte &= 0x7F; }
+            mBefore[0] = mBefore[1];
+            mBefore[1] = mBefore[2];
+            mBefore[2] = lByte;
+        }
+        return aPiece;
     }
-    return aText;
-}
+
+private:
+    static constexpr std::uint8_t kMostHigh = kMostFrameBytes >> 8;
+    static constexpr std::uint8_t kMostLow = kMostFrameBytes & 0xFF;
+
+    std::uint8_t mBefore[3] = {};
+};
 
 inline Bytes Frame(unsigned aChannel, const Bytes& aPayload) {
     Bytes lFrame = {'$', static_cast<std::uint8_t>(aChannel), static_cast<std::uint8_t>(aPayload.size() >> 8),

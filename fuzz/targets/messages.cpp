@@ -134,7 +134,7 @@ bool CarriesNoReports(const std::string& aStream) {
 
 void Run(Input& aInput) {
     const Bytes lSizes = aInput.Take(aInput.Below(16));
-    const Bytes lStream = WithFramesWithinLimit(aInput.Rest());
+    const Bytes lStream = FramesWithinLimit()(aInput.Rest());
     const std::string lText = AsText(lStream);
     Outcome lInPieces = Receive(Cut(lStream, lSizes), lText);
     Outcome lAtOnce = Receive({lStream}, lText);

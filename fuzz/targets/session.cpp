@@ -79,14 +79,16 @@ private:
             }
             case 8: {
                 const unsigned lChannel = mInput.Byte();
-                return mNetwork.Send(Frame(lChannel, mInput.Take(mInput.Word16() % (kMostFrameBytes + 1))));
+                return Send(Frame(lChannel, mInput.Take(mInput.Word16() % (kMostFrameBytes + 1))));
             }
             case 10: return Refuse();
             case 11: return TakeAtMost(mInput.Byte());
             case 12: return mNetwork.Silence();
-            default: return mNetwork.Send(WithFramesWithinLimit(mInput.Chunk()));
+            default: return Send(mInput.Chunk());
         }
     }
+
+    void Send(const Bytes& aPiece) { mNetwork.Send(mFramesWithinLimit(aPiece)); }
 
     /// Something that the system may say at any time.
     void Refuse() {
@@ -184,6 +186,7 @@ private:
     std::size_t mSize;
     // Lives longer than the player, which gives its sockets back.
     Network mNetwork;
+    FramesWithinLimit mFramesWithinLimit;
     Player::MediaPlayer mPlayer;
     std::size_t mDelivered = 0;
     bool mHasPlayed = false;
