@@ -59,19 +59,6 @@ void Messages::duration(gint64 aDuration) const {
     gst_element_post_message(m_element, gst_message_new_duration(GST_OBJECT(m_element), GST_FORMAT_TIME, aDuration));
 }
 
-void Messages::warn_no_location() const {
-    GST_ELEMENT_WARNING(m_element, RESOURCE, NOT_FOUND,
-                        ("There is nothing to play: set \"location\" to an address such as rtsp://server/clip."),
-                        (nullptr));
-}
-
-void Messages::warn_no_network(const std::string& aLocation) const {
-    GST_ELEMENT_WARNING(m_element, RESOURCE, OPEN_READ,
-                        ("%s was not asked for anything: the application has set \"network-available\" to false.",
-                         DisplayedLocation(aLocation).c_str()),
-                        (nullptr));
-}
-
 void Messages::warn_no_tracks(const std::string& aLocation) const {
     GST_ELEMENT_WARNING(m_element, STREAM, WRONG_TYPE,
                         ("%s has no track that can be played: H.264, MPEG-4 video and MPEG-4 audio (LATM) can.",

@@ -21,8 +21,6 @@ public:
 
     /// Warnings for people: what could not be done, with which server, why. Never errors: those would end
     /// pipelines that the application message is meant to steer.
-    void warn_no_location() const;
-    void warn_no_network(const std::string& aLocation) const;
     void warn_no_tracks(const std::string& aLocation) const;
     void warn_timed_out(const std::string& aLocation) const;
     /// `aWhat` is done to the location: "Playing", "Pausing", ...

@@ -74,9 +74,10 @@ bool Settings::set_location(const gchar* aValue) {
     return lStored;
 }
 
-std::string Settings::location() const {
+std::string Settings::text(ConfigParamKey aKey) const {
     const Lock lLock(m_mutex);
-    return nullptr == m_values[kLocation] ? std::string() : std::string(m_values[kLocation]);
+    const gchar* const lValue = has(aKey) ? m_values[aKey] : nullptr;
+    return nullptr == lValue ? std::string() : std::string(lValue);
 }
 
 }  // namespace nsGstVireRtspSrc

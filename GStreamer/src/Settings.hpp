@@ -31,8 +31,9 @@ public:
     /// Stores `aValue` as an RTSP location, whatever its scheme; text without "://" leaves none.
     /// Whether there is a location now.
     bool set_location(const gchar* aValue);
-    /// The location, or empty text.
-    std::string location() const;
+    /// The stored text, or an empty one.
+    std::string text(ConfigParamKey aKey) const;
+    std::string location() const { return text(kLocation); }
 
 private:
     Mutex m_mutex;

@@ -148,6 +148,7 @@ private:
 
     Mutex m_stateMutex;
     bool m_serverPaused = false;     ///< The server was paused while the element is PAUSED.
+    bool m_goesToPlaying = false;    ///< The transition was done; the element's state may still be PAUSED.
     bool m_channelChanged = false;   ///< A channel was started while the server was paused: pads flush.
     bool m_networkTimedOut = false;  ///< The player is worn out; rebuilt on PAUSED to READY.
     bool m_seekPending = false;      ///< m_resumePosition was asked for by a seek while the server was paused.

@@ -56,7 +56,8 @@ void Source::check_if_paused(GstClockID aId) {
     // It fired, and before it got here a transition took it back.
     if (aId != m_checkIfPausedId) { return; }
     cancel_check_if_paused();
-    if (GST_STATE_PAUSED != CurrentState(m_element)) {
+    // The element's state follows its transition later: to pause the server in between would stop what plays.
+    if (m_goesToPlaying || GST_STATE_PAUSED != CurrentState(m_element)) {
         GST_DEBUG_OBJECT(m_element, "Element in PLAYING state -> Continue");
         return;
     }

@@ -1,5 +1,8 @@
 #include <unistd.h>
 
+#include <algorithm>
+
+#include "Player/String.hpp"
 #include "Source.hpp"
 #include "StreamFactory.hpp"
 
@@ -15,9 +18,12 @@ constexpr useconds_t kWaitInterval = 10000;
 /// A socket holds less of a fast stream than comes in that time, so it is emptied so often meanwhile.
 constexpr useconds_t kTakeInsPerWait = 5;
 
-/// Looks for a first packet, together half a minute. The player gives up on a silent server sooner; this ends the
-/// waiting for one that sends without end what makes no packet, while the application waits for the transition.
-constexpr unsigned int kMostLooks = 3000;
+/// How long a first packet is looked for, apart from the time in which media gather. The player gives up on a silent
+/// server sooner; this ends the waiting for one that sends without end what makes no packet, while the application
+/// waits for the transition.
+constexpr unsigned int kMostSeconds = 30;
+constexpr unsigned int kMostGatheredSeconds = 3600;
+constexpr unsigned int kLooksPerSecond = 1000000 / kWaitInterval;
 
 gint64 OrUnknown(const Player::Time& aTime) {
     const gint64 lTime = aTime.NanoSeconds();
@@ -107,8 +113,11 @@ void Source::delete_all_streams() {
 
 /// Ended tracks and a lost network end the waiting as well: nothing would ever come.
 void Source::wait_for_packets() {
+    const unsigned int lGathered =
+        std::min(Player::DecimalToUInt(m_settings.text(kRtpBufferSize)), kMostGatheredSeconds);
+    const unsigned int lMostLooks = (kMostSeconds + lGathered) * kLooksPerSecond;
     bool lDone = false;
-    for (unsigned int lLook = 0; !lDone && lLook < kMostLooks; ++lLook) {
+    for (unsigned int lLook = 0; !lDone && lLook < lMostLooks; ++lLook) {
         lDone = has_packet_or_end();
         for (useconds_t lTakeIn = 0; lTakeIn < kTakeInsPerWait; ++lTakeIn) {
             m_player.TakeIn(0);

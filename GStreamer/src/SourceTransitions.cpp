@@ -9,12 +9,10 @@ namespace nsGstVireRtspSrc {
 bool Source::may_start(const char* aRefusal) {
     if (m_settings.location().empty()) {
         GST_DEBUG_OBJECT(m_element, "No location");
-        m_messages.warn_no_location();
         return false;
     }
     if (!m_network.available()) {
         GST_DEBUG_OBJECT(m_element, "%s", aRefusal);
-        m_messages.warn_no_network(m_settings.location());
         return false;
     }
     return true;
@@ -36,7 +34,11 @@ bool Source::start_session() {
         lPlayer->Play(m_settings.location(), Player::Time(0));
         lTracks = lPlayer->GetTrackCount();
     }
-    if (0 == lTracks) { GST_ERROR_OBJECT(m_element, "No tracks"); }
+    if (0 == lTracks) {
+        GST_ERROR_OBJECT(m_element, "No tracks");
+        m_messages.warn_no_tracks(m_settings.location());
+        return false;
+    }
     if (!configure_streams()) { return false; }
     wait_for_packets();
     set_check_if_paused_timeout();
@@ -48,11 +50,9 @@ bool Source::pausedToPlaying() {
     GST_DEBUG_OBJECT(m_element, "Paused -> Playing");
     if (!m_network.available()) {
         GST_DEBUG_OBJECT(m_element, "Not allowed when network is not available");
-        m_messages.warn_no_network(m_settings.location());
         return false;
     }
-    // The element's state follows later: a timer that fired until then would pause the server again.
-    cancel_check_if_paused();
+    m_goesToPlaying = true;
     if (m_serverPaused) {
         GST_DEBUG_OBJECT(m_element, "Resuming");
         guarded("Resuming", [this] {
@@ -85,6 +85,7 @@ void Source::resume_server() {
 
 bool Source::playingToPaused() {
     const Lock lState(m_stateMutex);
+    m_goesToPlaying = false;
     if (m_networkTimedOut) { return true; }
     GST_DEBUG_OBJECT(m_element, "Playing -> Paused");
     halt_streams();
@@ -115,7 +116,10 @@ bool Source::pausedToReady() {
     const Lock lState(m_stateMutex);
     GST_DEBUG_OBJECT(m_element, "Paused -> Ready");
     cancel_check_if_paused();
+    m_goesToPlaying = false;
     m_serverPaused = false;
+    // The next start may be of another presentation.
+    m_seekPending = false;
     for_each_stream([](Stream& aStream) { aStream.task_stop(); });
     if (m_networkTimedOut) { resetPlayerLib(); }
     return true;
@@ -190,7 +194,7 @@ gboolean Source::handle_event(GstEvent* aEvent) {
 
     const Lock lState(m_stateMutex);
     m_resumePosition = lStart;
-    m_seekPending = m_serverPaused;
+    m_seekPending = m_serverPaused && -1 != lStart;
     if (!m_serverPaused) { change_channel(Change::kSeek); }
     return TRUE;
 }

@@ -25,6 +25,7 @@ constexpr int kNoDataReportInterval = 500000;
 Stream::Stream(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack,
                GstCaps* aCaps)
     : m_element(aElement), m_controller(aController), m_player(aPlayer), m_track(aTrack) {
+    StreamCategory();
     m_pad = NewStreamPad(aTrack);
     // A reference of our own: an element that is disposed of lets its pads go before its streams.
     gst_object_ref(m_pad);

@@ -16,10 +16,12 @@ GstDebugCategory* AACCategory() {
     return sCategory;
 }
 
-/// Decimal seconds in ns, cut; -1 when the description has no such time or none that 64 bits hold.
+/// Decimal seconds in ns, cut; -1 when the description has no such time, as the end of an open range, or none that 64
+/// bits hold.
 gint64 TimeOf(const Player::Properties& aInfo, const char* aKey) {
-    if (!aInfo.Has(aKey)) { return -1; }
-    const double lTime = g_ascii_strtod(aInfo.Get(aKey).c_str(), nullptr) * 1000000000.0;
+    const std::string lText = aInfo.Get(aKey);
+    if (lText.empty()) { return -1; }
+    const double lTime = g_ascii_strtod(lText.c_str(), nullptr) * 1000000000.0;
     return std::fabs(lTime) < 9.2e18 ? static_cast<gint64>(lTime) : -1;
 }
 
@@ -49,6 +51,7 @@ GstCaps* MakeCaps(const Player::Properties& aInfo) {
 StreamAAC::StreamAAC(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack)
     : CodecStream(aElement, aController, aPlayer, aTrack, MakeCaps(aPlayer.TrackInfo(aTrack))) {
     read_times(aPlayer.TrackInfo(aTrack));
+    AACCategory();
     GST_INFO_OBJECT(element(), "AAC pad-added");
 }
 

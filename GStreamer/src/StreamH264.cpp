@@ -62,6 +62,7 @@ GstCaps* MakeCaps(const Player::Properties& aInfo) {
 
 StreamH264::StreamH264(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack)
     : CodecStream(aElement, aController, aPlayer, aTrack, MakeCaps(aPlayer.TrackInfo(aTrack))) {
+    H264Category();
     GST_INFO_OBJECT(element(), "H264 pad-added");
 }
 

@@ -38,6 +38,7 @@ GstCaps* MakeCaps(const Player::Properties& aInfo) {
 
 StreamMP4V::StreamMP4V(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack)
     : CodecStream(aElement, aController, aPlayer, aTrack, MakeCaps(aPlayer.TrackInfo(aTrack))) {
+    MP4VCategory();
     GST_INFO_OBJECT(element(), "MPEG4 pad-added");
 }
 

@@ -89,6 +89,18 @@ TEST(Caps, MP4VWithAConfigurationWithoutSizeSaysZero) {
                CapsFor(With(FakeServer::MP4V(), "FmtParams", "config=000001b001")));
 }
 
+TEST(Caps, MP4VWithAnEmptyConfigurationHasOneAllTheSame) {
+    GstCaps* const lCaps = CapsFor(With(FakeServer::MP4V(), "FmtParams", "config="));
+    const GstStructure* const lFields = gst_caps_get_structure(lCaps, 0);
+    gint lWidth = -1;
+    EXPECT_TRUE(gst_structure_get_int(lFields, "width", &lWidth));
+    EXPECT_EQ(0, lWidth);
+    const GValue* const lData = gst_structure_get_value(lFields, "codec_data");
+    ASSERT_NE(nullptr, lData);
+    EXPECT_EQ(0U, GST_BUFFER_SIZE(gst_value_get_buffer(lData)));
+    gst_caps_unref(lCaps);
+}
+
 TEST(Caps, MP4VWithoutUsableConfiguration) {
     ExpectCaps(kMP4VCaps, CapsFor(FakeServer::MP4V()));
     ExpectCaps(kMP4VCaps, CapsFor(With(FakeServer::MP4V(), "FmtParams", "profile-level-id=1")));

@@ -227,6 +227,18 @@ TEST_F(Channel, ASeekWhileTheServerIsPausedWaitsForPlaying) {
     EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
 }
 
+TEST_F(Channel, ASeekThatLeavesTheStartAloneResumes) {
+    ServeH264();
+    StartPlaying();
+    Pause();
+    GstEvent* const lSeek =
+        gst_event_new_seek(1.0, GST_FORMAT_TIME, GST_SEEK_FLAG_NONE, GST_SEEK_TYPE_NONE, -1, GST_SEEK_TYPE_SET, 5);
+    EXPECT_TRUE(gst_element_send_event(mElement.Get(), lSeek));
+    mServer.Push(0, kSecond, "on");
+    mElement.Set(GST_STATE_PLAYING);
+    EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
+}
+
 TEST_F(Channel, ALivePresentationIsPlayedAgainWhateverWasSought) {
     ServeH264(0);
     StartPlaying();

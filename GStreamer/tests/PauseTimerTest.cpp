@@ -54,6 +54,7 @@ private:
 };
 
 constexpr GstClockTime kTimer = 1500 * GST_MSECOND;
+constexpr char kContinue[] = "Element in PLAYING state -> Continue";
 
 }  // namespace
 
@@ -88,22 +89,51 @@ TEST_F(PauseTimer, ALossBetweenPausingAndPlayingResumesWhereThereIsNoPosition) {
     EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
 }
 
-TEST_F(PauseTimer, IsTakenBackBeforeTheElementCountsAsPlaying) {
+TEST_F(PauseTimer, GoesOnWithAnElementThatDoesNotCountAsPlayingYet) {
     ServeH264();
+    const DebugCapture lLog("virertsp_source");
     ASSERT_TRUE(mElement.Play());
     mServer.TakeCalls();
     // As if the time came while the transition is on its last steps.
     mElement.Force(GST_STATE_PAUSED);
-    std::this_thread::sleep_for(kLongerThanTheTimer);
+    ASSERT_TRUE(Eventually([&lLog] { return 1 == lLog.Count(GST_LEVEL_DEBUG, kContinue); }));
     EXPECT_EQ(Texts(), mServer.TakeCalls());
     mElement.Force(GST_STATE_PLAYING);
 }
 
 TEST_F(PauseTimer, AnElementThatPlaysIsLeftAlone) {
     ServeH264();
+    const DebugCapture lLog("virertsp_source");
     StartPlaying();
-    std::this_thread::sleep_for(kLongerThanTheTimer);
+    ASSERT_TRUE(Eventually([&lLog] { return 1 == lLog.Count(GST_LEVEL_DEBUG, kContinue); }));
     EXPECT_EQ(Texts(), mServer.TakeCalls());
+}
+
+TEST_F(PauseTimer, AnElementThatPlayedForAMomentHasItsServerPausedOnceMore) {
+    ServeH264();
+    StartPlaying();
+    mElement.Set(GST_STATE_PAUSED);
+    EXPECT_EQ(Texts{"Pause"}, mServer.TakeCalls());
+    EXPECT_TRUE(Eventually([this] { return Texts{"Pause"} == mServer.TakeCalls(); }));
+}
+
+TEST_F(PauseTimer, ASeekIsForgottenOnTheWayDown) {
+    for (const GstState lDown : {GST_STATE_READY, GST_STATE_NULL}) {
+        ServeH264();
+        ASSERT_TRUE(mElement.Play());
+        mElement.Set(GST_STATE_PAUSED);
+        EXPECT_TRUE(mElement.Seek(20 * GST_SECOND));
+        mElement.Set(lDown);
+        mServer.Push(0, 0, "x");
+        ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll("rtsp://host/b"));
+        mServer.TakeCalls();
+        ASSERT_TRUE(Eventually([this] { return Texts{"Pause"} == mServer.TakeCalls(); }));
+        mServer.Push(0, kSecond, "y");
+        mElement.Set(GST_STATE_PLAYING);
+        EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());
+        mElement.Set(GST_STATE_NULL);
+        mServer.TakeCalls();
+    }
 }
 
 TEST_F(PauseTimer, WithoutNetworkTheServerCountsAsPausedUnasked) {

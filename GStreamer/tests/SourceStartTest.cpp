@@ -18,6 +18,7 @@ protected:
         EXPECT_EQ(GST_STATE_CHANGE_FAILURE, Element().Set(GST_STATE_PAUSED));
         EXPECT_EQ(GST_STATE_READY, GST_STATE(Get()));
     }
+    void ExpectNothingTold() { EXPECT_THAT(Messages({"error", "warning", "duration", "buffering"}), IsEmpty()); }
     /// One warning that has this in it, the application message where there is one, and never an error.
     void ExpectTold(const std::string& aWarning, const std::vector<std::string>& aErrors = {}) {
         std::vector<std::string> lErrors;
@@ -35,7 +36,7 @@ protected:
 TEST_F(SourceStartTest, FailsWithoutALocation) {
     const DebugCapture lLog("virertsp_source");
     ExpectRefused();
-    ExpectTold("set \"location\"");
+    ExpectNothingTold();
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Ready -> Paused"));
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "No location"));
 }
@@ -44,7 +45,7 @@ TEST_F(SourceStartTest, FailsAfterALocationThatIsNone) {
     SetLocation("rtsp://127.0.0.1/clip");
     SetLocation("clip");
     ExpectRefused();
-    ExpectTold("set \"location\"");
+    ExpectNothingTold();
 }
 
 TEST_F(SourceStartTest, FailsWithoutTheNetworkAndAsksNobody) {
@@ -53,7 +54,7 @@ TEST_F(SourceStartTest, FailsWithoutTheNetworkAndAsksNobody) {
     Element().SetNetwork(false);
     const DebugCapture lLog("virertsp_source");
     ExpectRefused();
-    ExpectTold("network-available");
+    ExpectNothingTold();
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Not allowed when network is not available"));
     mElement.reset();
     EXPECT_THAT(mServers.back()->Failure(), HasSubstr("did not connect"));

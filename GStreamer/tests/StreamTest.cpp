@@ -560,6 +560,6 @@ TEST_P(AACWithoutStop, HasAnOpenSegment) {
 INSTANTIATE_TEST_SUITE_P(Times, AACWithoutStop,
                          ::testing::Values(Times{nullptr, nullptr}, Times{"1", nullptr}, Times{nullptr, "2"},
                                            Times{"5", "2"}, Times{"0", "1e300"}, Times{"0", "9223372036"},
-                                           Times{"nan", "inf"}));
+                                           Times{"nan", "inf"}, Times{"0", ""}, Times{"now", ""}, Times{"", "9"}));
 
 }  // namespace ElementTest
