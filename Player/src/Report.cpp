@@ -15,17 +15,9 @@ constexpr SInt kLocalSize = 4096;
 /// Longer messages are cut to three characters and the terminator: they are not expected to occur.
 constexpr SInt kOverlongSize = 4;
 
-class DefaultReporter : public Reporter {
-public:
-    void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aMessage) override {
-        std::fprintf(stderr, "<%s: %s:%4u> %s\n", CStrWithSeverity(aSeverity), RelativizeFile(aFile).c_str(), aLine,
-                     aMessage);
-    }
-};
-
 /// Made on first use and never destroyed: reports may come from destructors of static objects.
 Reporter* TheDefaultReporter() {
-    static Reporter* sReporter = new DefaultReporter;
+    static Reporter* sReporter = new Reporter;
     return sReporter;
 }
 
@@ -39,6 +31,11 @@ Reporter* InstalledReporter() {
 }
 
 }  // namespace
+
+void Reporter::Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aMessage) {
+    std::fprintf(stderr, "<%s: %s:%4u> %s\n", CStrWithSeverity(aSeverity), RelativizeFile(aFile).c_str(), aLine,
+                 aMessage);
+}
 
 void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, ...) {
     va_list lArgs;

@@ -32,6 +32,15 @@ UInt LowBits(const std::string& aText, int aBase) {
     return static_cast<UInt>(std::strtoull(aText.c_str(), nullptr, aBase));
 }
 
+/// Formats a text that takes no arguments.
+SInt FormatAlone(Char* aDst, std::size_t aSize, const Char* aFmt, ...) {
+    va_list lArgs;
+    va_start(lArgs, aFmt);
+    const SInt lLength = std::vsnprintf(aDst, aSize, aFmt, lArgs);
+    va_end(lArgs);
+    return lLength;
+}
+
 }  // namespace
 
 void Split(const std::string& aText, char aSep, std::vector<std::string>& aOut, const char* aTrim) {
@@ -93,6 +102,7 @@ SInt CStrWithFormat(Char* aDst, SInt aSize, const Char* aFmt, ...) {
 SInt CStrWithFormatVA(Char* aDst, SInt aSize, const Char* aFmt, void* aArgs) {
     PLAYER_ASSERT(0 != aDst && 0 != aSize && 0 != aFmt);
     if (aSize < 0) { return -1; }
+    if (nullptr == aArgs) { return FormatAlone(aDst, static_cast<std::size_t>(aSize), aFmt); }
     va_list lArgs;
     va_copy(lArgs, *static_cast<va_list*>(aArgs));
     // The analyzer loses sight of the list behind a `void*`.

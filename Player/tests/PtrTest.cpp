@@ -274,6 +274,18 @@ TEST(ScopedArray, DeletesEveryElement) {
     EXPECT_EQ(3, lDeleted);
 }
 
+TEST(ScopedArray, StandsForAPlainPointer) {
+    ScopedArray<int> lArray(new int[2]{1, 2});
+    int* const lPlain = lArray;
+    EXPECT_EQ(lArray.Ptr(), lPlain);
+    EXPECT_EQ(2, lArray[1]);
+    lArray = new int[1]{3};
+    EXPECT_EQ(3, *lArray);
+    const ScopedArray<int> lHeir(lArray);
+    EXPECT_FALSE(lArray);
+    EXPECT_EQ(3, lHeir[0]);
+}
+
 }  // namespace
 }  // namespace Player
 

@@ -77,6 +77,27 @@ TEST(Report, GoesToAGivenReporterAndLeavesTheArgumentsUsable) {
     EXPECT_EQ(Severity::Debug, lInstalled.mEntries[0].mSeverity);
 }
 
+TEST(Report, TakesATextWithoutArguments) {
+    const CaughtReports lReports;
+    ReportVA("f", 2, Severity::Debug, "alone", nullptr);
+    ASSERT_EQ(1U, lReports.mEntries.size());
+    EXPECT_EQ("alone", lReports.mEntries[0].mMessage);
+}
+
+TEST(Report, AReporterWithoutAPlaceOfItsOwnWritesToStandardError) {
+    class Passing : public Reporter {
+    public:
+        void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aMessage) override {
+            Reporter::Report(aFile, aLine + 1, aSeverity, aMessage);
+        }
+    } lPassing;
+    testing::internal::CaptureStderr();
+    SetReporter(&lPassing);
+    Report("f", 1, Severity::Info, "%s", "on");
+    SetDefaultReporter();
+    EXPECT_EQ("<Info: f:   2> on\n", testing::internal::GetCapturedStderr());
+}
+
 TEST(Report, NullReporterSilences) {
     testing::internal::CaptureStderr();
     SetReporter(nullptr);

@@ -125,6 +125,7 @@ TEST(StringWithFormat, Formats) {
     const char* const lNoFormat = nullptr;
     EXPECT_EQ("", StringWithFormat(lNoFormat));
     EXPECT_EQ("", StringWithVAFormat(nullptr, nullptr));
+    EXPECT_EQ("100% alone", StringWithVAFormat("100%% alone", nullptr));
 }
 
 TEST(StringWithFormat, TakesAnyLength) {

@@ -13,6 +13,7 @@ public:
 
     Byte* Begin() { return mData; }
     const Byte* Begin() const { return mData; }
+    Byte* End() { return mData + mSize; }
     const Byte* End() const { return mData + mSize; }
     UInt Size() const { return mSize; }
     bool Empty() const { return 0 == mSize; }

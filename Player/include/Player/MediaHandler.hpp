@@ -45,11 +45,12 @@ public:
     /// Called by the session: the tracks accepted so far are discarded.
     virtual void Reset() = 0;
 
+    /// Installs a session other than the built-in one.
+    void SetSession(const SharedPtr<MediaSession, SharedObject>& aSession) { mSession = aSession; }
+
 protected:
     /// Null until the first `Play`.
     const SharedPtr<MediaSession, SharedObject>& Session() const { return mSession; }
-    /// Installs a session other than the built-in one.
-    void SetSession(const SharedPtr<MediaSession, SharedObject>& aSession) { mSession = aSession; }
 
 private:
     /// The session; reports and throws for the operation of that name when there is none.

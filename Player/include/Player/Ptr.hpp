@@ -13,7 +13,8 @@ template <typename T, typename U = SharedObject>
 class SharedPtr {
 public:
     SharedPtr() = default;
-    explicit SharedPtr(T* aPtr) : mPtr(aPtr) { RetainHeld(); }
+    /// The count is the object's own, so a plain pointer to it is as good: it converts by itself.
+    SharedPtr(T* aPtr) : mPtr(aPtr) { RetainHeld(); }  // NOLINT(google-explicit-constructor)
     SharedPtr(const SharedPtr& aOther) : mPtr(aOther.mPtr) { RetainHeld(); }
     SharedPtr(SharedPtr&& aOther) noexcept : mPtr(aOther.mPtr) { aOther.mPtr = nullptr; }
     /// From a pointer to a derived class.
@@ -140,7 +141,14 @@ private:
 template <typename T>
 using ScopedPtr = OwningPtr<T, OneObject<T>>;
 
+/// As `ScopedPtr`, of an array; stands for the plain pointer to its first element as well.
 template <typename T>
-using ScopedArray = OwningPtr<T, ArrayObject<T>>;
+class ScopedArray : public OwningPtr<T, ArrayObject<T>> {
+public:
+    using OwningPtr<T, ArrayObject<T>>::OwningPtr;
+    using OwningPtr<T, ArrayObject<T>>::operator=;
+
+    operator T*() const { return this->Ptr(); }  // NOLINT(google-explicit-constructor)
+};
 
 }  // namespace Player

@@ -8,20 +8,21 @@ namespace Player {
 
 enum Severity : SInt { Trace = 0, Debug = 1, Info = 2, Warning = 3, Error = 4 };
 
-/// Where the library's reports go. May be called from any thread that calls into the library.
+/// Where the library's reports go: to standard error, one line each, unless a derived class has another place.
+/// May be called from any thread that calls into the library.
 class Reporter {
 public:
     Reporter() = default;
     Reporter(const Reporter&) = delete;
     Reporter& operator=(const Reporter&) = delete;
     virtual ~Reporter() = default;
-    virtual void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aMessage) = 0;
+    virtual void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aMessage);
 };
 
 /// Sends a message to the installed reporter, if any. Nothing is filtered here.
 void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, ...)
     __attribute__((format(printf, 4, 5)));
-/// `aArgs` is the address of a `va_list`, which stays usable.
+/// `aArgs` is the address of a `va_list`, which stays usable; null for none.
 void ReportVA(const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, void* aArgs);
 /// To a given reporter. A message of 4096 characters or more is delivered as its first three.
 void Report(Reporter& aRep, const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, void* aArgs);

@@ -28,13 +28,13 @@ UInt HexToUInt(const std::string& aText);
 
 /// printf into a new string; a null format gives an empty string.
 std::string StringWithFormat(const char* aFmt, ...) __attribute__((format(printf, 1, 2)));
-/// `aArgs` is the address of a `va_list`, which stays usable: it is copied before it is read.
+/// `aArgs` is the address of a `va_list`, which stays usable: it is copied before it is read. Null for none.
 std::string StringWithVAFormat(const char* aFmt, void* aArgs);
 
 /// printf into `aDst` of `aSize` bytes, always terminated; returns what `vsnprintf` returns.
 /// Nothing is written to a size below 0.
 SInt CStrWithFormat(Char* aDst, SInt aSize, const Char* aFmt, ...) __attribute__((format(printf, 3, 4)));
-/// `aArgs` is the address of a `va_list`, which stays usable.
+/// `aArgs` is the address of a `va_list`, which stays usable; null for none.
 SInt CStrWithFormatVA(Char* aDst, SInt aSize, const Char* aFmt, void* aArgs);
 
 }  // namespace Player

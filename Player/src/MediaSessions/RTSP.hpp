@@ -15,6 +15,7 @@
 #include "Player/Properties.hpp"
 #include "Player/Ptr.hpp"
 #include "RTP/Transport.hpp"
+#include "RTP/Transports/InterleavedConnection.hpp"
 
 namespace Player::MediaSessions {
 
@@ -24,7 +25,7 @@ namespace Player::MediaSessions {
 /// The class holds what is known of the presentation and decides what is said when; each concern has its
 /// file below RTSP/: connection, messages, request texts, start-up, switching, description, play state,
 /// control. A failure throws; the session can be played again afterwards.
-class RTSP : public MediaSession {
+class RTSP : public MediaSession, public RTP::Transports::InterleavedConnection {
 public:
     RTSP();
     ~RTSP() override;
@@ -41,6 +42,10 @@ public:
     bool Produce(UInt aTrack) override;
     void TakeIn() override;
     Reception TrackReception(UInt aTrack) const override;
+
+    // What the transport of interleaved tracks asks of its session.
+    bool RecvInterleavedPackets() override { return mMessages.RecvInterleavedPackets(); }
+    int Send_RR(const void* aData, UInt aSize) override { return mMessages.Send_RR(aData, aSize); }
 
 private:
     /// A track that is set up; its index is that of the transport's track.

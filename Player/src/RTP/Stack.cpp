@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "BigEndian.hpp"
-#include "RTP/NTPTime.hpp"
 
 namespace Player::RTP {
 

@@ -11,6 +11,7 @@
 #include "Player/Types.hpp"
 #include "RTP/Extension.hpp"
 #include "RTP/Jitter.hpp"
+#include "RTP/NTPTime.hpp"
 #include "RTP/ReceiverReport.hpp"
 #include "RTP/SenderClock.hpp"
 

@@ -250,6 +250,32 @@ TEST_F(RTSPControlTest, ASeekDoesNotStartWhenThePauseIsRefused) {
                           [this] { mHandler.Seek(Time(0)); });
 }
 
+TEST_F(RTSPControlTest, ASeekLeavesBehindWhatCameWhilePaused) {
+    Start(kPause + std::string(R"(
+        > PLAY clip 5
+        < 200 5 | RTP-Info: url=r/video
+    )"));
+    mHandler.Pause();
+    Send(1, 0);
+    mHandler.Seek(Time(5, 1));
+    EXPECT_FALSE(mHandler.Fill(0));
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Paused", "WaitData"));
+}
+
+TEST_F(RTSPControlTest, ARangeInOtherUnitsLeavesTheTimesAlone) {
+    Start(kPause + std::string(R"(
+        > PLAY clip 5
+        < 200 5 | RTP-Info: url=r/video;seq=10;rtptime=90000 | Range: clock=19961108T142300Z-
+        > PAUSE clip 6
+        < 200 6
+    )"));
+    mHandler.Seek(Time(5, 1));
+    EXPECT_THAT(mHandler.TakeCalls(), testing::Contains("PlayingRange 0 20"));
+    Send(10, 20);
+    mHandler.Pause();
+    EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("video: State=Paused", "video: State=Stopped")) << "it has its end";
+}
+
 TEST_F(RTSPControlTest, WhatWasSetUpInPartIsNotSought) {
     Serve(R"(
         > DESCRIBE clip 1

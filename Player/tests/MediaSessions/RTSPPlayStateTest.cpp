@@ -1,6 +1,8 @@
+#include <cstdlib>
 #include <thread>
 
 #include "MediaSessions/SessionFixture.hpp"
+#include "Player/String.hpp"
 
 namespace Player::MediaSessions {
 namespace {
@@ -87,6 +89,27 @@ TEST_F(RTSPPlayStateTest, WaitsForDataThenBuffersThenPlays) {
     EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering", "Playing"));
 }
 
+TEST_F(RTSPPlayStateTest, DataOfAnyTrackEndsTheWaitingOfAll) {
+    Start();
+    Send(kVideo, 1, 0);
+    EXPECT_FALSE(mPlayer.TrackHasPacket(kAudio));
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering"));
+}
+
+/// Pausing a presentation of which one track has ended.
+class RTSPPauseAtAnEndTest : public RTSPPlayStateTest, public testing::WithParamInterface<TrackIdx> {};
+
+TEST_P(RTSPPauseAtAnEndTest, Stops) {
+    Serve(StartDialogue() + "> PAUSE clip 5\n< 200 5\n");
+    Play();
+    Send(GetParam(), 1, 0);
+    SendGoodbye(GetParam());
+    mPlayer.Pause();
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Paused", "Stopped"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Tracks, RTSPPauseAtAnEndTest, testing::Values(kVideo, kAudio));
+
 TEST_F(RTSPPlayStateTest, TakesInWithoutDelivering) {
     Start("Quenra Strand");
     Send(kVideo, 1, 0);
@@ -103,6 +126,40 @@ TEST_F(RTSPPlayStateTest, TakesInWithoutDelivering) {
     EXPECT_EQ(Time(0), mPlayer.TrackLatestTime(kVideo)) << "nothing is queued for the track";
     EXPECT_TRUE(TakesPacket(kVideo));
     EXPECT_TRUE(TakesPacket(kAudio));
+}
+
+TEST_F(RTSPPlayStateTest, EveryTrackReportsUnderANumberDrawnForIt) {
+    constexpr unsigned kSeed = 4711;
+    std::srand(kSeed);
+    const std::string lNumbers[] = {StringWithFormat("%08x", std::rand()), StringWithFormat("%08x", std::rand())};
+    Interleave();
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video audio
+        > SETUP clip/video 2
+        < 200 2 | Session: 5 | TCP 0
+        > SETUP clip/audio 3
+        < 200 3 | TCP 1
+        > PLAY clip 4
+        < 200 4 | RTP-Info: url=r/video
+        AWAIT plays
+        S$ 0 {video}
+        S$ 2 {audio}
+        S$ 1 {report}
+        S$ 3 {report}
+        NOTIFY sent
+        C$ 1 81 c9 00 07 )" +
+          lNumbers[0] + R"( ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ??
+        C$ 2 81 c9 00 07 )" +
+          lNumbers[1] + " ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ??\n");
+    mServer->Set("video", TestSupport::Hex(RtpPacket().Type(96).Seq(1).Ssrc(7).Payload({0x65}).Build()));
+    mServer->Set("audio", TestSupport::Hex(RtpPacket().Type(97).Seq(1).Ssrc(7).Payload({0x65}).Build()));
+    mServer->Set("report", TestSupport::Hex(TestSupport::SenderReport(7, 1, 1)));
+    std::srand(kSeed);
+    Play();
+    mServer->Notify("plays");
+    ASSERT_TRUE(mServer->Await("sent"));
+    EXPECT_FALSE(mPlayer.TrackHasPacket(kVideo)) << "it gathers";
 }
 
 TEST_F(RTSPPlayStateTest, TheSameWithinTheConnection) {

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -581,9 +582,15 @@ TEST_F(RTSPRequestsTest, AConnectionClosedBetweenRequestsIsReopened) {
     EXPECT_TRUE(lServer.Await("shut down"));
     lPlayer.Close();
     EXPECT_EQ("", lServer.Failure());
-    EXPECT_EQ(4U, mReports.Count(Severity::Info, "Connecting to RTSP server: 127.0.0.1:" +
-                                                     std::to_string(lServer.Port()) + ", Via proxy: None"));
+    const std::vector<std::string> lSteps = mReports.Messages(Severity::Info);
+    const std::string lConnecting =
+        "Connecting to RTSP server: 127.0.0.1:" + std::to_string(lServer.Port()) + ", Via proxy: None";
+    EXPECT_EQ(4, std::count(lSteps.begin(), lSteps.end(), lConnecting));
     EXPECT_TRUE(mReports.Errors().empty());
+    // What goes out is told before the connection that it goes over.
+    for (auto lStep = lSteps.begin() + 1; lStep != lSteps.end(); ++lStep) {
+        if (lConnecting == *lStep) { EXPECT_THAT(*(lStep - 1), testing::StartsWith("Sending RTSP ")); }
+    }
 }
 
 TEST_F(RTSPRequestsTest, TheLocalIPIsBoundTo) {

@@ -63,6 +63,33 @@ TEST_F(RTSPSwitchTest, OnePlayReplacesTheTracks) {
     EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("b: State=Paused", "a: State=Paused"));
 }
 
+TEST_F(RTSPSwitchTest, WhatPlayedWaitsForDataAgain) {
+    const auto lFrame = [](unsigned aSeq) {
+        const auto lPacket = TestSupport::RtpPacket().Seq(aSeq).Timestamp(90000 * aSeq).Ssrc(7).Payload({0x65}).Build();
+        return "S$ 0 " + TestSupport::Hex(lPacket) + "\n";
+    };
+    mHandler.SetConfigParam("RTSP:TargetRTPBuffer", "0");
+    Start("AWAIT plays\n" + lFrame(1) + lFrame(2) + "NOTIFY sent\n" + kSwitchingPlay +
+          "< 200 5 | RTP-Info: url=r/video | SDP - video audio\n");
+    mServer->Notify("plays");
+    ASSERT_TRUE(mServer->Await("sent"));
+    EXPECT_TRUE(mHandler.Fill(0));
+    Switch();
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering", "Playing", "WaitData"));
+    EXPECT_FALSE(mHandler.Fill(0));
+}
+
+TEST_F(RTSPSwitchTest, NothingOfTheOldDescriptionServesForAnEmptyOne) {
+    Start(kSwitchingPlay + std::string(R"(
+        < 404 5
+        > TEARDOWN other 6 | Session: 5
+        < 200 6
+        > DESCRIBE other 7
+        < 200 7
+    )"));
+    ExpectThrows<SDPErr>(2, "RTSP::HandleSDP(): Invalid or incomplete SDP", [this] { Switch(); });
+}
+
 TEST_F(RTSPSwitchTest, TheNewPresentationsFormatCounts) {
     using TestSupport::Hex;
     using TestSupport::RtpPacket;

@@ -39,7 +39,8 @@ Configuration::Configuration(const Properties& aConfig) {
     UInt lTimeOutRTPAfter = 20;
     ReadNumber(aConfig, "RTSP:TimeOutRTPAfter", lTimeOutRTPAfter);
     mTimeOutRTPAfter = Time(lTimeOutRTPAfter, 1);
-    mUseInterleavedRTP = 0 != std::strtol(aConfig.Get("RTSP:UseInterleavedRTP").c_str(), nullptr, 10);
+    mUseInterleavedRTP =
+        0 != static_cast<int>(std::strtoll(aConfig.Get("RTSP:UseInterleavedRTP").c_str(), nullptr, 10));
 }
 
 }  // namespace Player::MediaSessions

@@ -124,7 +124,7 @@ void RTSP::DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching) {
 void RTSP::CreateTransport() {
     ReleaseTransport();
     if (mConfiguration.mUseInterleavedRTP) {
-        auto* const lTransport = new RTP::Transports::OverRTSP(&mMessages);
+        auto* const lTransport = new RTP::Transports::OverRTSP(this);
         mTransport.Set(lTransport);
         mMessages.SetFrameReceiver(lTransport);
     } else {

@@ -11,8 +11,10 @@ public:
     /// A new depacketizer when the track is MP4A-LATM over RTP, and "Transport" becomes "Sample"; else null.
     static SharedPtr<Processor, SharedObject> Create(Properties& aFormat);
 
-protected:
+    /// Every packet starts one.
     bool IsSampleStart(const Packets::RTP& aPacket) const override;
+
+protected:
     /// True when nothing was handed on, else what the next link answered to the last sample.
     bool Decode(Time aPlayTime, const Byte* aData, UInt aSize, Time aLatest) const override;
 };

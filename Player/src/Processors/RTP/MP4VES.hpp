@@ -10,9 +10,10 @@ public:
     /// A new depacketizer when the track is MP4V-ES over RTP, and "Transport" becomes "Sample"; else null.
     static SharedPtr<Processor, SharedObject> Create(Properties& aFormat);
 
-protected:
     /// A frame starts with a start code.
     bool IsSampleStart(const Packets::RTP& aPacket) const override;
+
+protected:
     bool Decode(Time aPlayTime, const Byte* aData, UInt aSize, Time aLatest) const override;
 };
 

@@ -13,8 +13,10 @@ public:
     bool Handle(const SharedPtr<Packet, SharedObject>& aPacket, Time aLatest) override;
     void Flush() override;
 
-protected:
+    /// Whether the packet is the first of a frame.
     virtual bool IsSampleStart(const Packets::RTP& aPacket) const = 0;
+
+protected:
     /// Hands the samples of a complete frame on; what the next link answers.
     virtual bool Decode(Time aPlayTime, const Byte* aData, UInt aSize, Time aLatest) const = 0;
 

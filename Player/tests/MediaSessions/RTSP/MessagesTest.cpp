@@ -598,6 +598,15 @@ TEST_F(MessagesTest, DrainingAnswersWhateverIsNoFrame) {
     EXPECT_THAT(mReceiver.Delivered(), ElementsAre("c", "d"));
 }
 
+TEST_F(MessagesTest, FramesAreDealtWithBeforeWhatStandsBehindThem) {
+    const TestSupport::Bytes lReport = TestSupport::SenderReport(7, 1, 1);
+    EXPECT_TRUE(Recv(Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, lReport)) +
+                     "OPTIONS * RTSP/1.0\r\nCSeq: 3\r\n\r\n" + kOk));
+    // The receiver report goes out before the answer to the request.
+    EXPECT_THAT(mPeer.Read(4 + 32), testing::StartsWith(std::string("$\1\0\x20\x81\xC9", 6)));
+    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 3\r\n\r\n");
+}
+
 TEST_F(MessagesTest, DrainingAnswersAnEmptyLineToo) {
     mPeer.Deliver("\r\nCSeq: 3\r\n\r\n");
     EXPECT_TRUE(mMessages.RecvInterleavedPackets());

@@ -55,11 +55,16 @@ public:
     void Close() { mClient->Close(); }
     void Reset() { mClient->Reset(); }
 
+    /// So many bytes of what the client sends.
+    std::string Read(std::size_t aSize) {
+        try {
+            return TestSupport::AsText(mClient->ReadBytes(aSize));
+        } catch (const std::runtime_error& lError) { ADD_FAILURE() << lError.what(); }
+        return std::string();
+    }
     /// The client has sent this, and nothing else.
     void Expect(const std::string& aText) {
-        try {
-            EXPECT_EQ(aText, TestSupport::AsText(mClient->ReadBytes(aText.size())));
-        } catch (const std::runtime_error& lError) { ADD_FAILURE() << lError.what(); }
+        EXPECT_EQ(aText, Read(aText.size()));
         EXPECT_EQ("", Received());
     }
     /// What the client has sent since the last call, as far as it is there.

@@ -90,6 +90,14 @@ TEST_F(OverUDPTest, TakesPacketsFromAnySender) {
     EXPECT_EQ(Events{"0@0"}, EventsOf(1));
 }
 
+TEST_F(OverUDPTest, WhereTheServerIsIsKeptToItself) {
+    mTransport.SetTrackRemoteIP(0, "127.0.0.1");
+    mTransport.SetTrackRemotePorts(0, "6000-6001");
+    EXPECT_EQ("", mTransport.GetTrackRemoteIP(0));
+    EXPECT_EQ("", mTransport.GetTrackRemotePorts(0));
+    EXPECT_EQ("", mTransport.GetTrackLocalIP(0));
+}
+
 TEST_F(OverUDPTest, FillTellsWhetherAnyPacketWasAccepted) {
     EXPECT_FALSE(mTransport.FillTrack(0));
     mPeer.Send(Packet().Build(), mPorts[0]);
