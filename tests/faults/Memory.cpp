@@ -33,10 +33,23 @@ void* operator new(std::size_t aSize) {
     return lMemory;
 }
 
+// The address sanitizer has arrays of its own, which do not come here by themselves.
+void* operator new[](std::size_t aSize) {
+    return operator new(aSize);
+}
+
 void operator delete(void* aMemory) noexcept {
     std::free(aMemory);
 }
 
 void operator delete(void* aMemory, std::size_t /*aSize*/) noexcept {
+    std::free(aMemory);
+}
+
+void operator delete[](void* aMemory) noexcept {
+    std::free(aMemory);
+}
+
+void operator delete[](void* aMemory, std::size_t /*aSize*/) noexcept {
     std::free(aMemory);
 }
