@@ -1,0 +1,247 @@
+// Interleaved frames between messages.
+#include <algorithm>
+#include <thread>
+
+#include "MediaSessions/RTSP/MessagesFixture.hpp"
+
+namespace Player::MediaSessions {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::StartsWith;
+using TestSupport::AsText;
+using TestSupport::Bytes;
+
+constexpr UInt kLargestFrame = 1500;
+
+// ---------------------------------------------------------------------------- frames
+
+TEST_F(MessagesTest, FramesAreDeliveredWhereverALineWouldBeRead) {
+    EXPECT_TRUE(Recv(Frame(1, "a") + Frame(2, "b") + "\r\n" + Frame(3, "c") + "OPTIONS * RTSP/1.0\r\nCSeq: 2\r\n\r\n" +
+                     Frame(4, "d") + "\n" + Frame(5, "e") + "RTSP/1.0 100 Continue\r\nCSeq: 1\r\n\r\n" + Frame(6, "f") +
+                     kOk));
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b", "c", "d", "e", "f"));
+    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 2\r\n\r\n");
+    EXPECT_EQ(0U, mConnection.Left());
+}
+
+TEST_F(MessagesTest, FramesBehindTheResponseWaitForTheNextReader) {
+    EXPECT_TRUE(Recv(kOk + Frame(1, "a") + Frame(2, "b")));
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre());
+    EXPECT_TRUE(Recv("RTSP/1.0 200 OK\r\nCSeq: 2\r\n\r\n" + Frame(3, "c"), 2));
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b"));
+    // Draining looks at what is buffered only when something new has come.
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre());
+    mPeer.Deliver(Frame(4, "d"));
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("c", "d"));
+}
+
+// A dollar sign within a message is text.
+TEST_F(MessagesTest, ADollarElsewhereIsNoFrame) {
+    Headers lHeaders;
+    Buffer lBody;
+    mPeer.Send("RTSP/1.0 200 $\r\n$: $\r\nCSeq: 1\r\nContent-Length: 4\r\n\r\n$$$$");
+    EXPECT_TRUE(mMessages.RecvResponse(lHeaders, lBody, 1));
+    EXPECT_EQ("$", HeaderValue(lHeaders, "$"));
+    EXPECT_EQ(4U, lBody.Size());
+}
+
+TEST_F(MessagesTest, FramesThatNobodyWantsAreDropped) {
+    mMessages.SetFrameReceiver(nullptr);
+    EXPECT_FALSE(mMessages.HasFrameReceiver());
+    EXPECT_TRUE(Recv(Frame(1, "a") + kOk));
+    mPeer.Deliver(Frame(2, "b"));
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    EXPECT_EQ(0U, mConnection.Left());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre());
+}
+
+TEST_F(MessagesTest, AFrameMayBeEmptyOrForAChannelThatIsNotThere) {
+    const std::string lEmpty("$\0\0\0", 4);
+    const std::string lForeign("$\xFF\0\3abc", 7);
+    EXPECT_TRUE(Recv(lEmpty + lForeign + Frame(1, "a") + kOk));
+    mPeer.Deliver(lForeign + lEmpty);
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));
+    EXPECT_EQ(0U, mConnection.Left());
+}
+
+/// A frame whose packet has so many bytes.
+std::string FrameOf(UInt aSize) {
+    constexpr UInt kRtpHeader = 12;
+    return Frame(1, std::string(aSize - kRtpHeader, 'x'));
+}
+
+TEST_F(MessagesTest, TheLargestFrameIsDelivered) {
+    EXPECT_TRUE(Recv(FrameOf(kLargestFrame) + kOk));
+    EXPECT_EQ(1U, mReceiver.Delivered().size());
+    mPeer.Deliver(FrameOf(kLargestFrame));
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+}
+
+using MessagesDeathTest = MessagesTest;
+
+TEST_F(MessagesDeathTest, ALargerFrameEndsTheProcess) {
+    mPeer.Deliver(FrameOf(kLargestFrame + 1));
+    EXPECT_DEATH(mMessages.RecvInterleavedPackets(), "Assertion failed: 1500 >= lSize\n");
+    // The process that died has read it.
+    mPeer.Send(FrameOf(kLargestFrame + 1));
+    EXPECT_DEATH(mMessages.RecvResponse(1), "Assertion failed: 1500 >= lSize\n");
+}
+
+// Its header is enough.
+TEST_F(MessagesDeathTest, ALargerFrameEndsTheProcessBeforeItIsWhole) {
+    mPeer.Deliver(std::string("$\0\xFF\xFF", 4));
+    EXPECT_DEATH(mMessages.RecvInterleavedPackets(), "Assertion failed: 1500 >= lSize\n");
+    // The process that died has read it.
+    mPeer.Send(std::string("$\0\xFF\xFF", 4));
+    EXPECT_DEATH(mMessages.RecvResponse(1), "Assertion failed: 1500 >= lSize\n");
+}
+
+// ---------------------------------------------------------------------------- draining
+
+TEST_F(MessagesTest, DrainingWithoutAConnectionOrDataDoesNothing) {
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    mPeer.Close();
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    mConnection.DoConnectionReset();
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    EXPECT_TRUE(mReports.All().empty());
+}
+
+TEST_F(MessagesTest, DrainingKeepsAFrameThatIsNotWhole) {
+    const std::string lFrame = Frame(1, "first");
+    for (std::size_t lCut = 1; lCut < lFrame.size(); ++lCut) {
+        Connect();
+        const unsigned lSeq = static_cast<unsigned>(10 * lCut);
+        const std::string lText = Frame(lSeq, "a") + Frame(lSeq + 1, "b") + Frame(lSeq + 2, "c");
+        const std::size_t lThird = lText.size() - Frame(lSeq, "c").size();
+        const std::size_t lEnd = lThird + std::min(lCut, lText.size() - lThird - 1);
+        mPeer.Deliver(lText.substr(0, lEnd));
+        EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+        EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b")) << lCut;
+        EXPECT_EQ(lEnd - lThird, mConnection.Left());
+        mPeer.Deliver(lText.substr(lEnd));
+        EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+        EXPECT_THAT(mReceiver.Delivered(), ElementsAre("c")) << lCut;
+        EXPECT_EQ(0U, mConnection.Left());
+    }
+}
+
+TEST_F(MessagesTest, DrainingDeliversAFrameThatComesByteByByte) {
+    const std::string lFrame = Frame(1, "payload");
+    for (std::size_t i = 0; i < lFrame.size(); ++i) {
+        mPeer.Deliver(lFrame.substr(i, 1));
+        EXPECT_EQ(i + 1 == lFrame.size(), mMessages.RecvInterleavedPackets()) << i;
+    }
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("payload"));
+}
+
+TEST_F(MessagesTest, DrainingAnswersWhateverIsNoFrame) {
+    mPeer.Deliver("OPTIONS * RTSP/1.0\r\nCSeq: 3\r\n\r\n" + Frame(1, "a"));
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 3\r\n\r\n");
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre());
+    // A response that nobody awaits is answered like a request.
+    mPeer.Deliver(Frame(2, "b") + "RTSP/1.0 200 OK\r\nCSeq: 9\r\nContent-Length: 2\r\n\r\nxx");
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b"));
+    EXPECT_EQ("", mPeer.Received());
+    mPeer.Deliver(Frame(3, "c"));
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 9\r\n\r\n");
+    mPeer.Deliver(Frame(4, "d"));
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("c", "d"));
+}
+
+TEST_F(MessagesTest, FramesAreDealtWithBeforeWhatStandsBehindThem) {
+    const TestSupport::Bytes lReport = TestSupport::SenderReport(7, 1, 1);
+    EXPECT_TRUE(Recv(Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, lReport)) +
+                     "OPTIONS * RTSP/1.0\r\nCSeq: 3\r\n\r\n" + kOk));
+    // The receiver report goes out before the answer to the request.
+    EXPECT_THAT(mPeer.Read(4 + 32), testing::StartsWith(std::string("$\1\0\x20\x81\xC9", 6)));
+    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 3\r\n\r\n");
+}
+
+TEST_F(MessagesTest, DrainingAnswersAnEmptyLineToo) {
+    mPeer.Deliver("\r\nCSeq: 3\r\n\r\n");
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 3\r\n\r\n");
+    EXPECT_EQ(1U, mReports.Count(Severity::Info, "Got RTSP  request for URL: "));
+}
+
+TEST_F(MessagesTest, DrainingAFloodLosesNothing) {
+    constexpr unsigned kFrames = 1000;
+    std::string lFlood;
+    for (unsigned i = 0; i < kFrames; ++i) {
+        lFlood += Frame(i, std::string(1400, 'x'));
+    }
+    std::thread lSender([&] { EXPECT_TRUE(mPeer.Send(lFlood)); });
+    std::size_t lGot = 0;
+    while (lGot < kFrames) {
+        mMessages.RecvInterleavedPackets();
+        lGot += mReceiver.Delivered().size();
+    }
+    lSender.join();
+    EXPECT_EQ(kFrames, lGot);
+}
+
+TEST_F(MessagesTest, AReportGoesStraightToTheServer) {
+    EXPECT_EQ(4, mMessages.Send_RR("abcd", 4));
+    mPeer.Expect("abcd");
+    mPeer.Close();
+    EXPECT_EQ(0, mMessages.Send_RR("abcd", 4));
+    mConnection.DoConnectionReset();
+    EXPECT_EQ(0, mMessages.Send_RR("abcd", 4));
+    EXPECT_FALSE(mPeer.HasCaller());
+}
+
+// The report that answers a frame finds the connection broken while the frames behind it are still there.
+TEST_F(MessagesTest, AConnectionThatBreaksAmidFramesIsSurvived) {
+    const Bytes lReport = TestSupport::SenderReport(7, 1, 1);
+    std::string lFrames = Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, lReport));
+    for (unsigned lSeq = 2; lFrames.size() < 10000; ++lSeq) {
+        lFrames += Frame(lSeq, std::string(100, 'b'));
+    }
+    mPeer.Send(lFrames);
+    mPeer.Reset();
+    EXPECT_FALSE(mMessages.RecvResponse(1));
+    EXPECT_EQ(0U, mMessages.StatusCode());
+    EXPECT_THAT(mReports.Messages(Severity::Error), ::testing::Contains(StartsWith("Socket::Write(): ")));
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));
+    EXPECT_FALSE(mConnection.IsOpen());
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+}
+
+// ---------------------------------------------------------------------------- before a request
+
+TEST_F(MessagesTest, ARequestKeepsAConnectionThatIsUsable) {
+    EXPECT_TRUE(Recv(kOk + Frame(1, "a")));
+    mMessages.BeginRequest();
+    EXPECT_TRUE(mConnection.IsOpen());
+    EXPECT_EQ(Frame(1, "a").size(), mConnection.Left());
+}
+
+TEST_F(MessagesTest, ARequestLeavesAClosedConnectionWithWhatItBrought) {
+    EXPECT_TRUE(Recv(kOk + Frame(1, "a") + Frame(2, "b") + Frame(3, "c").substr(0, 9)));
+    mPeer.Close();
+    mMessages.BeginRequest();
+    EXPECT_FALSE(mConnection.IsOpen());
+    EXPECT_EQ(0U, mConnection.Left());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b"));
+}
+
+// The rest of a message cut short may look like a frame, even like one that must not be.
+TEST_F(MessagesTest, ARequestLeavesAConnectionWhoseMessagesCantBeToldApart) {
+    EXPECT_TRUE(Recv(kOk + std::string("$\0\xFF\xFF", 4)));
+    mConnection.SetOutOfStep();
+    mMessages.BeginRequest();
+    EXPECT_FALSE(mConnection.IsOpen());
+    EXPECT_EQ(0U, mConnection.Left());
+}
+
+}  // namespace
+}  // namespace Player::MediaSessions
