@@ -14,7 +14,7 @@ class SharedPtr {
 public:
     SharedPtr() = default;
     /// The count is the object's own, so a plain pointer to it is as good: it converts by itself.
-    SharedPtr(T* aPtr) : mPtr(aPtr) { RetainHeld(); }  // NOLINT(google-explicit-constructor)
+    SharedPtr(T* aPtr) : mPtr(aPtr) { RetainHeld(); }
     SharedPtr(const SharedPtr& aOther) : mPtr(aOther.mPtr) { RetainHeld(); }
     SharedPtr(SharedPtr&& aOther) noexcept : mPtr(aOther.mPtr) { aOther.mPtr = nullptr; }
     /// From a pointer to a derived class.
@@ -148,7 +148,7 @@ public:
     using OwningPtr<T, ArrayObject<T>>::OwningPtr;
     using OwningPtr<T, ArrayObject<T>>::operator=;
 
-    operator T*() const { return this->Ptr(); }  // NOLINT(google-explicit-constructor)
+    operator T*() const { return this->Ptr(); }
 };
 
 }  // namespace Player
