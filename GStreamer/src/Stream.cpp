@@ -8,6 +8,7 @@
 
 #include "Boundary.hpp"
 #include "ElementState.hpp"
+#include "Held.hpp"
 #include "StreamDebug.hpp"
 #include "StreamPad.hpp"
 
@@ -25,12 +26,12 @@ constexpr int kNoDataReportInterval = 500000;
 Stream::Stream(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack,
                GstCaps* aCaps)
     : m_element(aElement), m_controller(aController), m_player(aPlayer), m_track(aTrack) {
+    const Held<GstCaps> lCaps(aCaps);
     StreamCategory();
     m_pad = NewStreamPad(aTrack);
     // A reference of our own: an element that is disposed of lets its pads go before its streams.
     gst_object_ref(m_pad);
-    gst_pad_set_caps(m_pad, aCaps);
-    gst_caps_unref(aCaps);
+    gst_pad_set_caps(m_pad, lCaps.get());
     gst_pad_set_active(m_pad, TRUE);
     gst_element_add_pad(m_element, m_pad);
     task_create();

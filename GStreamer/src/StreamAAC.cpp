@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "Debug.hpp"
+#include "Held.hpp"
 #include "Player/String.hpp"
 
 #define GST_CAT_DEFAULT AACCategory()
@@ -32,18 +33,17 @@ void SetInt(GstCaps* aCaps, const char* aField, unsigned int aValue) {
 void SetConfig(GstCaps* aCaps, GstBuffer* aConfig) {
     const std::string lConfig = AudioSpecificConfig(
         std::string(reinterpret_cast<const char*>(GST_BUFFER_DATA(aConfig)), GST_BUFFER_SIZE(aConfig)));
-    gst_buffer_unref(aConfig);
     if (!lConfig.empty()) { SetCodecData(aCaps, NewBuffer(lConfig.data(), lConfig.size())); }
 }
 
 GstCaps* MakeCaps(const Player::Properties& aInfo) {
-    GstCaps* const lCaps = gst_caps_new_simple("audio/mpeg", "mpegversion", G_TYPE_INT, 4, "encoding-name",
-                                               G_TYPE_STRING, "MP4A-LATM", "framed", G_TYPE_BOOLEAN, FALSE, nullptr);
-    if (aInfo.Has("EncParams")) { SetInt(lCaps, "channels", Player::DecimalToUInt(aInfo.Get("EncParams"), 1)); }
-    if (aInfo.Has("TimeRes")) { SetInt(lCaps, "rate", Player::DecimalToUInt(aInfo.Get("TimeRes"))); }
-    GstBuffer* const lConfig = NewBufferFromParam(aInfo, "config");
-    if (nullptr != lConfig) { SetConfig(lCaps, lConfig); }
-    return lCaps;
+    Held<GstCaps> lCaps(gst_caps_new_simple("audio/mpeg", "mpegversion", G_TYPE_INT, 4, "encoding-name", G_TYPE_STRING,
+                                            "MP4A-LATM", "framed", G_TYPE_BOOLEAN, FALSE, nullptr));
+    if (aInfo.Has("EncParams")) { SetInt(lCaps.get(), "channels", Player::DecimalToUInt(aInfo.Get("EncParams"), 1)); }
+    if (aInfo.Has("TimeRes")) { SetInt(lCaps.get(), "rate", Player::DecimalToUInt(aInfo.Get("TimeRes"))); }
+    const Held<GstBuffer> lConfig(NewBufferFromParam(aInfo, "config"));
+    if (lConfig) { SetConfig(lCaps.get(), lConfig.get()); }
+    return lCaps.release();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "StreamH264.hpp"
 
 #include "Debug.hpp"
+#include "Held.hpp"
 #include "Parser/Base64.hpp"
 #include "Parser/SpsPpsParser.hpp"
 
@@ -37,10 +38,10 @@ void AppendSet(std::string& aBytes, const std::string& aSet) {
 }
 
 GstCaps* MakeCaps(const Player::Properties& aInfo) {
-    GstCaps* const lCaps = gst_caps_new_simple("video/x-h264", "encoding-name", G_TYPE_STRING, "H264", nullptr);
+    Held<GstCaps> lCaps(gst_caps_new_simple("video/x-h264", "encoding-name", G_TYPE_STRING, "H264", nullptr));
     const std::string lParams = aInfo.Get("FmtParams");
     const auto lFound = lParams.find(kParameterSets);
-    if (std::string::npos == lFound) { return lCaps; }
+    if (std::string::npos == lFound) { return lCaps.release(); }
 
     std::string lBytes;
     unsigned int lWidth = 0;
@@ -51,11 +52,11 @@ GstCaps* MakeCaps(const Player::Properties& aInfo) {
     if (0 != lWidth && 0 != lHeight) {
         GST_DEBUG("Set Width = %d\n", static_cast<int>(lWidth));
         GST_DEBUG("Set Hight = %d\n", static_cast<int>(lHeight));
-        gst_caps_set_simple(lCaps, "width", G_TYPE_INT, static_cast<int>(lWidth), "height", G_TYPE_INT,
+        gst_caps_set_simple(lCaps.get(), "width", G_TYPE_INT, static_cast<int>(lWidth), "height", G_TYPE_INT,
                             static_cast<int>(lHeight), nullptr);
     }
-    SetCodecData(lCaps, NewBuffer(lBytes.data(), lBytes.size()));
-    return lCaps;
+    SetCodecData(lCaps.get(), NewBuffer(lBytes.data(), lBytes.size()));
+    return lCaps.release();
 }
 
 }  // namespace

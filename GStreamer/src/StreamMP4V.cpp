@@ -1,8 +1,9 @@
 #include "StreamMP4V.hpp"
 
-#include <vector>
+#include <utility>
 
 #include "Debug.hpp"
+#include "Held.hpp"
 #include "Parser/ParserMpeg4.hpp"
 
 #define GST_CAT_DEFAULT MP4VCategory()
@@ -17,21 +18,21 @@ GstDebugCategory* MP4VCategory() {
 }
 
 /// The picture size and the configuration as it is.
-void SetConfig(GstCaps* aCaps, GstBuffer* aConfig) {
-    Parser::ParserMpeg4 lParser(GST_BUFFER_DATA(aConfig), static_cast<unsigned int>(GST_BUFFER_SIZE(aConfig)));
+void SetConfig(GstCaps* aCaps, Held<GstBuffer> aConfig) {
+    Parser::ParserMpeg4 lParser(GST_BUFFER_DATA(aConfig.get()),
+                                static_cast<unsigned int>(GST_BUFFER_SIZE(aConfig.get())));
     lParser.Parse();
     gst_caps_set_simple(aCaps, "width", G_TYPE_INT, static_cast<int>(lParser.GetVOLWidth()), "height", G_TYPE_INT,
                         static_cast<int>(lParser.GetVOLHeight()), nullptr);
-    SetCodecData(aCaps, aConfig);
+    SetCodecData(aCaps, aConfig.release());
 }
 
 GstCaps* MakeCaps(const Player::Properties& aInfo) {
-    GstCaps* const lCaps =
-        gst_caps_new_simple("video/mpeg", "mpegversion", G_TYPE_INT, 4, "encoding-name", G_TYPE_STRING, "MP4V-ES",
-                            "systemstream", G_TYPE_BOOLEAN, FALSE, nullptr);
-    GstBuffer* const lConfig = NewBufferFromParam(aInfo, "config");
-    if (nullptr != lConfig) { SetConfig(lCaps, lConfig); }
-    return lCaps;
+    Held<GstCaps> lCaps(gst_caps_new_simple("video/mpeg", "mpegversion", G_TYPE_INT, 4, "encoding-name", G_TYPE_STRING,
+                                            "MP4V-ES", "systemstream", G_TYPE_BOOLEAN, FALSE, nullptr));
+    Held<GstBuffer> lConfig(NewBufferFromParam(aInfo, "config"));
+    if (lConfig) { SetConfig(lCaps.get(), std::move(lConfig)); }
+    return lCaps.release();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "StreamPad.hpp"
 
 #include <atomic>
+#include <memory>
 
 #include "StreamDebug.hpp"
 
@@ -29,10 +30,11 @@ bool AnswerDuration(GstPad* aPad, GstQuery* aQuery) {
 }  // namespace
 
 GstPad* NewStreamPad(unsigned int aTrack) {
+    auto lDuration = std::make_unique<Duration>(-1);
     gchar* const lName = g_strdup_printf("src%d", static_cast<int>(aTrack));
     GstPad* const lPad = gst_pad_new(lName, GST_PAD_SRC);
     g_free(lName);
-    g_object_set_qdata_full(G_OBJECT(lPad), DurationQuark(), new Duration(-1),
+    g_object_set_qdata_full(G_OBJECT(lPad), DurationQuark(), lDuration.release(),
                             [](gpointer aDuration) { delete static_cast<Duration*>(aDuration); });
     gst_pad_set_activatepush_function(lPad, gst_vire_rtsp_stream_activatepush);
     gst_pad_set_event_function(lPad, gst_vire_rtsp_stream_event);

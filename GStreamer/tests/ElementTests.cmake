@@ -10,10 +10,11 @@ function(vire_element_tests aLeg aTarget)
     set(lHere ${PROJECT_SOURCE_DIR}/GStreamer/tests)
     file(GLOB lSources CONFIGURE_DEPENDS ${lHere}/*.cpp ${lHere}/support/*.cpp ${lHere}/${lFolder}/*.cpp)
     set(lEnvironment)
-    if(VIRE_SANITIZE MATCHES "thread")
-        # Memory that GLib hands out anew from pools of its own would seem to be shared by its old and new users.
+    if(VIRE_SANITIZE)
+        # Memory from GLib's own pools would seem to be shared by its old and new users, and never to leak.
         set(lEnvironment ENVIRONMENT G_SLICE=always-malloc)
-    else()
+    endif()
+    if(NOT VIRE_SANITIZE MATCHES "thread")
         list(FILTER lSources EXCLUDE REGEX "ThreadSanitizerLocks")
     endif()
     # The shorthand of dialogues, which the session's tests have as well.

@@ -47,7 +47,11 @@ private:
 /// On the application's thread, call by call of a play: nothing is thrown through GLib, and the next play works.
 TEST(SourceMemorySlow, AnyAllocationMayFindNone) {
     FakeServer lServer;
-    lServer.Describe({FakeServer::H264(), FakeServer::AAC()});
+    FakeServer::Description lPicture = FakeServer::MP4V();
+    lPicture.emplace_back("FmtParams", "config=000001b001");
+    FakeServer::Description lSound = FakeServer::AAC();
+    lSound.emplace_back("FmtParams", "config=40002420");
+    lServer.Describe({FakeServer::H264(), lSound, lPicture});
     lServer.Range(0, 20);
     const Feeder lFeeder(lServer);
     BareElement lElement;
