@@ -11,9 +11,11 @@ work=build/fuzz-coverage
 cmake --preset fuzz-coverage >/dev/null
 cmake --build --preset fuzz-coverage -- --quiet
 mkdir -p $work/profiles
-# A fuzzer that runs meanwhile takes some away.
 rm -rf $work/corpus
-cp -r build/fuzz/corpus $work/corpus 2>/dev/null || true
+# Without it the seeds alone are measured.
+if [ -d build/fuzz/corpus ]; then
+    cp -r build/fuzz/corpus $work/corpus || echo "A fuzzer that runs took some of the inputs away meanwhile."
+fi
 
 objects=""
 for source in fuzz/targets/*.cpp; do

@@ -59,13 +59,15 @@ for target; do
         -print_final_stats=1 -artifact_prefix="$found/" $words $inputs >"$log" 2>&1 || finds=1
     if [ $finds -ne 0 ]; then
         mkdir -p "fuzz/finds/$target"
-        mv "$found"/* "fuzz/finds/$target/" || true
+        # None when the program ended before it could write one: the log tells.
+        find "$found" -type f -exec mv {} "fuzz/finds/$target/" \;
     fi
     all=$((all + finds))
     ask_processor
     # shellcheck disable=SC2059
     printf "$row" "$target" "$seconds" $((processor - before)) "$(number "$log" number_of_executed_units)" \
         "$(number "$log" cov)" "$(number "$log" ft)" "$finds" | tee -a $work/figures
-    [ $finds -eq 0 ] || grep -E 'does not hold|Assertion failed|ERROR|runtime error|Test unit written' "$log" || true
+    [ $finds -eq 0 ] || grep -E 'does not hold|Assertion failed|ERROR|runtime error|Test unit written' "$log" ||
+        tail -n 5 "$log"
 done
 [ $all -eq 0 ] || { echo "Finds: $all"; exit 1; }
