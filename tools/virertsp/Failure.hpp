@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "Command.hpp"
 #include "Player/Exception.hpp"
+#include "commands/Command.hpp"
 
 namespace Virertsp {
 

@@ -6,7 +6,7 @@
 #include "Parser/ParserMpeg4.hpp"
 #include "Parser/SpsPpsParser.hpp"
 #include "Player/String.hpp"
-#include "Writer.hpp"
+#include "writers/Writer.hpp"
 
 namespace Virertsp {
 

@@ -2,10 +2,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "Command.hpp"
-#include "Probe.hpp"
-#include "Record.hpp"
-#include "Stats.hpp"
+#include "commands/Command.hpp"
+#include "commands/Probe.hpp"
+#include "commands/Record.hpp"
+#include "commands/Stats.hpp"
 
 namespace {
 

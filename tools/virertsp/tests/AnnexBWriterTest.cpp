@@ -1,4 +1,4 @@
-#include "AnnexBWriter.hpp"
+#include "writers/AnnexBWriter.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 
-#include "Command.hpp"
 #include "Outcome.hpp"
-#include "Probe.hpp"
-#include "Stats.hpp"
+#include "commands/Command.hpp"
+#include "commands/Probe.hpp"
+#include "commands/Stats.hpp"
 #include "support/ScriptedServer.hpp"
 
 namespace Virertsp {

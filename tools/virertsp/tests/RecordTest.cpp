@@ -1,10 +1,10 @@
-#include "Record.hpp"
+#include "commands/Record.hpp"
 
 #include <gmock/gmock.h>
 
-#include "Command.hpp"
 #include "Outcome.hpp"
 #include "Scratch.hpp"
+#include "commands/Command.hpp"
 #include "support/Packets.hpp"
 #include "support/ScriptedServer.hpp"
 

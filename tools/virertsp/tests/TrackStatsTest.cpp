@@ -1,4 +1,4 @@
-#include "TrackStats.hpp"
+#include "recording/TrackStats.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Writer.hpp"
+#include "writers/Writer.hpp"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Scratch.hpp"
-#include "Writer.hpp"
+#include "writers/Writer.hpp"
 
 namespace Virertsp {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Recorder.hpp"
-#include "SessionOptions.hpp"
+#include "commands/SessionOptions.hpp"
+#include "recording/Recorder.hpp"
 
 namespace Virertsp {
 

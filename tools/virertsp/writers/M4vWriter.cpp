@@ -1,4 +1,4 @@
-#include "M4vWriter.hpp"
+#include "writers/M4vWriter.hpp"
 
 #include "FormatParameters.hpp"
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "Observer.hpp"
+#include "recording/Observer.hpp"
 
 namespace Virertsp {
 

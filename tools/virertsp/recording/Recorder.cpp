@@ -1,13 +1,13 @@
-#include "Recorder.hpp"
+#include "recording/Recorder.hpp"
 
 #include <sys/stat.h>
 
 #include <thread>
 
 #include "Failure.hpp"
-#include "Interrupt.hpp"
 #include "Player/String.hpp"
-#include "Progress.hpp"
+#include "commands/Interrupt.hpp"
+#include "recording/Progress.hpp"
 
 namespace Virertsp {
 

@@ -1,4 +1,4 @@
-#include "Recording.hpp"
+#include "recording/Recording.hpp"
 
 #include <cstdio>
 #include <exception>

@@ -6,7 +6,7 @@
 #include "Dialogue.hpp"
 #include "Json.hpp"
 #include "MediaInfo.hpp"
-#include "ProbePlayer.hpp"
+#include "commands/ProbePlayer.hpp"
 
 namespace Virertsp {
 

@@ -1,4 +1,4 @@
-#include "StatsObserver.hpp"
+#include "recording/StatsObserver.hpp"
 
 #include <cstdio>
 

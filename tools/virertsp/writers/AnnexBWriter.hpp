@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "OutputFile.hpp"
-#include "Writer.hpp"
+#include "writers/OutputFile.hpp"
+#include "writers/Writer.hpp"
 
 namespace Virertsp {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "Observer.hpp"
 #include "Player/Pace.hpp"
-#include "TrackRecord.hpp"
+#include "recording/Observer.hpp"
+#include "recording/TrackRecord.hpp"
 
 namespace Virertsp {
 

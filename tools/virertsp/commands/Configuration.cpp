@@ -1,4 +1,4 @@
-#include "Configuration.hpp"
+#include "commands/Configuration.hpp"
 
 #include <map>
 

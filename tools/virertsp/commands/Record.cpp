@@ -1,9 +1,9 @@
-#include "Record.hpp"
+#include "commands/Record.hpp"
 
 #include "Failure.hpp"
-#include "Interrupt.hpp"
-#include "Progress.hpp"
-#include "Recording.hpp"
+#include "commands/Interrupt.hpp"
+#include "recording/Progress.hpp"
+#include "recording/Recording.hpp"
 
 namespace Virertsp {
 

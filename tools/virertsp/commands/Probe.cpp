@@ -1,11 +1,11 @@
-#include "Probe.hpp"
+#include "commands/Probe.hpp"
 
 #include <cstdio>
 #include <exception>
 
 #include "Failure.hpp"
-#include "Presentation.hpp"
-#include "SessionOptions.hpp"
+#include "commands/Presentation.hpp"
+#include "commands/SessionOptions.hpp"
 
 namespace Virertsp {
 

@@ -1,4 +1,4 @@
-#include "AdtsWriter.hpp"
+#include "writers/AdtsWriter.hpp"
 
 #include "Failure.hpp"
 #include "Player/String.hpp"

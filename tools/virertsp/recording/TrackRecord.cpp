@@ -1,10 +1,10 @@
-#include "TrackRecord.hpp"
+#include "recording/TrackRecord.hpp"
 
 #include <cinttypes>
 
 #include "Ending.hpp"
 #include "Player/String.hpp"
-#include "Progress.hpp"
+#include "recording/Progress.hpp"
 
 namespace Virertsp {
 

@@ -1,4 +1,4 @@
-#include "OutputFile.hpp"
+#include "writers/OutputFile.hpp"
 
 #include <sys/stat.h>
 

@@ -1,4 +1,4 @@
-#include "AmrWriter.hpp"
+#include "writers/AmrWriter.hpp"
 
 #include "Failure.hpp"
 #include "FormatParameters.hpp"

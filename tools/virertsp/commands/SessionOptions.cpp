@@ -1,11 +1,11 @@
-#include "SessionOptions.hpp"
+#include "commands/SessionOptions.hpp"
 
 #include <strings.h>
 
 #include <memory>
 
-#include "Configuration.hpp"
 #include "Failure.hpp"
+#include "commands/Configuration.hpp"
 
 namespace Virertsp {
 

@@ -1,10 +1,10 @@
-#include "TrackStats.hpp"
+#include "recording/TrackStats.hpp"
 
 #include "Ending.hpp"
 #include "Json.hpp"
 #include "Player/String.hpp"
 #include "Printable.hpp"
-#include "Units.hpp"
+#include "recording/Units.hpp"
 
 namespace Virertsp {
 

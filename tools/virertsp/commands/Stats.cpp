@@ -1,9 +1,9 @@
-#include "Stats.hpp"
+#include "commands/Stats.hpp"
 
 #include "Failure.hpp"
-#include "Interrupt.hpp"
-#include "Recording.hpp"
-#include "StatsObserver.hpp"
+#include "commands/Interrupt.hpp"
+#include "recording/Recording.hpp"
+#include "recording/StatsObserver.hpp"
 
 namespace Virertsp {
 

@@ -1,10 +1,10 @@
-#include "Writer.hpp"
+#include "writers/Writer.hpp"
 
-#include "AdtsWriter.hpp"
-#include "AmrWriter.hpp"
-#include "AnnexBWriter.hpp"
 #include "Failure.hpp"
-#include "M4vWriter.hpp"
+#include "writers/AdtsWriter.hpp"
+#include "writers/AmrWriter.hpp"
+#include "writers/AnnexBWriter.hpp"
+#include "writers/M4vWriter.hpp"
 
 namespace Virertsp {
 

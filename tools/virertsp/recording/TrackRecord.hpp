@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "OutputFile.hpp"
 #include "Player/MediaPlayer.hpp"
-#include "Writer.hpp"
+#include "writers/OutputFile.hpp"
+#include "writers/Writer.hpp"
 
 namespace Virertsp {
 

@@ -1,4 +1,4 @@
-#include "Progress.hpp"
+#include "recording/Progress.hpp"
 
 #include <unistd.h>
 

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "Observer.hpp"
-#include "TrackStats.hpp"
+#include "recording/Observer.hpp"
+#include "recording/TrackStats.hpp"
 
 namespace Virertsp {
 

@@ -1,4 +1,4 @@
-#include "Interrupt.hpp"
+#include "commands/Interrupt.hpp"
 
 #include <csignal>
 #include <initializer_list>

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "AudioConfig.hpp"
-#include "OutputFile.hpp"
-#include "Writer.hpp"
+#include "writers/OutputFile.hpp"
+#include "writers/Writer.hpp"
 
 namespace Virertsp {
 

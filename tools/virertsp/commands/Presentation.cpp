@@ -1,9 +1,9 @@
-#include "Presentation.hpp"
+#include "commands/Presentation.hpp"
 
 #include "Player/String.hpp"
 #include "Printable.hpp"
-#include "Progress.hpp"
-#include "Units.hpp"
+#include "recording/Progress.hpp"
+#include "recording/Units.hpp"
 
 namespace Virertsp {
 
