@@ -289,6 +289,14 @@ def write_by_hand():
         b"/;seq=,/trackID=1;seq;rtptime=-1,,,", b"npt=now-;npt=-5"))) + b"\x01")
     # Flag, then what the target writes itself is drawn from these.
     write("headers", "obeyed", bytes(range(1, 200)))
+    # Flag, then a value of any of the three headers.
+    for index, value in enumerate((
+            b"RTP/AVP;unicast;client_port=5000-5001;server_port=6970-6971-9;source=192.0.2.1;ssrc= 1A2B3C4D;mode=\"PLAY\"",
+            b"RTP/AVP/TCP;unicast; interleaved=0-1 ;ssrc=zz;server_port=-;source=",
+            b"url=rtsp://h/clip/trackID=1;seq=70000;rtptime=4294967297, url=trackID=2;seq=5,,url=/;rtptime=-1,",
+            b"npt=12.5-99.123456789;time=19970123T143720Z", b" npt = now- ", b"clock=19961108T143720.25Z-;npt=-5")):
+        write("track_headers", f"value{index}", b"\0" + value)
+    write("track_headers", "written", bytes(range(1, 120)))
     write("sdp", "everything", b"v=0\r\no=- 1 2 IN IP4 192.0.2.1\r\ns=Everything\r\ni=Of it\r\nc=IN IP4 0.0.0.0\r\n"
           b"b=AS:500\r\nt=0 0\r\na=range:npt= 0- 60.5\r\na=control:*\r\nm=video 0 RTP/AVP 96 97\r\nc=IN IP4 192.0.2.9\r\n"
           b"a=rtpmap:96 H264/90000\r\na=fmtp:96 packetization-mode=1;sprop-parameter-sets=Z0IAHg==,aM4=\r\n"

@@ -47,7 +47,7 @@ for target; do
         [ ! -d "fuzz/$folder/$target" ] || inputs="$inputs fuzz/$folder/$target"
     done
     case $target in
-        headers | messages | sdp | session | url) words=-dict=fuzz/words.dict ;;
+        headers | messages | sdp | track_headers | session | url) words=-dict=fuzz/words.dict ;;
         *) words="" ;;
     esac
     finds=0

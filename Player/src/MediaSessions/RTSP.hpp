@@ -1,14 +1,16 @@
 #pragma once
 
-#include <list>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "MediaSessions/RTSP/Configuration.hpp"
 #include "MediaSessions/RTSP/Connection.hpp"
+#include "MediaSessions/RTSP/Description.hpp"
 #include "MediaSessions/RTSP/Messages.hpp"
 #include "MediaSessions/RTSP/Request.hpp"
+#include "MediaSessions/RTSP/ServerFeatures.hpp"
+#include "MediaSessions/RTSP/TransportHeader.hpp"
 #include "Player/MediaHandler.hpp"
 #include "Player/MediaSession.hpp"
 #include "Player/Processor.hpp"
@@ -90,15 +92,12 @@ private:
     // What the server says about the presentation (TrackSetUp.cpp).
     void HandleSDP(const Buffer& aBody, const std::string& aBase);
     void HandleTrackVars(TrackIdx aIdx, const std::string& aParams);
+    void SetTrackVars(TrackIdx aIdx, const TransportHeader& aVars);
     void HandleRange(const std::string& aValue);
     void HandleRTPInfo(const std::string& aValue);
     void ForgetDescription();
-    /// The session's value of a key, else the first that a track has.
-    std::string FirstInDescription(const char* aKey) const;
     /// The tracks that are set up, by the identifier that an RTP-Info header names them with.
     std::multimap<std::string, TrackIdx> TracksById() const;
-    /// The first described track of that media type, or null.
-    const Properties* DescribedTrack(const std::string& aMediaType) const;
 
     // Play state (PlayState.cpp).
     void EnterState(PlayState aState, const char* aName);
@@ -143,16 +142,9 @@ private:
     /// CSeq of the last request sent.
     UInt mCSeq = 0;
     UInt mPipelinedRequests = 0;
-    // What the server says it can do.
-    bool mPipelined = false;
-    bool mSwitchSupported = false;
-    bool mServerIsStrand = false;
 
-    // What the server describes.
-    SharedPtr<Properties, SharedObject> mSessionProperties;
-    std::list<SharedPtr<Properties, SharedObject>> mTrackProperties;
-    Time mAvailableStart;
-    Time mAvailableEnd;
+    ServerFeatures mServer;
+    Description mDescription;
 
     // What is set up.
     std::string mSessionId;
@@ -163,9 +155,6 @@ private:
     /// The handler has accepted tracks that it was not told to discard.
     bool mHandlerHasTracks = false;
 
-    // What is played.
-    Time mPlayingStart;
-    Time mPlayingEnd;
     PlayState mState = Stopped;
     /// When `mState` last changed.
     Time mStateTime;

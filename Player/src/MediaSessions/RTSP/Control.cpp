@@ -110,9 +110,7 @@ void RTSP::DoCommonReset() {
     ForgetDescription();
     mCSeq = 0;
     mPipelinedRequests = 0;
-    mPipelined = false;
-    mSwitchSupported = false;
-    mServerIsStrand = false;
+    mServer = ServerFeatures();
     mConnection.SetURL("");
 }
 

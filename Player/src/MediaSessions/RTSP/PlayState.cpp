@@ -27,7 +27,7 @@ bool RTSP::Fill(UInt aTrack) {
     if (!mTransport->FillTrack(aTrack) && (Buffering != mState || !GetsNoMore(aTrack))) { return false; }
     if (Playing == mState) { return true; }
     if (WaitData == mState) { EnterState(Buffering, "Buffering"); }
-    if (Buffering != mState || (!mServerIsStrand && !HasBuffered(aTrack))) { return false; }
+    if (Buffering != mState || (!mServer.mServerIsStrand && !HasBuffered(aTrack))) { return false; }
     EnterState(Playing, "Playing");
     return true;
 }
@@ -50,7 +50,7 @@ bool RTSP::Produce(UInt aTrack) {
         EnterState(Buffering, "Buffering");
     }
     if (Buffering == mState) {
-        if (!mServerIsStrand) {
+        if (!mServer.mServerIsStrand) {
             mTransport->Fill();
             // The first track decides for all.
             if (!HasBuffered(0)) { return false; }

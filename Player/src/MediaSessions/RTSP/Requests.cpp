@@ -59,7 +59,7 @@ void RTSP::SendSetup(TrackIdx aIdx) {
     const std::string lURL = lStream.mProperties->Get("URL");
     Request lRequest = NewRequest("SETUP", lURL);
     lRequest.Optional("Session", mSessionId);
-    if (mPipelined) {
+    if (mServer.mPipelined) {
         // All set-ups of a presentation bear one number, new with its first track.
         if (0 == aIdx) {
             ++mPipelinedRequests;
@@ -82,7 +82,7 @@ std::string RTSP::TransportLine(TrackIdx aIdx) const {
 
 void RTSP::SendPlay(Time aFrom, bool aSwitching) {
     Request lRequest = NewRequest("PLAY", URL());
-    if (!mPipelined || aSwitching) {
+    if (!mServer.mPipelined || aSwitching) {
         lRequest.Line(SessionLine(mSessionId));
         if (aSwitching) { lRequest.Line("Require: 3gpp-switch-req-sdp").Line("SDP-Requested: 1"); }
     } else {

@@ -13,10 +13,6 @@ namespace {
 /// As many as there are pairs of interleaved channels, of one byte each; over UDP each takes two descriptors.
 constexpr std::size_t kMostTracks = 128;
 
-bool Contains(const std::string& aText, const char* aWord) {
-    return std::string::npos != aText.find(aWord);
-}
-
 }  // namespace
 
 void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
@@ -27,15 +23,15 @@ void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
     } else if (mSessionId.empty()) {
         // What is described belongs to the URL that it was fetched for, and its tracks went with their session.
         if (URL() != aURL || mStreams.empty()) { ForgetDescription(); }
-    } else if (!mSwitchSupported) {
+    } else if (!mServer.mSwitchSupported) {
         DoTeardown(aHandler, true);
         ForgetDescription();
     }
     mConnection.SetURL(aURL);
 
-    if (mTrackProperties.empty()) { DoDescribe(aHandler); }
+    if (mDescription.mTrackProperties.empty()) { DoDescribe(aHandler); }
     const bool lCanSwitch = !mSessionId.empty() && 0 != mTracksAdded;
-    DoPlay(aHandler, aFrom, lCanSwitch && mSwitchSupported);
+    DoPlay(aHandler, aFrom, lCanSwitch && mServer.mSwitchSupported);
 }
 
 void RTSP::LeaveServer(MediaHandler& aHandler) {
@@ -53,7 +49,7 @@ void RTSP::DoDescribe(MediaHandler& aHandler) {
     if (!RecvDescribe(mCSeq)) { ThrowRefused("DoDescribe", "DESCRIBE failed"); }
     OfferTracks(aHandler);
     mStreams.clear();
-    for (const auto& lOffered : mTrackProperties) {
+    for (const auto& lOffered : mDescription.mTrackProperties) {
         if (kMostTracks == mStreams.size()) {
             Report(__FILE__, __LINE__, Severity::Warning, "RTSP::DoDescribe(): %s", "Too many tracks");
             break;
@@ -70,12 +66,8 @@ bool RTSP::RecvDescribe(UInt aCSeq) {
         if (ClosesConnection(lHeaders)) { DoFullReset(); }
         return false;
     }
-    if (0 != lHeaders.count("Supported")) {
-        mPipelined = Contains(lHeaders["Supported"], "3gpp-pipelined");
-        mSwitchSupported = Contains(lHeaders["Supported"], "3gpp-switch-req-sdp");
-    }
+    mServer = mServer.With(lHeaders);
     if (0 != lHeaders.count("Server")) {
-        mServerIsStrand = Contains(lHeaders["Server"], "Quenra Strand");
         Report(__FILE__, __LINE__, Severity::Info, "RTSP server: %s", lHeaders["Server"].c_str());
     }
 
@@ -92,8 +84,8 @@ void RTSP::OfferTracks(MediaHandler& aHandler) {
         aHandler.Reset();
         mHandlerHasTracks = false;
     }
-    aHandler.SelectTracks(mSessionProperties, mTrackProperties);
-    aHandler.AvailableRange(mAvailableStart, mAvailableEnd);
+    aHandler.SelectTracks(mDescription.mSessionProperties, mDescription.mTrackProperties);
+    aHandler.AvailableRange(mDescription.mAvailableStart, mDescription.mAvailableEnd);
 }
 
 bool RTSP::BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream& aStream) {
@@ -111,10 +103,10 @@ void RTSP::DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching) {
     if (mStreams.empty()) { return; }
     if (!aSwitching) {
         CreateTransport();
-        if (mPipelined) { return DoPipelinedPlay(aHandler, aFrom); }
+        if (mServer.mPipelined) { return DoPipelinedPlay(aHandler, aFrom); }
         SetUpTracks();
     }
-    if (!mPipelined) { mTransport->Preflight(); }
+    if (!mServer.mPipelined) { mTransport->Preflight(); }
     SendPlay(aFrom, aSwitching);
     if (aSwitching) { return FinishSwitch(aHandler, aFrom); }
     if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "PLAY failed"); }
@@ -143,7 +135,7 @@ void RTSP::ReleaseTransport() {
 void RTSP::SetUpTracks() {
     for (TrackIdx lIdx = 0; lIdx < mStreams.size(); ++lIdx) {
         SendSetup(lIdx);
-        if (!mPipelined && !RecvSetup(mCSeq, lIdx)) { ThrowRefused("DoPlay", "SETUP failed"); }
+        if (!mServer.mPipelined && !RecvSetup(mCSeq, lIdx)) { ThrowRefused("DoPlay", "SETUP failed"); }
     }
 }
 
@@ -215,7 +207,7 @@ void RTSP::GiveUpPipelined() {
 }
 
 void RTSP::StartPlaying(MediaHandler& aHandler) {
-    aHandler.PlayingRange(mPlayingStart, mPlayingEnd);
+    aHandler.PlayingRange(mDescription.mPlayingStart, mDescription.mPlayingEnd);
     EnterState(WaitData, "WaitData");
 }
 

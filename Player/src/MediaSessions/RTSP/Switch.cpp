@@ -25,13 +25,13 @@ void RTSP::FinishSwitch(MediaHandler& aHandler, Time aFrom) {
     }
     DoTeardown(aHandler, true);
     DoSessionReset();
-    mSessionProperties.Set(nullptr);
+    mDescription.mSessionProperties.Set(nullptr);
     DoDescribe(aHandler);
     DoPlay(aHandler, aFrom, false);
 }
 
 void RTSP::SwitchTracks(MediaHandler& aHandler) {
-    if (mTrackProperties.size() != mStreams.size() || mTracksAdded != mStreams.size()) { throw kRetry; }
+    if (mDescription.mTrackProperties.size() != mStreams.size() || mTracksAdded != mStreams.size()) { throw kRetry; }
     mTransport->Preflight();
     OfferTracks(aHandler);
     for (TrackIdx lIdx = 0; lIdx < mStreams.size(); ++lIdx) {
@@ -40,7 +40,7 @@ void RTSP::SwitchTracks(MediaHandler& aHandler) {
 }
 
 void RTSP::SwitchTrack(MediaHandler& aHandler, TrackIdx aIdx) {
-    const Properties* const lOffered = DescribedTrack(mStreams[aIdx].mProperties->Get("MediaType"));
+    const Properties* const lOffered = mDescription.FirstOfType(mStreams[aIdx].mProperties->Get("MediaType"));
     if (nullptr == lOffered) { throw kRetry; }
     Stream lStream;
     if (!BuildChain(aHandler, *lOffered, lStream)) { throw kRetry; }
