@@ -1,6 +1,7 @@
 #include "MediaSessions/RTSP/Configuration.hpp"
 
 #include "Player/Assert.hpp"
+#include "Player/Report.hpp"
 #include "Player/String.hpp"
 
 namespace Player::MediaSessions {
@@ -9,6 +10,17 @@ namespace {
 
 void ReadText(const Properties& aConfig, const char* aKey, std::string& aOut) {
     if (!aConfig.Get(aKey).empty()) { aConfig.Get(aKey, aOut); }
+}
+
+/// Interleaving was a setting of its own before the ways could be chosen, and still is one.
+Transports ReadTransports(const Properties& aConfig, bool aInterleaved, const Dialect& aDialect) {
+    const std::string lText = aConfig.Get("RTSP:Transports");
+    const Transports lGiven = Transports::Parse(lText);
+    if (!lGiven.Empty()) { return lGiven; }
+    if (!lText.empty()) {
+        Report(__FILE__, __LINE__, Severity::Warning, "No transport in \"%s\", using the default", lText.c_str());
+    }
+    return aInterleaved ? Transports{false, true} : aDialect.DefaultTransports();
 }
 
 void ReadNumber(const Properties& aConfig, const char* aKey, UInt& aOut) {
@@ -41,6 +53,11 @@ Configuration::Configuration(const Properties& aConfig) {
     mTimeOutRTPAfter = Time(lTimeOutRTPAfter, 1);
     mUseInterleavedRTP =
         0 != static_cast<int>(std::strtoll(aConfig.Get("RTSP:UseInterleavedRTP").c_str(), nullptr, 10));
+    mDialect = &Dialect::Named(aConfig.Get("RTSP:Profile"));
+    ReadText(aConfig, "RTSP:UserName", mUserName);
+    ReadText(aConfig, "RTSP:Password", mPassword);
+    mTransports = ReadTransports(aConfig, mUseInterleavedRTP, *mDialect);
+    ReadNumber(aConfig, "RTSP:UDPBuffer", mUDPBuffer);
 }
 
 }  // namespace Player::MediaSessions

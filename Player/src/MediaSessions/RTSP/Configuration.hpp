@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "MediaSessions/RTSP/Dialect.hpp"
+#include "MediaSessions/RTSP/Transports.hpp"
 #include "Player/Properties.hpp"
 #include "Player/Time.hpp"
 #include "Player/Types.hpp"
@@ -34,6 +36,15 @@ struct Configuration {
     Time mTimeOutRTPAfter = Time(20, 1);
     /// RTP within the RTSP connection instead of over UDP.
     bool mUseInterleavedRTP = false;
+    /// Answers every question on which the profiles differ; from the key "RTSP:Profile".
+    const Dialect* mDialect = &Dialect::Named("");
+    /// For servers that ask for them. The URL's own count for more.
+    std::string mUserName;
+    std::string mPassword;
+    /// The ways for media to come in, at least one. Where none are given, `mUseInterleavedRTP` or the dialect decides.
+    Transports mTransports = {true, false};
+    /// Bytes of the receive buffer of each track over UDP; 0 leaves it to the dialect.
+    UInt mUDPBuffer = 0;
 
     Configuration() = default;
     /// A time-out of 0 and a port range that is out of bounds or empty are mistakes of the embedding

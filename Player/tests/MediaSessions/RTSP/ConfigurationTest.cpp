@@ -32,6 +32,11 @@ void ExpectDefaults(const Configuration& aConfig) {
     EXPECT_EQ(3U, aConfig.mTargetRTPBuffer);
     EXPECT_EQ(20LL << 32, aConfig.mTimeOutRTPAfter.Get());
     EXPECT_FALSE(aConfig.mUseInterleavedRTP);
+    EXPECT_STREQ("classic", aConfig.mDialect->Name());
+    EXPECT_EQ("", aConfig.mUserName);
+    EXPECT_EQ("", aConfig.mPassword);
+    EXPECT_TRUE((Transports{true, false} == aConfig.mTransports));
+    EXPECT_EQ(0U, aConfig.mUDPBuffer);
 }
 
 TEST(ConfigurationTest, AbsentAndEmptySettingsHaveDefaults) {
@@ -51,7 +56,13 @@ TEST(ConfigurationTest, AbsentAndEmptySettingsHaveDefaults) {
                                {"RTSP:UseUDPPortsTo", ""},
                                {"RTSP:TargetRTPBuffer", ""},
                                {"RTSP:TimeOutRTPAfter", ""},
-                               {"RTSP:UseInterleavedRTP", ""}}));
+                               {"RTSP:UseInterleavedRTP", ""},
+                               {"RTSP:Profile", ""},
+                               {"RTSP:UserName", ""},
+                               {"RTSP:Password", ""},
+                               {"RTSP:Transports", ""},
+                               {"RTSP:UDPBuffer", ""}}));
+    ExpectDefaults(Configured({{"RTSP:Profile", "classic"}}));
 }
 
 TEST(ConfigurationTest, EverySettingHasItsKey) {
@@ -69,7 +80,12 @@ TEST(ConfigurationTest, EverySettingHasItsKey) {
                                               {"RTSP:UseUDPPortsTo", "6000"},
                                               {"RTSP:TargetRTPBuffer", "4"},
                                               {"RTSP:TimeOutRTPAfter", "9"},
-                                              {"RTSP:UseInterleavedRTP", "1"}});
+                                              {"RTSP:UseInterleavedRTP", "1"},
+                                              {"RTSP:Profile", "modern"},
+                                              {"RTSP:UserName", "me"},
+                                              {"RTSP:Password", "secret"},
+                                              {"RTSP:Transports", "udp"},
+                                              {"RTSP:UDPBuffer", "1000000"}});
     EXPECT_EQ("127.0.0.2", lConfig.mUseLocalIP);
     EXPECT_EQ(7U, lConfig.mTimeOutAfter);
     EXPECT_EQ("TV", lConfig.mUseDeviceStr);
@@ -85,6 +101,35 @@ TEST(ConfigurationTest, EverySettingHasItsKey) {
     EXPECT_EQ(4U, lConfig.mTargetRTPBuffer);
     EXPECT_EQ(9LL << 32, lConfig.mTimeOutRTPAfter.Get());
     EXPECT_TRUE(lConfig.mUseInterleavedRTP);
+    EXPECT_STREQ("modern", lConfig.mDialect->Name());
+    EXPECT_EQ("me", lConfig.mUserName);
+    EXPECT_EQ("secret", lConfig.mPassword);
+    EXPECT_TRUE((Transports{true, false} == lConfig.mTransports));
+    EXPECT_EQ(1000000U, lConfig.mUDPBuffer);
+}
+
+TEST(ConfigurationTest, TransportsAreThoseGivenOrThoseOfInterleavingOrOfTheProfile) {
+    struct Case {
+        const char* mTransports;
+        const char* mInterleaved;
+        const char* mProfile;
+        Transports mResult;
+    };
+    for (const Case& lCase : {
+             Case{"", "", "", {true, false}},
+             Case{"", "1", "", {false, true}},
+             Case{"", "", "modern", {true, true}},
+             Case{"", "1", "modern", {false, true}},
+             Case{"udp,tcp", "", "", {true, true}},
+             Case{"tcp", "", "", {false, true}},
+             Case{"udp", "1", "modern", {true, false}},
+             Case{"none", "", "modern", {true, true}},
+         }) {
+        const Configuration lConfig = Configured({{"RTSP:Transports", lCase.mTransports},
+                                                  {"RTSP:UseInterleavedRTP", lCase.mInterleaved},
+                                                  {"RTSP:Profile", lCase.mProfile}});
+        EXPECT_TRUE(lCase.mResult == lConfig.mTransports) << lCase.mTransports << lCase.mInterleaved << lCase.mProfile;
+    }
 }
 
 // The element sets these two; only the exact spelling counts.
