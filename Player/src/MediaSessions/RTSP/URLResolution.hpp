@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+/// URLs as servers write them, resolved and taken apart by RFC 3986. Whatever the text, there is a result.
+namespace Player::URL {
+
+/// Whether the text is a URL by itself: a scheme, "://".
+bool IsAbsolute(const std::string& aText);
+
+/// The URL that `aReference` means where `aBase` is the base. A reference without a query of its own keeps that of the
+/// base, and a base that ends in "/" is a folder wherever that slash stands, behind a "?" too: cameras address their
+/// channels by the query. "*" and the empty reference mean the base itself.
+std::string Resolve(const std::string& aBase, const std::string& aReference);
+
+/// The base of a description that was asked for at `aRequest`: the first of Content-Base and Content-Location that is
+/// not empty, else the request's own. What lacks scheme or host gets the request's.
+std::string BaseOf(const std::string& aRequest, const std::string& aContentBase, const std::string& aContentLocation);
+
+/// `aBase`, one slash, `aReference`: what servers mean that join the two as texts.
+std::string Append(const std::string& aBase, const std::string& aReference);
+
+/// Name and password in front of the host, percent-decoded.
+struct UserInfo {
+    std::string mName;
+    std::string mPassword;
+    bool operator==(const UserInfo& aOther) const { return mName == aOther.mName && mPassword == aOther.mPassword; }
+};
+/// Of the authority, up to its last "@": passwords are found with an "@" that was not encoded.
+UserInfo UserInfoOf(const std::string& aURL);
+/// The URL, or authority, without user information. What must not be shown is not in it.
+std::string WithoutUserInfo(const std::string& aURL);
+
+/// Host, without the brackets of an IPv6 address, and port of an authority; user information does not count.
+std::pair<std::string, std::string> HostAndPort(const std::string& aAuthority, const std::string& aDefaultPort);
+/// Lower case, without "://"; empty for a text that is no URL.
+std::string Scheme(const std::string& aURL);
+
+}  // namespace Player::URL
