@@ -40,12 +40,12 @@ SInt CumulativeLost(UInt aExpected, UInt aReceived) {
 }
 
 Byte LossInterval::Advance(UInt aExpected, UInt aReceived) {
-    const UInt lExpected = aExpected - mExpectedPrior;
-    const UInt lReceived = aReceived - mReceivedPrior;
+    // A new base makes the expected count begin anew: the interval is negative then.
+    const SInt lExpected = static_cast<SInt>(aExpected - mExpectedPrior);
+    const std::int64_t lLost = std::int64_t{lExpected} - (aReceived - mReceivedPrior);
     mExpectedPrior = aExpected;
     mReceivedPrior = aReceived;
-    if (lExpected <= lReceived) { return 0; }
-    return static_cast<Byte>((static_cast<std::uint64_t>(lExpected - lReceived) << 8) / lExpected);
+    return lLost <= 0 ? Byte{0} : static_cast<Byte>(lLost * 256 / lExpected);
 }
 
 }  // namespace Player::RTP

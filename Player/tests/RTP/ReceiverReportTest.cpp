@@ -102,9 +102,18 @@ TEST(ReceiverReportTest, LossOfAllDoesNotFitTheFraction) {
 
 TEST(ReceiverReportTest, FractionLostOfHugeLossesIsExact) {
     LossInterval lLosses;
-    EXPECT_EQ(255, lLosses.Advance(0x80000000, 1));
+    EXPECT_EQ(255, lLosses.Advance(0x7FFFFFFF, 1));
     LossInterval lOthers;
-    EXPECT_EQ(127, lOthers.Advance(0xFFFFFFFF, 0x80000000));
+    EXPECT_EQ(127, lOthers.Advance(0x7FFFFFFF, 0x40000000));
+}
+
+TEST(ReceiverReportTest, NothingIsLostWhereTheExpectedCountBeginsAnew) {
+    for (const UInt lCounted : {2U, 300U, 0x01000001U, 0x7FFFFFFFU}) {
+        LossInterval lLosses;
+        EXPECT_EQ(0, lLosses.Advance(lCounted, lCounted));
+        EXPECT_EQ(0, lLosses.Advance(1, lCounted)) << lCounted;
+        EXPECT_EQ(128, lLosses.Advance(5, lCounted + 2)) << "and goes on from there";
+    }
 }
 
 }  // namespace

@@ -214,6 +214,24 @@ TEST_F(StackRTCPTest, OffsetOfANewBaseDoesNotEnterTheReport) {
     EXPECT_EQ((Bytes{0, 0, 1, 0xF7}), Bytes(lReport.begin() + 16, lReport.begin() + 20));
 }
 
+TEST_F(StackRTCPTest, FirstReportOfAResumedTrackTellsOfNoLoss) {
+    for (UInt lSeq = 100; lSeq <= 600; ++lSeq) {
+        EXPECT_TRUE(TakeFrame(lSeq));
+    }
+    EXPECT_EQ(0, Report()[12]);
+    for (const UInt lBase : {601U, 64000U}) {
+        PopAll();
+        mStack.SetSeqBase(static_cast<unsigned short>(lBase));
+        mStack.SetTimeBase(lBase * 3600);
+        for (UInt lSeq = lBase; lSeq < lBase + 50; ++lSeq) {
+            EXPECT_TRUE(TakeFrame(lSeq));
+        }
+        EXPECT_EQ(0, Report()[12]) << "resumed at " << lBase;
+        EXPECT_TRUE(TakeFrame(lBase + 51));
+        EXPECT_EQ(128, Report()[12]) << "a loss counts again";
+    }
+}
+
 // ---------------------------------------------------------------- alignment of tracks
 
 /// Two tracks with a sender report each. By RTP the first is 3 s and the second 2 s behind its time base;
