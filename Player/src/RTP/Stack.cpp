@@ -58,6 +58,23 @@ bool IsCompound(const Byte* aData, UInt aSize) {
 
 }  // namespace
 
+void Stack::SetSeqBase(unsigned short aSeq) {
+    // Over the connection media of the new range may overtake the answer that tells where it begins.
+    const UInt lAhead = static_cast<UInt>(static_cast<unsigned short>(mSeq.Highest() - aSeq)) + 1;
+    const UInt lSincePreflight = mRun.mPacketsReceived - mRun.mReceivedAtPreflight;
+    const UInt lOvertaken = lAhead <= lSincePreflight ? lAhead : 0;
+    mRun.mExpectedBefore = Expected() - lOvertaken;
+    mRun.mReceivedBefore = mRun.mPacketsReceived - lOvertaken;
+    mRun.mReceivedAtPreflight = mRun.mPacketsReceived;
+    mSeq.SetBase(aSeq);
+}
+
+UInt Stack::Expected() const {
+    // A base alone tells of no packet.
+    const bool lHasBegun = mRun.mPacketsReceived != mRun.mReceivedBefore;
+    return mRun.mExpectedBefore + (lHasBegun ? mSeq.Expected() : 0);
+}
+
 bool Stack::HandleRTP(const unsigned char* aData, unsigned int aSize, Time aArrival) {
     if (aSize < kRTPHeader || 2 != Version(aData)) { return false; }
     if (0 != mExpectedPT && (aData[1] & 0x7F) != mExpectedPT) { return false; }
@@ -231,6 +248,7 @@ void Stack::SetBeginTime(const Time& aTime) {
 
 void Stack::Preflight(Time aNow) {
     mRun.mLastRTPArrival = mRun.mLastRTCPArrival = aNow;
+    mRun.mReceivedAtPreflight = mRun.mPacketsReceived;
 }
 
 void Stack::Flush(Time aNow) {
@@ -257,9 +275,7 @@ std::uint64_t Stack::NTPSinceTimeBase() const {
 Reception Stack::GetReception() const {
     Reception lFigures;
     lFigures.mPacketsReceived = mRun.mPacketsReceived;
-    if (0 != mRun.mPacketsReceived) {
-        lFigures.mPacketsLost = static_cast<SInt>(mSeq.Expected() - mRun.mPacketsReceived);
-    }
+    lFigures.mPacketsLost = static_cast<SInt>(Expected() - mRun.mPacketsReceived);
     lFigures.mPacketsReordered = mRun.mPacketsReordered;
     lFigures.mPacketsDuplicate = mRun.mPacketsDuplicate;
     lFigures.mBytes = mRun.mBytes;

@@ -38,7 +38,7 @@ public:
     /// The clock rate in Hz; 0 makes all times zero.
     void SetTimeRes(unsigned int aTimeRes) { mTimeRes = aTimeRes; }
     /// First sequence number of the play range; indices go on from where they are.
-    void SetSeqBase(unsigned short aSeq) { mSeq.SetBase(aSeq); }
+    void SetSeqBase(unsigned short aSeq);
     /// RTP timestamp at the start of the play range; play times go on from where they are.
     void SetTimeBase(unsigned int aTimestamp) { mTimestamp.SetBase(aTimestamp); }
     /// Play time of the packet whose timestamp is the time base.
@@ -96,6 +96,10 @@ private:
     /// All that a flush forgets.
     struct Run {
         UInt mPacketsReceived = 0;
+        /// What was expected before the play range at hand, and received for it.
+        UInt mExpectedBefore = 0;
+        UInt mReceivedBefore = 0;
+        UInt mReceivedAtPreflight = 0;
         UInt mPacketsReordered = 0;
         UInt mPacketsDuplicate = 0;
         std::uint64_t mBytes = 0;
@@ -121,6 +125,8 @@ private:
                  long long aTimestamp);
     void HandleSenderReport(const Byte* aData, UInt aSize, Time aArrival);
 
+    /// By sequence numbers, since the flush.
+    UInt Expected() const;
     /// The arrival in timestamp units less the timestamp, modulo 2^32.
     UInt Transit(Time aArrival, UInt aTimestamp) const;
     long long LatestTimestamp() const;

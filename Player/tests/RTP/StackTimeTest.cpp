@@ -234,5 +234,65 @@ TEST_F(StackTimeTest, TellsToolsWhatItReceived) {
     EXPECT_EQ(Reception::End::kBye, mStack.GetReception().mEnd);
 }
 
+// ---------------------------------------------------------------- losses over a resume
+
+class ResumedLossTest : public StackTimeTest {
+protected:
+    /// The server goes on with this number.
+    void Resume(UInt aSeq) {
+        mStack.SetSeqBase(static_cast<unsigned short>(aSeq));
+        mStack.SetTimeBase(aSeq * 3600);
+    }
+    void TakeFrames(UInt aFrom, UInt aTo) {
+        for (UInt lSeq = aFrom; lSeq <= aTo; ++lSeq) {
+            TakeFrame(lSeq);
+        }
+    }
+    SInt Lost() const { return mStack.GetReception().mPacketsLost; }
+};
+
+TEST_F(ResumedLossTest, LossesOfFinishedRunsAddUp) {
+    TakeFrames(100, 110);
+    TakeFrames(113, 120);
+    EXPECT_EQ(2, Lost());
+    Resume(121);
+    EXPECT_EQ(2, Lost()) << "nothing is missed of what is to come";
+    TakeFrames(121, 130);
+    EXPECT_EQ(2, Lost());
+    TakeFrames(132, 140);
+    EXPECT_EQ(3, Lost());
+    for (const UInt lElsewhere : {40000U, 5U}) {
+        Resume(lElsewhere);
+        Resume(lElsewhere);
+        TakeFrames(lElsewhere, lElsewhere + 9);
+        EXPECT_EQ(3, Lost());
+    }
+    Resume(30000);
+    TakeFrames(30001, 30010);
+    EXPECT_EQ(4, Lost()) << "the first of a run is missed as well";
+    EXPECT_EQ(11U + 8 + 10 + 9 + 2 * 10 + 10, mStack.GetReception().mPacketsReceived);
+    mStack.Flush(Time(1, 1));
+    EXPECT_EQ(0, Lost());
+}
+
+TEST_F(ResumedLossTest, WhatComesBeforeTheServersAnswerIsOfTheNewRun) {
+    TakeFrames(100, 109);
+    TakeFrames(111, 119);
+    mStack.Preflight(Time(1000, 1));
+    TakeFrames(120, 123);
+    Resume(120);
+    TakeFrames(124, 130);
+    EXPECT_EQ(1, Lost());
+}
+
+TEST_F(ResumedLossTest, AServerMayUseNumbersAgain) {
+    TakeFrames(100, 109);
+    TakeFrames(111, 119);
+    mStack.Preflight(Time(1000, 1));
+    Resume(105);
+    TakeFrames(105, 110);
+    EXPECT_EQ(1, Lost());
+}
+
 }  // namespace
 }  // namespace Player::RTP
