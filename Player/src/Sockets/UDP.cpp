@@ -52,7 +52,7 @@ SInt UDP::ReadFrom(void* aData, UInt aSize, Address& aFrom) const {
 UInt UDP::ReadMany(DatagramBatch& aBatch) const {
     const int lErrno = aBatch.Receive(Descriptor());
     if (0 != lErrno && !WouldBlock(lErrno)) {
-        PLAYER_THROW(NetworkErr, 38, "UDP::ReadMany(): Failed to read [%u]", static_cast<UInt>(lErrno));
+        PLAYER_THROW(NetworkErr, 38, "UDP::ReadFrom(): Failed to read [%u]", static_cast<UInt>(lErrno));
     }
     return aBatch.Count();
 }

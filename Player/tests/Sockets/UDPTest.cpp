@@ -97,7 +97,7 @@ TEST(UDP, TellsItsErrors) {
                             [&] { lSocket.ReadFrom(&lByte, 1, lFrom); });
     DatagramBatch lBatch;
     EXPECT_EQ(1, lSocket.Write("x", 1));
-    ExpectThrow<NetworkErr>(38, "UDP::ReadMany(): Failed to read [" + std::to_string(ECONNREFUSED) + "]",
+    ExpectThrow<NetworkErr>(38, "UDP::ReadFrom(): Failed to read [" + std::to_string(ECONNREFUSED) + "]",
                             [&] { lSocket.ReadMany(lBatch); });
     EXPECT_EQ(0U, lBatch.Count());
     EXPECT_EQ(0U, lSocket.ReadMany(lBatch)) << "and goes on";
@@ -199,7 +199,7 @@ TEST(UDPDeathTest, ReadManyDoesWithoutTheSystemsHelp) {
         lB.Connect(lA.Addr());
         lA.Reset();
         lB.Write("x", 1);
-        ExpectThrow<NetworkErr>(38, "UDP::ReadMany(): Failed to read [" + std::to_string(ECONNREFUSED) + "]",
+        ExpectThrow<NetworkErr>(38, "UDP::ReadFrom(): Failed to read [" + std::to_string(ECONNREFUSED) + "]",
                                 [&] { lB.ReadMany(lBatch); });
         EXPECT_EQ(0U, lBatch.Count());
     });
