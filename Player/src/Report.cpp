@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "Player/Ptr.hpp"
 #include "Player/String.hpp"
 
 namespace Player {
@@ -12,29 +11,24 @@ namespace Player {
 namespace {
 
 constexpr SInt kLocalSize = 4096;
-/// Longer messages are cut to three characters and the terminator: they are not expected to occur.
-constexpr SInt kOverlongSize = 4;
+/// Longer messages are cut to so many characters: they are not expected to occur.
+constexpr SInt kOverlongLength = 3;
 
-/// Made on first use and never destroyed: reports may come from destructors of static objects.
-Reporter* TheDefaultReporter() {
-    static Reporter* sReporter = new Reporter;
-    return sReporter;
-}
+/// There before any other static object and never destroyed: constructors and destructors of those may report.
+union DefaultReporter {
+    constexpr DefaultReporter() : mReporter() {}
+    ~DefaultReporter() {}
 
-/// The default is reached through a flag, not through its address: reports made before static
-/// objects of this file are initialised find it as well.
-Reporter* gReporter = nullptr;
-bool gUseDefault = true;
+    Reporter mReporter;
+};
 
-Reporter* InstalledReporter() {
-    return gUseDefault ? TheDefaultReporter() : gReporter;
-}
+DefaultReporter gDefaultReporter;
+Reporter* gReporter = &gDefaultReporter.mReporter;
 
 }  // namespace
 
 void Reporter::Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aMessage) {
-    std::fprintf(stderr, "<%s: %s:%4u> %s\n", CStrWithSeverity(aSeverity), RelativizeFile(aFile).c_str(), aLine,
-                 aMessage);
+    std::fprintf(stderr, "<%s: %s:%4u> %s\n", CStrWithSeverity(aSeverity), RelativizeFile(aFile), aLine, aMessage);
 }
 
 void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, ...) {
@@ -45,8 +39,7 @@ void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt,
 }
 
 void ReportVA(const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, void* aArgs) {
-    Reporter* const lReporter = InstalledReporter();
-    if (nullptr != lReporter) { Report(*lReporter, aFile, aLine, aSeverity, aFmt, aArgs); }
+    if (nullptr != gReporter) { Report(*gReporter, aFile, aLine, aSeverity, aFmt, aArgs); }
 }
 
 void Report(Reporter& aRep, const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, void* aArgs) {
@@ -54,22 +47,16 @@ void Report(Reporter& aRep, const char* aFile, UInt aLine, Severity aSeverity, c
     Char lLocal[kLocalSize] = {};
     const SInt lLength = CStrWithFormatVA(lLocal, kLocalSize, aFmt, aArgs);
     if (lLength < 0) { return; }
-    if (lLength < kLocalSize) {
-        aRep.Report(aFile, aLine, aSeverity, lLocal);
-        return;
-    }
-    const ScopedArray<Char> lHeap(new Char[static_cast<std::size_t>(lLength) + 1]);
-    CStrWithFormatVA(lHeap.Ptr(), kOverlongSize, aFmt, aArgs);
-    aRep.Report(aFile, aLine, aSeverity, lHeap.Ptr());
+    if (lLength >= kLocalSize) { lLocal[kOverlongLength] = 0; }
+    aRep.Report(aFile, aLine, aSeverity, lLocal);
 }
 
 void SetReporter(Reporter* aReporter) {
     gReporter = aReporter;
-    gUseDefault = false;
 }
 
 void SetDefaultReporter() {
-    gUseDefault = true;
+    gReporter = &gDefaultReporter.mReporter;
 }
 
 const char* CStrWithSeverity(Severity aSeverity) {
@@ -83,7 +70,7 @@ const char* CStrWithSeverity(Severity aSeverity) {
     return "Unknown";
 }
 
-std::string RelativizeFile(const char* aPath) {
+const char* RelativizeFile(const char* aPath) {
     for (const char* lFolder : {"/src/", "/include/"}) {
         const char* lFound = std::strstr(aPath, lFolder);
         if (nullptr != lFound) { return lFound + 1; }

@@ -139,17 +139,17 @@ TEST(Severity, Words) {
 }
 
 TEST(RelativizeFile, Shortens) {
-    EXPECT_EQ("src/Time.cpp", RelativizeFile("../../../../Player/src/Time.cpp"));
-    EXPECT_EQ("include/Player/Ptr.hpp", RelativizeFile("../Player/include/Player/Ptr.hpp"));
-    EXPECT_EQ("Time.cpp", RelativizeFile("Time.cpp"));
-    EXPECT_EQ("c.cpp", RelativizeFile("/a/b/c.cpp"));
-    EXPECT_EQ("src/RTP/Stack.cpp", RelativizeFile("/src/RTP/Stack.cpp"));
-    EXPECT_EQ("src/a/src/b.cpp", RelativizeFile("/x/src/a/src/b.cpp")) << "the first one counts";
-    EXPECT_EQ("src/b.hpp", RelativizeFile("/include/src/b.hpp")) << "src before include";
-    EXPECT_EQ("b.cpp", RelativizeFile("src/b.cpp")) << "not without a slash before";
-    EXPECT_EQ("b.cpp", RelativizeFile("/xsrc/b.cpp"));
-    EXPECT_EQ("", RelativizeFile(""));
-    EXPECT_EQ("", RelativizeFile("a/"));
+    EXPECT_STREQ("src/Time.cpp", RelativizeFile("../../../../Player/src/Time.cpp"));
+    EXPECT_STREQ("include/Player/Ptr.hpp", RelativizeFile("../Player/include/Player/Ptr.hpp"));
+    EXPECT_STREQ("Time.cpp", RelativizeFile("Time.cpp"));
+    EXPECT_STREQ("c.cpp", RelativizeFile("/a/b/c.cpp"));
+    EXPECT_STREQ("src/RTP/Stack.cpp", RelativizeFile("/src/RTP/Stack.cpp"));
+    EXPECT_STREQ("src/a/src/b.cpp", RelativizeFile("/x/src/a/src/b.cpp")) << "the first one counts";
+    EXPECT_STREQ("src/b.hpp", RelativizeFile("/include/src/b.hpp")) << "src before include";
+    EXPECT_STREQ("b.cpp", RelativizeFile("src/b.cpp")) << "not without a slash before";
+    EXPECT_STREQ("b.cpp", RelativizeFile("/xsrc/b.cpp"));
+    EXPECT_STREQ("", RelativizeFile(""));
+    EXPECT_STREQ("", RelativizeFile("a/"));
 }
 
 TEST(Throw, ReportsAndThrowsTheSameText) {

@@ -9,6 +9,7 @@
 #include "Memory.hpp"
 #include "Player/Buffer.hpp"
 #include "Player/Exception.hpp"
+#include "Player/Report.hpp"
 #include "Player/Time.hpp"
 #include "SystemCalls.hpp"
 #include "support/ReportCapture.hpp"
@@ -52,6 +53,22 @@ TEST(ValuesTest, ABufferThatFindsNoMemoryKeepsWhatItHas) {
         } catch (const std::bad_alloc&) { EXPECT_EQ(lCapacity, lBuffer.Capacity()); }
         EXPECT_EQ("abc", std::string(lBuffer.Begin(), lBuffer.End()));
     }
+}
+
+TEST(ValuesTest, AReportNeedsNoMemory) {
+    const std::string lOverlong = "abc" + std::string(5000, 'x');
+    Player::SetDefaultReporter();
+    testing::internal::CaptureStderr();
+    bool lAllocates = true;
+    try {
+        const OutOfMemory lFault(1);
+        Player::Report("/a/folder/src/of/a/longer/path/File.cpp", 7, Player::Severity::Error, "%s", "whole");
+        Player::Report("File.cpp", 8, Player::Severity::Error, "%s", lOverlong.c_str());
+        lAllocates = OutOfMemory::Happened();
+    } catch (const std::bad_alloc&) {}
+    EXPECT_EQ("<Error: src/of/a/longer/path/File.cpp:   7> whole\n<Error: File.cpp:   8> abc\n",
+              testing::internal::GetCapturedStderr());
+    EXPECT_FALSE(lAllocates);
 }
 
 }  // namespace

@@ -26,8 +26,8 @@ bool TakeOff(const char* aWords, std::string& aText) {
 void Dialogue::Report(const char* aFile, Player::UInt aLine, Player::Severity aSeverity, const char* aMessage) {
     Take(aMessage, Clock::now());
     if (!mEcho) { return; }
-    std::fprintf(stderr, "<%s: %s:%4u> %s\n", Player::CStrWithSeverity(aSeverity),
-                 Player::RelativizeFile(aFile).c_str(), aLine, aMessage);
+    std::fprintf(stderr, "<%s: %s:%4u> %s\n", Player::CStrWithSeverity(aSeverity), Player::RelativizeFile(aFile), aLine,
+                 aMessage);
 }
 
 void Dialogue::Take(const std::string& aMessage, Clock::time_point aNow) {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "Player/Types.hpp"
 
 namespace Player {
@@ -24,7 +22,7 @@ void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt,
     __attribute__((format(printf, 4, 5)));
 /// `aArgs` is the address of a `va_list`, which stays usable; null for none.
 void ReportVA(const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, void* aArgs);
-/// To a given reporter. A message of 4096 characters or more is delivered as its first three.
+/// To a given reporter. Needs no memory. A message of 4096 characters or more is delivered as its first three.
 void Report(Reporter& aRep, const char* aFile, UInt aLine, Severity aSeverity, const char* aFmt, void* aArgs);
 
 /// One reporter for the process; null silences all reports. The caller keeps ownership and keeps it alive;
@@ -35,7 +33,7 @@ void SetDefaultReporter();
 
 /// "Trace", "Debug", "Info", "Warning", "Error", else "Unknown".
 const char* CStrWithSeverity(Severity aSeverity);
-/// A source path for people: from the "src/" or "include/" in it, else the file name.
-std::string RelativizeFile(const char* aPath);
+/// A source path for people: from the "src/" or "include/" in it, else the file name. An end of `aPath` itself.
+const char* RelativizeFile(const char* aPath);
 
 }  // namespace Player
