@@ -8,7 +8,7 @@ set -eu
 packages="
     build-essential cmake ninja-build pkg-config ccache
     clang clang-format clang-tidy cppcheck libclang-rt-14-dev llvm
-    libglib2.0-dev
+    libglib2.0-dev libgnutls28-dev
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
     gstreamer1.0-plugins-ugly gstreamer1.0-libav
