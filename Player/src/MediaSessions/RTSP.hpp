@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "MediaSessions/RTSP/Authenticator.hpp"
 #include "MediaSessions/RTSP/Configuration.hpp"
 #include "MediaSessions/RTSP/Connection.hpp"
 #include "MediaSessions/RTSP/Description.hpp"
@@ -64,7 +65,11 @@ private:
     /// `Close`, whose failure is reported and goes no further.
     void LeaveServer(MediaHandler& aHandler);
     void DoDescribe(MediaHandler& aHandler);
-    bool RecvDescribe(UInt aCSeq);
+    /// Asks for the description, and asks elsewhere where the server says so.
+    void FetchDescription();
+    /// Goes where the headers of a redirection point to. False when they point nowhere.
+    bool GoTo(const Headers& aHeaders);
+    bool RecvDescribe(Headers& aHeaders, UInt aCSeq);
     void OfferTracks(MediaHandler& aHandler);
     /// Makes the chain of an offered track: depacketizer and consumer. False when there is none for it, or
     /// the handler refuses the track.
@@ -74,6 +79,10 @@ private:
     /// Without a transport nothing plays.
     void ReleaseTransport();
     void SetUpTracks();
+    /// Makes the transport's track and its reception.
+    void AddTrack(TrackIdx aIdx);
+    /// After a refusal; false when there is no other URL to try, or that is refused, too.
+    bool SetUpElsewhere(TrackIdx aIdx);
     bool RecvSetup(UInt aCSeq, TrackIdx aIdx);
     bool RecvPlay(UInt aCSeq, bool aSwitching);
     /// Sends all set-ups and the PLAY before it waits for any answer.
@@ -96,8 +105,10 @@ private:
     void HandleRange(const std::string& aValue);
     void HandleRTPInfo(const std::string& aValue);
     void ForgetDescription();
-    /// The tracks that are set up, by the identifier that an RTP-Info header names them with.
-    std::multimap<std::string, TrackIdx> TracksById() const;
+    /// What the packets begin with is to be learnt from them.
+    void ForgetBases();
+    /// The tracks that are set up, by what an RTP-Info header names them with.
+    std::multimap<std::string, TrackIdx> TracksByKey() const;
 
     // Play state (PlayState.cpp).
     void EnterState(PlayState aState, const char* aName);
@@ -119,6 +130,20 @@ private:
     void DoSessionReset();
     void DoFullReset();
 
+    // A request and what becomes of it (Exchange.cpp).
+    void Send(const Request& aRequest, const char* aMethod, const std::string& aURL);
+    /// The last request again, with a number of its own.
+    void SendAgain();
+    void SendLines(std::vector<std::string> aLines);
+    /// The response to that request, and if it is the last one: the response to it when it was sent again with
+    /// the answer that the server, or the proxy, had asked for.
+    bool Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq);
+    bool Receive(Headers& aHeaders, UInt aCSeq);
+    /// Whether the last response is a question that is answered by sending the request again.
+    bool CanAnswer(UInt aTries);
+    /// The server's own name and password, else those that are configured.
+    void SetCredentials(const std::string& aURL);
+
     // Requests (Requests.cpp): each assembles one and sends it; none waits for the response.
     void SendDescribe();
     void SendSetup(TrackIdx aIdx);
@@ -129,11 +154,13 @@ private:
     void SendTeardown();
     Request NewRequest(const char* aMethod, const std::string& aURL);
     std::string TransportLine(TrackIdx aIdx) const;
-    void Send(const Request& aRequest, const char* aMethod, const std::string& aURL);
 
     /// Throws the refusal of the last response as `aFunction`: `aWhat`, status, reason.
     [[noreturn]] void ThrowRefused(const char* aFunction, const char* aWhat) const;
     const std::string& URL() const { return mConnection.URL(); }
+    /// Where the whole presentation is played, paused and ended.
+    const std::string& ControlURL() const { return mControlURL.empty() ? URL() : mControlURL; }
+    const Dialect& Speaks() const { return *mConfiguration.mDialect; }
 
     Configuration mConfiguration;
     Connection mConnection;
@@ -142,7 +169,19 @@ private:
     /// CSeq of the last request sent.
     UInt mCSeq = 0;
     UInt mPipelinedRequests = 0;
+    /// The last request.
+    struct {
+        std::vector<std::string> mLines;
+        std::string mMethod;
+        /// As it stands in the report.
+        std::string mURL;
+    } mSent;
+    Authenticator mServerAuthentication;
+    Authenticator mProxyAuthentication;
 
+    /// Of the URL that was played last, with its user information.
+    std::string mAuthority;
+    std::string mControlURL;
     ServerFeatures mServer;
     Description mDescription;
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "MediaSessions/RTSP/URL.hpp"
+#include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/Mem.hpp"
 #include "Throw.hpp"
 
@@ -35,11 +36,13 @@ void Connection::DoConnect(const std::string& aAuthority) {
 
 void Connection::DoReconnect(const std::string& aAuthority) {
     const std::string& lProxy = mConfig.mUseProxy;
-    const char* const lVia = lProxy.empty() ? "None" : lProxy.c_str();
-    Report(__FILE__, __LINE__, Severity::Info, "Connecting to RTSP server: %s, Via proxy: %s", aAuthority.c_str(),
-           lVia);
+    // Names and passwords are for the server alone.
+    const std::string lServer = URL::WithoutUserInfo(aAuthority);
+    const std::string lVia = lProxy.empty() ? "None" : URL::WithoutUserInfo(lProxy);
+    Report(__FILE__, __LINE__, Severity::Info, "Connecting to RTSP server: %s, Via proxy: %s", lServer.c_str(),
+           lVia.c_str());
     try {
-        const auto [lHost, lPort] = URL::Address(lProxy.empty() ? aAuthority : lProxy);
+        const auto [lHost, lPort] = Speaks().Address(lProxy.empty() ? aAuthority : lProxy);
         mSocket.Set(new Sockets::TCP);
         if (!mConfig.mUseLocalIP.empty()) { mSocket->Bind(Address(mConfig.mUseLocalIP.c_str(), nullptr)); }
         mServerAddress.Lookup(lHost.c_str(), lPort.c_str());
@@ -50,7 +53,7 @@ void Connection::DoReconnect(const std::string& aAuthority) {
     } catch (...) {
         mSocket.Set(nullptr);
         Report(__FILE__, __LINE__, Severity::Error, "Failed to connect to RTSP server: %s, Via proxy: %s",
-               aAuthority.c_str(), lVia);
+               lServer.c_str(), lVia.c_str());
         throw;
     }
 }

@@ -23,6 +23,7 @@ public:
 
     /// The presentation, whose server a lost connection is opened to again.
     const std::string& URL() const { return mURL; }
+    const Dialect& Speaks() const { return *mConfig.mDialect; }
     void SetURL(const std::string& aURL) { mURL = aURL; }
     /// Where the socket was connected to: the server, or the proxy.
     const Address& ServerAddress() const { return mServerAddress; }

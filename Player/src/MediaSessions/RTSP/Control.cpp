@@ -21,7 +21,8 @@ void RTSP::DoPause() {
 }
 
 bool RTSP::RecvPause(UInt aCSeq) {
-    const bool lSuccess = mMessages.RecvResponse(aCSeq);
+    Headers lHeaders;
+    const bool lSuccess = Receive(lHeaders, aCSeq);
     if (lSuccess) { EnterState(Paused, "Paused"); }
     return lSuccess;
 }
@@ -43,8 +44,8 @@ void RTSP::DoResume() {
     mTransport->Fill();
     SendPlayOn();
     Headers lHeaders;
-    if (!mMessages.RecvResponse(lHeaders, mCSeq)) { ThrowRefused("DoPlay", "Resuming PLAY failed"); }
-    if (0 == lHeaders.count("RTP-Info")) {
+    if (!Receive(lHeaders, mCSeq)) { ThrowRefused("DoPlay", "Resuming PLAY failed"); }
+    if (Speaks().NeedsRTPInfo() && 0 == lHeaders.count("RTP-Info")) {
         PLAYER_THROW(RTSPErr, 2, "RTSP::DoResume(): %s: %s", "Invalid PLAY response", "RTP-Info missing");
     }
     HandleRTPInfo(lHeaders["RTP-Info"]);
@@ -91,7 +92,7 @@ void RTSP::DoTeardown(MediaHandler& /*aHandler*/, bool aReconnect) {
 
 bool RTSP::RecvTeardown(UInt aCSeq, bool aReconnect) {
     Headers lHeaders;
-    if (!mMessages.RecvResponse(lHeaders, aCSeq)) { return false; }
+    if (!Receive(lHeaders, aCSeq)) { return false; }
     try {
         if (ClosesConnection(lHeaders)) {
             DoConnectionReset();
@@ -112,6 +113,8 @@ void RTSP::DoCommonReset() {
     mPipelinedRequests = 0;
     mServer = ServerFeatures();
     mConnection.SetURL("");
+    mAuthority.clear();
+    mControlURL.clear();
 }
 
 void RTSP::DoSessionReset() {

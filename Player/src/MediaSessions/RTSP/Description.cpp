@@ -21,11 +21,10 @@ Description Description::Parse(const Buffer& aSDP) {
     return lDescription;
 }
 
-void Description::SetBase(const std::string& aBase) {
+void Description::SetBase(const std::string& aBase, const Dialect& aDialect) {
     mSessionProperties->Insert("URL", aBase);
-    // Base and identifier are joined as they stand: a Content-Base ends in "/".
     for (const Track& lTrack : mTrackProperties) {
-        lTrack->Insert("URL", aBase + lTrack->Get("Id"));
+        lTrack->Insert("URL", aDialect.TrackURL(aBase, lTrack->Get("Id")));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <list>
 #include <string>
 
+#include "MediaSessions/RTSP/Dialect.hpp"
 #include "Player/Buffer.hpp"
 #include "Player/Properties.hpp"
 #include "Player/Ptr.hpp"
@@ -29,8 +30,8 @@ struct Description {
 
     /// Something can be played of it.
     bool IsComplete() const { return mSessionProperties && !mTrackProperties.empty(); }
-    /// Sets the "URL" of the session, and that of each track to `aBase` and its identifier.
-    void SetBase(const std::string& aBase);
+    /// Sets the "URL" of the session, and that of each track as the dialect has it.
+    void SetBase(const std::string& aBase, const Dialect& aDialect);
     /// The first track of a media type, or null.
     const Properties* FirstOfType(const std::string& aMediaType) const;
 

@@ -1,5 +1,10 @@
 #include "MediaSessions/RTSP/Dialect.hpp"
 
+#include <algorithm>
+#include <iterator>
+
+#include "MediaSessions/RTSP/URL.hpp"
+#include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/Report.hpp"
 
 namespace Player::MediaSessions {
@@ -9,6 +14,17 @@ namespace {
 constexpr UInt kUDPBuffer = 300000;
 /// A key frame of a high-resolution camera arrives in one burst.
 constexpr UInt kVideoUDPBuffer = 2 * 1024 * 1024;
+
+constexpr char kDefaultPort[] = "554";
+
+/// What servers say to a URL that they do not know.
+constexpr UInt kWrongURL[] = {0x400, 0x404, 0x451, 0x455, 0x503};
+constexpr UInt kRedirections[] = {0x301, 0x302, 0x303, 0x307, 0x308};
+
+template <std::size_t Count>
+bool IsAmong(UInt aStatus, const UInt (&aStatuses)[Count]) {
+    return std::end(aStatuses) != std::find(std::begin(aStatuses), std::end(aStatuses), aStatus);
+}
 
 }  // namespace
 
@@ -29,6 +45,53 @@ UInt Classic::UDPBuffer(const std::string& /*aMediaType*/) const {
 
 UInt Modern::UDPBuffer(const std::string& aMediaType) const {
     return "video" == aMediaType ? kVideoUDPBuffer : kUDPBuffer;
+}
+
+std::pair<std::string, std::string> Classic::Address(const std::string& aAuthority) const {
+    return URL::Address(aAuthority);
+}
+
+std::pair<std::string, std::string> Modern::Address(const std::string& aAuthority) const {
+    return URL::HostAndPort(aAuthority, kDefaultPort);
+}
+
+std::string Classic::Base(const std::string& aRequest, const Headers& aHeaders) const {
+    for (const char* lName : {"Content-Base", "Content-Location"}) {
+        if (0 != aHeaders.count(lName)) { return HeaderValue(aHeaders, lName); }
+    }
+    return aRequest;
+}
+
+std::string Modern::Base(const std::string& aRequest, const Headers& aHeaders) const {
+    return URL::WithoutUserInfo(
+        URL::BaseOf(aRequest, HeaderValue(aHeaders, "Content-Base"), HeaderValue(aHeaders, "Content-Location")));
+}
+
+std::string Modern::TrackURL(const std::string& aBase, const std::string& aId) const {
+    return URL::Resolve(aBase, aId);
+}
+
+std::string Modern::OtherTrackURL(UInt aStatus, const std::string& aBase, const std::string& aId) const {
+    if (!IsAmong(aStatus, kWrongURL) || aBase == TrackURL(aBase, aId) || URL::IsAbsolute(aId)) { return std::string(); }
+    const std::string lOther = URL::Append(aBase, aId);
+    return TrackURL(aBase, aId) == lOther ? std::string() : lOther;
+}
+
+std::string Modern::ControlURL(const std::string& aBase, const std::string& aId) const {
+    return URL::Resolve(aBase, aId);
+}
+
+std::optional<std::string> Modern::KeyOf(const RTPInfo::Entry& aEntry, const std::string& aBase) const {
+    if (aEntry.mURL.empty()) { return std::nullopt; }
+    return URL::PathAndQuery(URL::Resolve(aBase, aEntry.mURL));
+}
+
+std::string Modern::KeyOf(const std::string& aURL, const std::string& /*aId*/) const {
+    return URL::PathAndQuery(aURL);
+}
+
+bool Modern::IsRedirection(UInt aStatus) const {
+    return IsAmong(aStatus, kRedirections);
 }
 
 }  // namespace Player::MediaSessions

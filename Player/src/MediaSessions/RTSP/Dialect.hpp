@@ -1,8 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 
+#include "MediaSessions/RTSP/Headers.hpp"
+#include "MediaSessions/RTSP/RTPInfo.hpp"
 #include "MediaSessions/RTSP/Transports.hpp"
 #include "Player/Types.hpp"
 
@@ -26,6 +29,32 @@ public:
     virtual Transports DefaultTransports() const = 0;
     /// Bytes of the receive buffer of a track over UDP when none are configured.
     virtual UInt UDPBuffer(const std::string& aMediaType) const = 0;
+
+    /// Host and port to connect to.
+    virtual std::pair<std::string, std::string> Address(const std::string& aAuthority) const = 0;
+
+    // A description's URLs.
+    /// The base of what was asked for at `aRequest`.
+    virtual std::string Base(const std::string& aRequest, const Headers& aHeaders) const = 0;
+    /// Where a track with that identifier is set up.
+    virtual std::string TrackURL(const std::string& aBase, const std::string& aId) const = 0;
+    /// Where else to try after a refusal; empty for nowhere.
+    virtual std::string OtherTrackURL(UInt aStatus, const std::string& aBase, const std::string& aId) const = 0;
+    /// Where the whole presentation is controlled; empty for the URL that was played.
+    virtual std::string ControlURL(const std::string& aBase, const std::string& aId) const = 0;
+
+    // An RTP-Info header.
+    /// A PLAY response without it is invalid; otherwise what is missing is learnt from the packets.
+    virtual bool NeedsRTPInfo() const = 0;
+    /// An entry is for the tracks whose key is that of the entry; nothing: for none.
+    virtual std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const std::string& aBase) const = 0;
+    /// The key of a track. `aId` is the identifier of the first track of its media type.
+    virtual std::string KeyOf(const std::string& aURL, const std::string& aId) const = 0;
+
+    /// Whether a refusal names another place for the presentation.
+    virtual bool IsRedirection(UInt aStatus) const = 0;
+    /// Whether a response without a number may be the one that is awaited.
+    virtual bool TakesUnnumbered() const = 0;
 };
 
 /// The letter of the dialogue that this client has always spoken.
@@ -34,6 +63,26 @@ public:
     const char* Name() const override { return "classic"; }
     Transports DefaultTransports() const override { return {true, false}; }
     UInt UDPBuffer(const std::string& aMediaType) const override;
+    std::pair<std::string, std::string> Address(const std::string& aAuthority) const override;
+    /// As it stands.
+    std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;
+    /// Base and identifier are joined as they stand: a Content-Base ends in "/".
+    std::string TrackURL(const std::string& aBase, const std::string& aId) const override { return aBase + aId; }
+    std::string OtherTrackURL(UInt /*aStatus*/, const std::string& /*aBase*/,
+                              const std::string& /*aId*/) const override {
+        return std::string();
+    }
+    std::string ControlURL(const std::string& /*aBase*/, const std::string& /*aId*/) const override {
+        return std::string();
+    }
+    bool NeedsRTPInfo() const override { return true; }
+    /// By the name at the end of the entry's URL. The first described track of a type speaks for all of that type.
+    std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const std::string& /*aBase*/) const override {
+        return aEntry.mName;
+    }
+    std::string KeyOf(const std::string& /*aURL*/, const std::string& aId) const override { return aId; }
+    bool IsRedirection(UInt /*aStatus*/) const override { return false; }
+    bool TakesUnnumbered() const override { return false; }
 };
 
 /// What makes today's servers play.
@@ -42,6 +91,18 @@ public:
     const char* Name() const override { return "modern"; }
     Transports DefaultTransports() const override { return {true, true}; }
     UInt UDPBuffer(const std::string& aMediaType) const override;
+    std::pair<std::string, std::string> Address(const std::string& aAuthority) const override;
+    std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;
+    std::string TrackURL(const std::string& aBase, const std::string& aId) const override;
+    /// Many servers join base and identifier by a slash, whatever the base looks like.
+    std::string OtherTrackURL(UInt aStatus, const std::string& aBase, const std::string& aId) const override;
+    std::string ControlURL(const std::string& aBase, const std::string& aId) const override;
+    bool NeedsRTPInfo() const override { return false; }
+    /// By path and query: the host may have another name on the server's side of the network.
+    std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const std::string& aBase) const override;
+    std::string KeyOf(const std::string& aURL, const std::string& aId) const override;
+    bool IsRedirection(UInt aStatus) const override;
+    bool TakesUnnumbered() const override { return true; }
 };
 
 }  // namespace Player::MediaSessions

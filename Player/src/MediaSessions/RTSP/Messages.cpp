@@ -19,6 +19,10 @@ constexpr char kBlanks[] = " \t\n\v\f\r";
 /// Of one message. Each costs many times its bytes; servers send a dozen.
 constexpr std::size_t kMostHeaders = 16384;
 
+constexpr char kGotResponse[] = "Got RTSP response: %03x %s";
+/// Headers that ask who the client is, of one message.
+constexpr std::size_t kMostChallenges = 16;
+
 constexpr UInt kStatusNotImplemented = 501;
 constexpr char kNotImplemented[] = "Not Implemented";
 
@@ -80,13 +84,14 @@ bool Messages::RecvResponse(Headers& aHeaders, UInt aCSeq) {
     return RecvResponse(aHeaders, lBody, aCSeq);
 }
 
-bool Messages::RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq) {
+bool Messages::RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused) {
     mConnection.StartWait(Connection::Clock::now());
     mConnection.Normalize();
     Status lStatus;
     do {
         aHeaders.clear();
         aBody.Clear();
+        mChallenges.clear();
         lStatus = Status();
         std::string lLine = NextLine();
         for (; !lLine.empty() && !IsStatusLine(lLine); lLine = NextLine()) {
@@ -102,14 +107,18 @@ bool Messages::RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq) {
     } while (1 == lStatus.Class());
     mConnection.Normalize();
 
-    const bool lSuccess = 2 == lStatus.Class();
-    Report(__FILE__, __LINE__, lSuccess ? Severity::Info : Severity::Error, "Got RTSP response: %03x %s", lStatus.mCode,
-           lStatus.TextOrUnknown());
-    if (!lSuccess) {
-        mStatusCode = lStatus.mCode;
-        mStatusText = lStatus.TextOrUnknown();
+    if (2 == lStatus.Class()) {
+        Report(__FILE__, __LINE__, Severity::Info, kGotResponse, lStatus.mCode, lStatus.TextOrUnknown());
+        return true;
     }
-    return lSuccess;
+    mStatusCode = lStatus.mCode;
+    mStatusText = lStatus.TextOrUnknown();
+    ReportRefusal(aRefused);
+    return false;
+}
+
+void Messages::ReportRefusal(Severity aSeverity) const {
+    Report(__FILE__, __LINE__, aSeverity, kGotResponse, mStatusCode, mStatusText.c_str());
 }
 
 std::string Messages::NextLine() {
@@ -138,7 +147,14 @@ void Messages::RecvHeaders(Headers& aHeaders) {
         std::string& lValue = aHeaders[lLine.substr(0, lColon)];
         const std::size_t lBegin = std::string::npos == lColon ? lColon : lLine.find_first_not_of(' ', lColon + 1);
         lValue = std::string::npos == lBegin ? std::string() : lLine.substr(lBegin);
+        KeepChallenge(lLine.substr(0, lColon), lValue);
     }
+}
+
+void Messages::KeepChallenge(const std::string& aName, const std::string& aValue) {
+    const bool lAsks =
+        0 == strcasecmp(aName.c_str(), "WWW-Authenticate") || 0 == strcasecmp(aName.c_str(), "Proxy-Authenticate");
+    if (lAsks && mChallenges.size() < kMostChallenges) { mChallenges.push_back(aValue); }
 }
 
 bool Messages::RecvBody(const Headers& aHeaders, Buffer& aBody) {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "MediaSessions/RTSP/Connection.hpp"
 #include "MediaSessions/RTSP/Headers.hpp"
 #include "Player/Buffer.hpp"
+#include "Player/Report.hpp"
 #include "RTP/Transports/InterleavedConnection.hpp"
 
 namespace Player::RTP::Transports {
@@ -36,18 +38,25 @@ public:
     /// Throws `RTSPErr` 2 for a response that is malformed or not the one awaited.
     bool RecvResponse(UInt aCSeq);
     bool RecvResponse(Headers& aHeaders, UInt aCSeq);
-    bool RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq);
+    /// `aRefused` is how a response that is no success is reported.
+    bool RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused = Severity::Error);
+    /// Reports the last response that was no success.
+    void ReportRefusal(Severity aSeverity) const;
 
     /// Status of the last response that was no success, its digits read as a hexadecimal number: 0x404.
     /// 0 when the connection ended before a response came.
     UInt StatusCode() const { return mStatusCode; }
     const std::string& StatusText() const { return mStatusText; }
+    /// What the last response asks to be answered: the values of its headers WWW-Authenticate, or
+    /// Proxy-Authenticate, which may come more than once.
+    const std::vector<std::string>& Challenges() const { return mChallenges; }
 
     bool RecvInterleavedPackets() override;
     int Send_RR(const void* aData, UInt aSize) override { return mConnection.WriteDirectly(aData, aSize); }
 
 private:
     void RecvHeaders(Headers& aHeaders);
+    void KeepChallenge(const std::string& aName, const std::string& aValue);
     /// The next line that is not empty, with the frames before it delivered; empty at the end of the data.
     std::string NextLine();
     /// Consumes the body that the headers announce. False when it is not all there.
@@ -63,6 +72,7 @@ private:
     RTP::Transports::OverRTSP* mFrameReceiver = nullptr;
     UInt mStatusCode = 0;
     std::string mStatusText;
+    std::vector<std::string> mChallenges;
 };
 
 }  // namespace Player::MediaSessions

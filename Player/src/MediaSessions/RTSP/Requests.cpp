@@ -24,25 +24,18 @@ Request RTSP::NewRequest(const char* aMethod, const std::string& aURL) {
     return Request(aMethod, aURL, ++mCSeq, mConfiguration);
 }
 
-void RTSP::Send(const Request& aRequest, const char* aMethod, const std::string& aURL) {
-    mMessages.BeginRequest();
-    for (const std::string& lLine : aRequest.Lines()) {
-        mConnection.WriteLn(lLine);
-    }
-    mConnection.WriteLn();
-    Report(__FILE__, __LINE__, Severity::Info, "Sending RTSP %s for URL: %s", aMethod, aURL.c_str());
-    mConnection.Flush();
-}
-
 void RTSP::SendDescribe() {
     Request lRequest = NewRequest("DESCRIBE", URL());
     lRequest.Line("Supported: 3gpp-pipelined, 3gpp-switch-req-sdp");
     lRequest.Line("Accept: application/sdp");
-    if (!mConfiguration.mUseProxy.empty()) { lRequest.Optional("Proxy-Authorization", mConfiguration.mSendProxyAuth); }
+    const bool lIsAnswered = mProxyAuthentication.IsArmed();
+    if (!mConfiguration.mUseProxy.empty() && !lIsAnswered) {
+        lRequest.Optional("Proxy-Authorization", mConfiguration.mSendProxyAuth);
+    }
     Send(lRequest, "DESCRIBE", URL());
 }
 
-void RTSP::SendSetup(TrackIdx aIdx) {
+void RTSP::AddTrack(TrackIdx aIdx) {
     const Stream& lStream = mStreams[aIdx];
     const TrackIdx lIdx = mTransport->AddTrack();
     PLAYER_ASSERT(lIdx == aIdx);
@@ -55,8 +48,10 @@ void RTSP::SendSetup(TrackIdx aIdx) {
     lStack.SetTimeRes(DecimalToUInt(lStream.mProperties->Get("TimeRes")));
     lStack.SetTimeoutTime(mConfiguration.mTimeOutRTPAfter);
     mTransport->AttachTrack(aIdx, lStream.mProcessor);
+}
 
-    const std::string lURL = lStream.mProperties->Get("URL");
+void RTSP::SendSetup(TrackIdx aIdx) {
+    const std::string lURL = mStreams[aIdx].mProperties->Get("URL");
     Request lRequest = NewRequest("SETUP", lURL);
     lRequest.Optional("Session", mSessionId);
     if (mServer.mPipelined) {
@@ -68,7 +63,7 @@ void RTSP::SendSetup(TrackIdx aIdx) {
         }
         lRequest.Line(PipelinedRequestsLine(mPipelinedRequests));
     }
-    lRequest.Line(TransportLine(lIdx));
+    lRequest.Line(TransportLine(aIdx));
     Send(lRequest, "SETUP", lURL);
 }
 
@@ -81,7 +76,7 @@ std::string RTSP::TransportLine(TrackIdx aIdx) const {
 }
 
 void RTSP::SendPlay(Time aFrom, bool aSwitching) {
-    Request lRequest = NewRequest("PLAY", URL());
+    Request lRequest = NewRequest("PLAY", ControlURL());
     if (!mServer.mPipelined || aSwitching) {
         lRequest.Line(SessionLine(mSessionId));
         if (aSwitching) { lRequest.Line("Require: 3gpp-switch-req-sdp").Line("SDP-Requested: 1"); }
@@ -90,32 +85,32 @@ void RTSP::SendPlay(Time aFrom, bool aSwitching) {
         lRequest.Line(kRequirePipelined).Line(PipelinedRequestsLine(mPipelinedRequests));
     }
     lRequest.RangeFrom(aFrom);
-    Send(lRequest, "PLAY", URL());
+    Send(lRequest, "PLAY", ControlURL());
 }
 
 void RTSP::SendPlayFrom(Time aFrom) {
-    Request lRequest = NewRequest("PLAY", URL());
+    Request lRequest = NewRequest("PLAY", ControlURL());
     lRequest.Line(SessionLine(mSessionId)).RangeFrom(aFrom);
-    Send(lRequest, "PLAY", URL());
+    Send(lRequest, "PLAY", ControlURL());
 }
 
 void RTSP::SendPlayOn() {
-    Request lRequest = NewRequest("PLAY", URL());
+    Request lRequest = NewRequest("PLAY", ControlURL());
     lRequest.Line(SessionLine(mSessionId));
-    Send(lRequest, "PLAY", URL());
+    Send(lRequest, "PLAY", ControlURL());
 }
 
 void RTSP::SendPause() {
-    Request lRequest = NewRequest("PAUSE", URL());
+    Request lRequest = NewRequest("PAUSE", ControlURL());
     lRequest.Line(SessionLine(mSessionId));
-    Send(lRequest, "PAUSE", URL());
+    Send(lRequest, "PAUSE", ControlURL());
 }
 
 void RTSP::SendTeardown() {
-    Request lRequest = NewRequest("TEARDOWN", URL());
+    Request lRequest = NewRequest("TEARDOWN", ControlURL());
     lRequest.Line(SessionLine(mSessionId));
     // The blank ends this one report only.
-    Send(lRequest, "TEARDOWN", URL() + " ");
+    Send(lRequest, "TEARDOWN", ControlURL() + " ");
 }
 
 }  // namespace Player::MediaSessions

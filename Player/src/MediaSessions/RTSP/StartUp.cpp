@@ -1,5 +1,6 @@
 #include "MediaSessions/RTSP.hpp"
 #include "MediaSessions/RTSP/URL.hpp"
+#include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/String.hpp"
 #include "Processors/RTP/Factories.hpp"
 #include "RTP/Transports/OverRTSP.hpp"
@@ -13,21 +14,29 @@ namespace {
 /// As many as there are pairs of interleaved channels, of one byte each; over UDP each takes two descriptors.
 constexpr std::size_t kMostTracks = 128;
 
+/// From one place to the next.
+constexpr UInt kMostRedirections = 5;
+
 }  // namespace
 
 void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
     const std::string lAuthority = Player::URL::Authority(aURL);
-    if (URL().empty() || Player::URL::Authority(URL()) != lAuthority) {
+    const std::string lURL = Player::URL::WithoutUserInfo(aURL);
+    if (URL().empty() || mAuthority != lAuthority) {
         LeaveServer(aHandler);
+        mServerAuthentication.Reset();
         mConnection.DoConnect(lAuthority);
     } else if (mSessionId.empty()) {
         // What is described belongs to the URL that it was fetched for, and its tracks went with their session.
-        if (URL() != aURL || mStreams.empty()) { ForgetDescription(); }
+        if (URL() != lURL || mStreams.empty()) { ForgetDescription(); }
     } else if (!mServer.mSwitchSupported) {
         DoTeardown(aHandler, true);
         ForgetDescription();
     }
-    mConnection.SetURL(aURL);
+    if (URL() != lURL) { mControlURL.clear(); }
+    mConnection.SetURL(lURL);
+    mAuthority = lAuthority;
+    SetCredentials(aURL);
 
     if (mDescription.mTrackProperties.empty()) { DoDescribe(aHandler); }
     const bool lCanSwitch = !mSessionId.empty() && 0 != mTracksAdded;
@@ -45,8 +54,7 @@ void RTSP::LeaveServer(MediaHandler& aHandler) {
 }
 
 void RTSP::DoDescribe(MediaHandler& aHandler) {
-    SendDescribe();
-    if (!RecvDescribe(mCSeq)) { ThrowRefused("DoDescribe", "DESCRIBE failed"); }
+    FetchDescription();
     OfferTracks(aHandler);
     mStreams.clear();
     for (const auto& lOffered : mDescription.mTrackProperties) {
@@ -59,23 +67,45 @@ void RTSP::DoDescribe(MediaHandler& aHandler) {
     }
 }
 
-bool RTSP::RecvDescribe(UInt aCSeq) {
-    Headers lHeaders;
-    Buffer lBody;
-    if (!mMessages.RecvResponse(lHeaders, lBody, aCSeq)) {
-        if (ClosesConnection(lHeaders)) { DoFullReset(); }
-        return false;
+void RTSP::FetchDescription() {
+    for (UInt lHops = 0;; ++lHops) {
+        SendDescribe();
+        Headers lHeaders;
+        if (RecvDescribe(lHeaders, mCSeq)) { return; }
+        const bool lGoesOn =
+            lHops < kMostRedirections && Speaks().IsRedirection(mMessages.StatusCode()) && GoTo(lHeaders);
+        if (!lGoesOn && ClosesConnection(lHeaders)) { DoFullReset(); }
+        if (!lGoesOn) { ThrowRefused("DoDescribe", "DESCRIBE failed"); }
     }
-    mServer = mServer.With(lHeaders);
-    if (0 != lHeaders.count("Server")) {
-        Report(__FILE__, __LINE__, Severity::Info, "RTSP server: %s", lHeaders["Server"].c_str());
-    }
+}
 
-    std::string lBase = URL();
-    for (const char* lName : {"Content-Location", "Content-Base"}) {
-        if (0 != lHeaders.count(lName)) { lBase = lHeaders[lName]; }
+bool RTSP::GoTo(const Headers& aHeaders) {
+    const std::string lLocation = HeaderValue(aHeaders, "Location");
+    if (lLocation.empty()) { return false; }
+    const std::string lURL = Player::URL::WithoutUserInfo(Player::URL::Resolve(URL(), lLocation));
+    const std::string lAuthority = Player::URL::Authority(lURL);
+    if (lAuthority.empty() || "rtsp" != Player::URL::Scheme(lURL)) { return false; }
+    Report(__FILE__, __LINE__, Severity::Info, "Redirected to URL: %s", lURL.c_str());
+    const bool lIsSameHost = Speaks().Address(lAuthority).first == Speaks().Address(mAuthority).first;
+    // Name and password are for the host that they were given for.
+    if (!lIsSameHost) { mServerAuthentication.SetCredentials({}); }
+    if (!lIsSameHost || ClosesConnection(aHeaders) || Player::URL::Authority(URL()) != lAuthority) {
+        mServerAuthentication.Reset();
+        mConnection.DoConnect(lAuthority);
     }
-    HandleSDP(lBody, lBase);
+    mAuthority = lAuthority;
+    mConnection.SetURL(lURL);
+    return true;
+}
+
+bool RTSP::RecvDescribe(Headers& aHeaders, UInt aCSeq) {
+    Buffer lBody;
+    if (!Receive(aHeaders, lBody, aCSeq)) { return false; }
+    mServer = mServer.With(aHeaders);
+    if (0 != aHeaders.count("Server")) {
+        Report(__FILE__, __LINE__, Severity::Info, "RTSP server: %s", aHeaders["Server"].c_str());
+    }
+    HandleSDP(lBody, Speaks().Base(URL(), aHeaders));
     return true;
 }
 
@@ -134,14 +164,26 @@ void RTSP::ReleaseTransport() {
 
 void RTSP::SetUpTracks() {
     for (TrackIdx lIdx = 0; lIdx < mStreams.size(); ++lIdx) {
+        AddTrack(lIdx);
         SendSetup(lIdx);
-        if (!mServer.mPipelined && !RecvSetup(mCSeq, lIdx)) { ThrowRefused("DoPlay", "SETUP failed"); }
+        if (mServer.mPipelined || RecvSetup(mCSeq, lIdx) || SetUpElsewhere(lIdx)) { continue; }
+        ThrowRefused("DoPlay", "SETUP failed");
     }
+}
+
+bool RTSP::SetUpElsewhere(TrackIdx aIdx) {
+    Properties& lTrack = *mStreams[aIdx].mProperties;
+    const std::string lOther =
+        Speaks().OtherTrackURL(mMessages.StatusCode(), mDescription.mSessionProperties->Get("URL"), lTrack.Get("Id"));
+    if (lOther.empty()) { return false; }
+    lTrack.Insert("URL", lOther);
+    SendSetup(aIdx);
+    return RecvSetup(mCSeq, aIdx);
 }
 
 bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx) {
     Headers lHeaders;
-    if (!mMessages.RecvResponse(lHeaders, aCSeq)) { return false; }
+    if (!Receive(lHeaders, aCSeq)) { return false; }
     if (mSessionId.empty()) {
         if (0 == lHeaders.count("Session")) {
             PLAYER_THROW(RTSPErr, 2, "RTSP::RecvSetup(): %s: %s", "Invalid SETUP response", "Session missing");
@@ -156,11 +198,12 @@ bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx) {
 bool RTSP::RecvPlay(UInt aCSeq, bool aSwitching) {
     Headers lHeaders;
     Buffer lBody;
-    if (!mMessages.RecvResponse(lHeaders, lBody, aCSeq)) { return false; }
+    if (!Receive(lHeaders, lBody, aCSeq)) { return false; }
     if (aSwitching) { HandleSDP(lBody, URL() + "/"); }
-    if (0 == lHeaders.count("RTP-Info")) {
+    if (Speaks().NeedsRTPInfo() && 0 == lHeaders.count("RTP-Info")) {
         PLAYER_THROW(RTSPErr, 2, "RTSP::RecvPlay(): %s: %s", "Invalid PLAY response", "RTP-Info missing");
     }
+    if (!Speaks().NeedsRTPInfo()) { ForgetBases(); }
     HandleRTPInfo(lHeaders["RTP-Info"]);
     mTransport->Flush();
     if (0 != lHeaders.count("Range")) { HandleRange(lHeaders["Range"]); }

@@ -14,7 +14,8 @@ void RTSP::HandleSDP(const Buffer& aBody, const std::string& aBase) {
     std::swap(lDescription, mDescription);
     if (!aBody.Empty()) { lDescription = Description::Parse(aBody); }
     if (!lDescription.IsComplete()) { PLAYER_THROW(SDPErr, 2, "RTSP::HandleSDP(): %s", "Invalid or incomplete SDP"); }
-    lDescription.SetBase(aBase);
+    lDescription.SetBase(aBase, Speaks());
+    mControlURL = Speaks().ControlURL(aBase, lDescription.mSessionProperties->Get("Id"));
     std::swap(lDescription, mDescription);
 }
 
@@ -49,26 +50,35 @@ void RTSP::HandleRange(const std::string& aValue) {
 }
 
 void RTSP::HandleRTPInfo(const std::string& aValue) {
-    const std::multimap<std::string, TrackIdx> lTracks = TracksById();
+    const std::multimap<std::string, TrackIdx> lTracks = TracksByKey();
+    const std::string lBase = mDescription.IsComplete() ? mDescription.mSessionProperties->Get("URL") : URL();
     for (const RTPInfo::Entry& lEntry : RTPInfo::Parse(aValue)) {
-        if (!lEntry.mName) { continue; }
-        const auto lNamed = lTracks.equal_range(*lEntry.mName);
+        const std::optional<std::string> lKey = Speaks().KeyOf(lEntry, lBase);
+        if (!lKey) { continue; }
+        const auto lNamed = lTracks.equal_range(*lKey);
         for (auto lTrack = lNamed.first; lTrack != lNamed.second; ++lTrack) {
             SetTrackVars(lTrack->second, lEntry.mVars);
         }
     }
 }
 
-std::multimap<std::string, TrackIdx> RTSP::TracksById() const {
-    // The first described track of a media type speaks for all tracks of that type.
+void RTSP::ForgetBases() {
+    for (TrackIdx lIdx = 0; lIdx < mTracksAdded; ++lIdx) {
+        mTransport->ModifyTrackRTPStack(lIdx).SetSeqBase(0);
+        mTransport->ModifyTrackRTPStack(lIdx).SetTimeBase(0);
+    }
+}
+
+std::multimap<std::string, TrackIdx> RTSP::TracksByKey() const {
     std::map<std::string, std::string> lIds;
     for (const auto& lTrack : mDescription.mTrackProperties) {
         lIds.emplace(lTrack->Get("MediaType"), lTrack->Get("Id"));
     }
     std::multimap<std::string, TrackIdx> lTracks;
     for (TrackIdx lIdx = 0; lIdx < mTracksAdded && lIdx < mStreams.size(); ++lIdx) {
-        const auto lId = lIds.find(mStreams[lIdx].mProperties->Get("MediaType"));
-        if (lId != lIds.end()) { lTracks.emplace(lId->second, lIdx); }
+        const Properties& lTrack = *mStreams[lIdx].mProperties;
+        const auto lId = lIds.find(lTrack.Get("MediaType"));
+        if (lId != lIds.end()) { lTracks.emplace(Speaks().KeyOf(lTrack.Get("URL"), lId->second), lIdx); }
     }
     return lTracks;
 }

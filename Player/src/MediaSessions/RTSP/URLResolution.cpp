@@ -195,6 +195,10 @@ std::pair<std::string, std::string> HostAndPort(const std::string& aAuthority, c
     return {lHost, lPort.empty() ? aDefaultPort : lPort};
 }
 
+std::string PathAndQuery(const std::string& aURL) {
+    return aURL.substr(Parts(aURL).mRoot.size());
+}
+
 std::string Scheme(const std::string& aURL) {
     std::string lScheme = aURL.substr(0, SchemeLength(aURL));
     std::transform(lScheme.begin(), lScheme.end(), lScheme.begin(),

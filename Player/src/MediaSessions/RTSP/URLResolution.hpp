@@ -34,6 +34,8 @@ std::string WithoutUserInfo(const std::string& aURL);
 
 /// Host, without the brackets of an IPv6 address, and port of an authority; user information does not count.
 std::pair<std::string, std::string> HostAndPort(const std::string& aAuthority, const std::string& aDefaultPort);
+/// What stands behind the authority.
+std::string PathAndQuery(const std::string& aURL);
 /// Lower case, without "://"; empty for a text that is no URL.
 std::string Scheme(const std::string& aURL);
 

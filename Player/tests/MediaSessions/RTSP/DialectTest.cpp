@@ -34,6 +34,36 @@ TEST(DialectTest, ModernGivesVideoALargerBuffer) {
     }
 }
 
+TEST(DialectTest, OnlyModernTriesAnotherURL) {
+    EXPECT_EQ("", Classic().OtherTrackURL(0x404, "rtsp://h/clip", "1"));
+    const Modern lModern;
+    EXPECT_EQ("rtsp://h/clip/1", lModern.OtherTrackURL(0x404, "rtsp://h/clip", "1"));
+    EXPECT_EQ("", lModern.OtherTrackURL(0x461, "rtsp://h/clip", "1")) << "it is not about the URL";
+    EXPECT_EQ("", lModern.OtherTrackURL(0x404, "rtsp://h/clip/", "1")) << "it would be the same";
+    EXPECT_EQ("", lModern.OtherTrackURL(0x404, "rtsp://h/clip", "*"));
+    EXPECT_EQ("", lModern.OtherTrackURL(0x404, "rtsp://h/clip", "rtsp://h/1"));
+}
+
+TEST(DialectTest, RTPInfoIsMatchedByNameOrByPath) {
+    const RTPInfo::Entry lWhole = RTPInfo::Parse("url=rtsp://10.0.0.1/clip/video;seq=1").at(0);
+    const RTPInfo::Entry lRelative = RTPInfo::Parse("url=video;seq=1").at(0);
+    const RTPInfo::Entry lNone = RTPInfo::Parse("seq=1").at(0);
+    const std::string lBase = "rtsp://h:554/clip/";
+    EXPECT_EQ("video", Classic().KeyOf(lWhole, lBase));
+    EXPECT_EQ(std::nullopt, Classic().KeyOf(lRelative, lBase));
+    EXPECT_EQ("id", Classic().KeyOf("rtsp://h:554/clip/video", "id"));
+    EXPECT_EQ("/clip/video", Modern().KeyOf(lWhole, lBase));
+    EXPECT_EQ("/clip/video", Modern().KeyOf(lRelative, lBase));
+    EXPECT_EQ(std::nullopt, Modern().KeyOf(lNone, lBase));
+    EXPECT_EQ("/clip/video", Modern().KeyOf("rtsp://h:554/clip/video", "id"));
+}
+
+TEST(DialectTest, HostsBehindUserInformation) {
+    EXPECT_EQ("@h", Classic().Address("me:secret@h:1").first);
+    EXPECT_EQ("h", Modern().Address("me:secret@h:1").first);
+    EXPECT_EQ("::1", Modern().Address("[::1]:1").first);
+}
+
 TEST(TransportsTest, AreReadFromTheirNames) {
     struct Case {
         const char* mText;

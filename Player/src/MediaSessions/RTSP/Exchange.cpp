@@ -1,0 +1,101 @@
+#include "MediaSessions/RTSP.hpp"
+#include "MediaSessions/RTSP/URLResolution.hpp"
+#include "Player/Report.hpp"
+#include "Player/String.hpp"
+
+namespace Player::MediaSessions {
+
+namespace {
+
+constexpr UInt kUnauthorized = 0x401;
+constexpr UInt kProxyUnauthorized = 0x407;
+
+/// Places of lines in a request.
+constexpr std::size_t kCSeqLine = 1;
+constexpr std::ptrdiff_t kBehindUserAgent = 3;
+
+std::string CSeqLine(UInt aCSeq) {
+    return StringWithFormat("CSeq: %u", aCSeq);
+}
+
+/// The URL of a request line "PLAY rtsp://host/clip RTSP/1.0".
+std::string URLOf(const std::string& aRequestLine) {
+    const std::size_t lBegin = aRequestLine.find(' ') + 1;
+    return aRequestLine.substr(lBegin, aRequestLine.rfind(' ') - lBegin);
+}
+
+}  // namespace
+
+void RTSP::Send(const Request& aRequest, const char* aMethod, const std::string& aURL) {
+    mSent = {aRequest.Lines(), aMethod, aURL};
+    SendLines(mSent.mLines);
+}
+
+void RTSP::SendAgain() {
+    mSent.mLines[kCSeqLine] = CSeqLine(++mCSeq);
+    SendLines(mSent.mLines);
+}
+
+void RTSP::SendLines(std::vector<std::string> aLines) {
+    const auto lAdd = [&](const char* aName, Authenticator& aAuthentication) {
+        if (!aAuthentication.IsArmed()) { return; }
+        const std::string lAnswer = aAuthentication.Answer(mSent.mMethod, URLOf(aLines[0]));
+        aLines.insert(aLines.begin() + kBehindUserAgent, std::string(aName) + ": " + lAnswer);
+    };
+    lAdd("Proxy-Authorization", mProxyAuthentication);
+    lAdd("Authorization", mServerAuthentication);
+
+    mMessages.BeginRequest();
+    for (const std::string& lLine : aLines) {
+        mConnection.WriteLn(lLine);
+    }
+    mConnection.WriteLn();
+    Report(__FILE__, __LINE__, Severity::Info, "Sending RTSP %s for URL: %s", mSent.mMethod.c_str(),
+           mSent.mURL.c_str());
+    mConnection.Flush();
+}
+
+bool RTSP::Receive(Headers& aHeaders, UInt aCSeq) {
+    Buffer lBody;
+    return Receive(aHeaders, lBody, aCSeq);
+}
+
+bool RTSP::Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq) {
+    // Responses to other requests stand between a pipelined one and its repetition.
+    const bool lIsLast = mCSeq == aCSeq;
+    const bool lMayBeAsked = lIsLast && mServerAuthentication.HasCredentials();
+    const Severity lRefused = lMayBeAsked ? Severity::Info : Severity::Error;
+    for (UInt lTries = 0; !mMessages.RecvResponse(aHeaders, aBody, aCSeq, lRefused); ++lTries) {
+        if (!lIsLast || !CanAnswer(lTries)) {
+            if (lMayBeAsked) { mMessages.ReportRefusal(Severity::Error); }
+            return false;
+        }
+        if (ClosesConnection(aHeaders)) { DoConnectionReset(); }
+        SendAgain();
+        aCSeq = mCSeq;
+    }
+    return true;
+}
+
+bool RTSP::CanAnswer(UInt aTries) {
+    const UInt lStatus = mMessages.StatusCode();
+    const bool lIsProxy = kProxyUnauthorized == lStatus && !mConfiguration.mUseProxy.empty();
+    if (!lIsProxy && kUnauthorized != lStatus) { return false; }
+    Authenticator& lAuthentication = lIsProxy ? mProxyAuthentication : mServerAuthentication;
+    if (!Crypto::IsAvailable() && lAuthentication.HasCredentials()) {
+        Report(__FILE__, __LINE__, Severity::Error, "RTSP::CanAnswer(): %s", "Built without GnuTLS: no authentication");
+    }
+    return lAuthentication.Accept(mMessages.Challenges(), aTries);
+}
+
+void RTSP::SetCredentials(const std::string& aURL) {
+    const auto lOr = [](const Player::URL::UserInfo& aFirst, const Player::URL::UserInfo& aSecond) {
+        return aFirst == Player::URL::UserInfo() ? aSecond : aFirst;
+    };
+    const Player::URL::UserInfo lServer =
+        lOr(Player::URL::UserInfoOf(aURL), Player::URL::UserInfo{mConfiguration.mUserName, mConfiguration.mPassword});
+    mServerAuthentication.SetCredentials(lServer);
+    mProxyAuthentication.SetCredentials(lOr(Player::URL::UserInfoOf(mConfiguration.mUseProxy), lServer));
+}
+
+}  // namespace Player::MediaSessions
