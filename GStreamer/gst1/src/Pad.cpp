@@ -83,6 +83,11 @@ void BeginStream(GstElement* aElement, GstPad* aPad) {
     StoreCaps(aPad);
 }
 
+void Restart(GstElement* aElement, GstPad* aPad) {
+    EndRun(aElement);
+    BeginStream(aElement, aPad);
+}
+
 gboolean SetCaps(GstPad* aPad, GstCaps* aCaps) {
     g_object_set_qdata_full(G_OBJECT(aPad), CapsQuark(), gst_caps_ref(aCaps),
                             [](gpointer aOld) { gst_caps_unref(static_cast<GstCaps*>(aOld)); });

@@ -48,9 +48,11 @@ public:
     void Play(Player::MediaHandler& aHandler, const std::string& aURL, Player::Time aStart) override {
         mServer.Enter("Play", Player::StringWithFormat("Play %s %f", aURL.c_str(), Seconds(aStart)));
         OfferTracks(aHandler);
+        Rewind(aStart);
     }
     void Seek(Player::MediaHandler& /*aHandler*/, Player::Time aTo) override {
         mServer.Enter("Seek", Player::StringWithFormat("Seek %f", Seconds(aTo)));
+        Rewind(aTo);
     }
     void Pause(Player::MediaHandler& /*aHandler*/) override { mServer.Enter("Pause", "Pause"); }
     void Resume(Player::MediaHandler& /*aHandler*/) override { mServer.Enter("Resume", "Resume"); }
@@ -60,10 +62,31 @@ public:
     bool Fetch(Player::UInt /*aTrack*/) override { return false; }
     bool Produce(Player::UInt aTrack) override {
         mServer.Enter("Produce", "");
-        return aTrack < mConsumers.size() && mServer.Deliver(aTrack, *mConsumers[aTrack]);
+        if (aTrack >= mConsumers.size()) { return false; }
+        return mServer.HasFilm() ? Show(aTrack) : mServer.Deliver(aTrack, *mConsumers[aTrack]);
     }
 
 private:
+    /// What is queued is dropped, as the real session does when it seeks.
+    void Rewind(Player::Time aTo) {
+        const std::lock_guard<std::mutex> lLock(mServer.mMutex);
+        if (0 == mServer.mInterval) { return; }
+        mNext.assign(mConsumers.size(), aTo.NanoSeconds());
+        for (std::size_t lTrack = 0; lTrack < mConsumers.size(); ++lTrack) {
+            if (lTrack < mServer.mBegins.size()) { mNext[lTrack] += mServer.mBegins[lTrack]; }
+            mConsumers[lTrack]->Flush();
+        }
+    }
+    bool Show(Player::UInt aTrack) {
+        const Player::Time lTime(mNext[aTrack], 1000000000, true);
+        {
+            const std::lock_guard<std::mutex> lLock(mServer.mMutex);
+            mNext[aTrack] += mServer.mInterval;
+        }
+        mConsumers[aTrack]->Handle(
+            SharedPtr<Player::Packet, SharedObject>(new Player::Packets::Media(lTime, "picture", 7)), lTime);
+        return true;
+    }
     void OfferTracks(Player::MediaHandler& aHandler) {
         const std::lock_guard<std::mutex> lLock(mServer.mMutex);
         aHandler.Reset();
@@ -87,6 +110,7 @@ private:
 
     FakeServer& mServer;
     std::vector<SharedPtr<Player::Processor, SharedObject>> mConsumers;
+    std::vector<long long> mNext;  ///< The time of a track's next picture.
 };
 
 FakeServer::FakeServer() {
@@ -142,6 +166,17 @@ void FakeServer::Latest(unsigned aTrack, long long aLatest) {
 void FakeServer::End(unsigned aTrack, const std::string& aWhy) {
     const std::lock_guard<std::mutex> lLock(mMutex);
     mMedia[aTrack].push_back({0, 0, "", aWhy});
+}
+
+void FakeServer::Film(long long aInterval, const std::vector<long long>& aBegins) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mInterval = aInterval;
+    mBegins = aBegins;
+}
+
+bool FakeServer::HasFilm() const {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    return 0 != mInterval;
 }
 
 void FakeServer::Forget() {

@@ -39,6 +39,10 @@ public:
     /// "Timeout", "Bye" or "EndTime", behind what was pushed.
     void End(unsigned aTrack, const std::string& aWhy);
 
+    /// From now on every session has media of its own: for each track a packet per interval, from where it was
+    /// played, resumed or sought, as many as are taken. Each track begins so much later than the presentation.
+    void Film(long long aInterval, const std::vector<long long>& aBegins);
+
     /// Drops the media and the ends that were not taken.
     void Forget();
 
@@ -66,6 +70,7 @@ private:
     static Player::MediaPlayer* MakePlayer();
     void Enter(const std::string& aOperation, const std::string& aCall);
     bool Deliver(unsigned aTrack, Player::Processor& aConsumer);
+    bool HasFilm() const;
 
     mutable std::mutex mMutex;
     std::condition_variable mChanged;
@@ -74,6 +79,8 @@ private:
     Player::Time mEnd;
     std::map<unsigned, std::deque<Media>> mMedia;
     std::map<unsigned, long long> mLatest;
+    long long mInterval = 0;
+    std::vector<long long> mBegins;
     std::map<std::string, std::function<void()>> mActions;
     std::string mBlocked;
     bool mIsBlocked = false;

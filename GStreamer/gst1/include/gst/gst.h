@@ -10,5 +10,6 @@
 #include "gst1/Mutex.hpp"
 #include "gst1/Pad.hpp"
 #include "gst1/Plugin.hpp"
+#include "gst1/Run.hpp"
 #include "gst1/Task.hpp"
 #include "gst1/UriHandler.hpp"

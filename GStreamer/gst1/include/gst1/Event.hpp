@@ -4,8 +4,8 @@
 
 namespace Gst1 {
 
-/// 0.10's position is the stream time of the segment's start. Every segment begins at running time 0, as
-/// it does in 0.10 after a flush.
+/// 0.10's position is the stream time of the segment's start. Where it begins in running time is settled when
+/// it is pushed.
 GstEvent* NewSegment(gdouble aRate, GstFormat aFormat, gint64 aStart, gint64 aStop, gint64 aPosition);
 
 }  // namespace Gst1
@@ -13,7 +13,9 @@ GstEvent* NewSegment(gdouble aRate, GstFormat aFormat, gint64 aStart, gint64 aSt
 #define gst_event_new_new_segment(aUpdate, aRate, aFormat, aStart, aStop, aPosition) \
     ::Gst1::NewSegment(aRate, aFormat, aStart, aStop, aPosition)
 
-#define gst_event_new_flush_stop() (gst_event_new_flush_stop)(TRUE)
+/// Running time goes on: with a reset of it the pipeline would begin its time anew for one element among others,
+/// and would change states for that, whose lock an application may hold that waits for the element.
+#define gst_event_new_flush_stop() (gst_event_new_flush_stop)(FALSE)
 
 /// 1.x tells only that it has changed; the pads answer queries with the figure.
 #undef gst_message_new_duration

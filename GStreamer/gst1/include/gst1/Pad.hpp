@@ -14,6 +14,9 @@ using PadQuery = gboolean (*)(GstPad*, GstQuery*);
 /// serialised event or buffer. Does nothing where the stream has begun.
 void BeginStream(GstElement* aElement, GstPad* aPad);
 
+/// The same for a pad of the element that was active before: what it sends begins another run.
+void Restart(GstElement* aElement, GstPad* aPad);
+
 /// The pad's caps as the element knows them; they survive READY, where 1.x drops the event. What goes
 /// downstream has in addition the fields that today's parsers and decoders insist on.
 gboolean SetCaps(GstPad* aPad, GstCaps* aCaps);
@@ -26,7 +29,7 @@ gboolean QueryDefault(GstPad* aPad, GstQuery* aQuery);
 template <PadActivatePush kFunction>
 gboolean ActivateMode(GstPad* aPad, GstObject* aParent, GstPadMode aMode, gboolean aActive) {
     if (GST_PAD_MODE_PUSH != aMode || !kFunction(aPad, aActive)) { return FALSE; }
-    if (aActive && nullptr != aParent) { BeginStream(GST_ELEMENT(aParent), aPad); }
+    if (aActive && nullptr != aParent) { Restart(GST_ELEMENT(aParent), aPad); }
     return TRUE;
 }
 

@@ -92,6 +92,21 @@ inline const char* FactoryField(GstElementFactory* aFactory, const char* aField)
     return gst_element_factory_get_description(aFactory);
 }
 
+/// What an application of this version does before the PLAYING that ends a pause: a segment says nothing of running
+/// time, which begins anew with it.
+inline void PrepareToResume(GstElement* aPipeline) {
+    gst_pipeline_set_new_stream_time(GST_PIPELINE(aPipeline), 0);
+}
+
+/// What an application of this version does around a seek or another location while playing: it pauses.
+template <typename Action>
+void ChangeWhilePlaying(GstElement* aPipeline, Action aAction) {
+    gst_element_set_state(aPipeline, GST_STATE_PAUSED);
+    aAction();
+    PrepareToResume(aPipeline);
+    gst_element_set_state(aPipeline, GST_STATE_PLAYING);
+}
+
 /// 0.10 clears the caps of an element's pads in READY: they are made anew.
 constexpr bool kPadsSurviveReady = false;
 

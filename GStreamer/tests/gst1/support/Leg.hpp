@@ -101,6 +101,15 @@ inline const char* FactoryField(GstElementFactory* aFactory, const char* aField)
     return gst_element_factory_get_metadata(aFactory, aField);
 }
 
+/// What an application of this version does before the PLAYING that ends a pause: nothing.
+inline void PrepareToResume(GstElement* /*aPipeline*/) {}
+
+/// What an application of this version does around a seek or another location while playing: nothing.
+template <typename Action>
+void ChangeWhilePlaying(GstElement* /*aPipeline*/, Action aAction) {
+    aAction();
+}
+
 /// Whether pads of a kept track stay through READY.
 constexpr bool kPadsSurviveReady = true;
 

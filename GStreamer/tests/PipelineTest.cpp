@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "support/FakeServer.hpp"
+#include "support/Leg.hpp"
+#include "support/Pipeline.hpp"
+
+namespace ElementTest {
+namespace {
+
+constexpr unsigned kPictures = 25;
+constexpr long long kInterval = 20 * GST_MSECOND;
+
+/// What is shown in pipelines with a clock. A pause or a seek must not make pictures late that come in time.
+class PipelineSlow : public testing::Test {
+protected:
+    PipelineSlow() {
+        mServer.Describe({FakeServer::H264()});
+        mServer.Range(0, 600);
+        mServer.Film(kInterval, {0});
+    }
+
+    /// One or two may be late where the machine is busy, and the last may not have been shown yet.
+    static void ExpectAllShown(const Pipeline::Share& aShare) {
+        EXPECT_LE(kPictures, aShare.mCame + 5);
+        EXPECT_GE(aShare.mShown + 5, aShare.mCame) << "of " << aShare.mCame;
+    }
+    static void Start(Pipeline& aPipeline) {
+        aPipeline.SetLocation("rtsp://host/clip");
+        ASSERT_TRUE(aPipeline.Set(GST_STATE_PLAYING));
+        ExpectAllShown(aPipeline.Watch(kPictures));
+    }
+    /// As long as all the pictures take that were shown before it: those after it would come too late by as much.
+    static void Wait() { std::this_thread::sleep_for(std::chrono::nanoseconds(kPictures * kInterval)); }
+
+    FakeServer mServer;
+};
+
+TEST_F(PipelineSlow, AsMuchIsShownAfterAPause) {
+    Pipeline lPipeline;
+    Start(lPipeline);
+    for (int lTime = 0; lTime < 2; ++lTime) {
+        ASSERT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
+        Wait();
+        ASSERT_TRUE(lPipeline.Resume());
+        ExpectAllShown(lPipeline.Watch(kPictures));
+    }
+}
+
+TEST_F(PipelineSlow, AsMuchIsShownAfterASeek) {
+    Pipeline lPipeline;
+    Start(lPipeline);
+    for (const GstClockTime lSecond : {60U, 5U}) {
+        ChangeWhilePlaying(lPipeline.Get(), [&] { EXPECT_TRUE(lPipeline.Seek(lSecond * GST_SECOND)); });
+        ExpectAllShown(lPipeline.Watch(kPictures));
+    }
+}
+
+TEST_F(PipelineSlow, AsMuchIsShownAfterAPauseWithASeekInIt) {
+    Pipeline lPipeline;
+    Start(lPipeline);
+    ASSERT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
+    ASSERT_TRUE(lPipeline.Seek(60 * GST_SECOND));
+    Wait();
+    ASSERT_TRUE(lPipeline.Resume());
+    ExpectAllShown(lPipeline.Watch(kPictures));
+}
+
+TEST_F(PipelineSlow, AsMuchIsShownOfANewChannel) {
+    Pipeline lPipeline;
+    Start(lPipeline);
+    ChangeWhilePlaying(lPipeline.Get(), [&] { lPipeline.SetLocation("rtsp://host/other"); });
+    ExpectAllShown(lPipeline.Watch(kPictures));
+    mServer.Describe({FakeServer::MP4V()});
+    ChangeWhilePlaying(lPipeline.Get(), [&] { lPipeline.SetLocation("rtsp://host/third"); });
+    ExpectAllShown(lPipeline.Watch(kPictures));
+}
+
+TEST_F(PipelineSlow, AsMuchIsShownAfterReady) {
+    Pipeline lPipeline;
+    Start(lPipeline);
+    ASSERT_TRUE(lPipeline.Set(GST_STATE_READY));
+    ASSERT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
+    ExpectAllShown(lPipeline.Watch(kPictures));
+}
+
+TEST_F(PipelineSlow, ASeekInOneElementLeavesTheOtherAlone) {
+    Pipeline lPipeline(2);
+    lPipeline.SetLocation("rtsp://host/one", 1);
+    Start(lPipeline);
+    ASSERT_TRUE(lPipeline.Seek(60 * GST_SECOND, 0));
+    ExpectAllShown(lPipeline.Watch(kPictures, "src0", 0));
+    // It shows its pictures meanwhile, at the same pace.
+    ExpectAllShown(lPipeline.Seen("src0", 1));
+    lPipeline.SetLocation("rtsp://host/other", 0);
+    ExpectAllShown(lPipeline.Watch(kPictures, "src0", 0));
+    ExpectAllShown(lPipeline.Seen("src0", 1));
+}
+
+TEST_F(PipelineSlow, BothElementsGoOnAfterAPause) {
+    Pipeline lPipeline(2);
+    lPipeline.SetLocation("rtsp://host/one", 1);
+    Start(lPipeline);
+    ASSERT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
+    Wait();
+    ASSERT_TRUE(lPipeline.Resume());
+    ExpectAllShown(lPipeline.Watch(kPictures, "src0", 0));
+    ExpectAllShown(lPipeline.Watch(kPictures, "src0", 1));
+}
+
+}  // namespace
+}  // namespace ElementTest
