@@ -1,3 +1,5 @@
+#include <cstdlib>
+
 #include "gstvirertspsrc.hpp"
 
 #define PACKAGE "gst-vire-rtsp-src"
@@ -8,6 +10,8 @@ GstDebugCategory* gCategory = nullptr;
 
 gboolean virertspsrc_init(GstPlugin* aPlugin) {
     if (nullptr == gCategory) { GST_DEBUG_CATEGORY_INIT(gCategory, "virertspsrc", 0, "Template virertspsrc"); }
+    // Ports and identifiers of senders come from rand(): two processes must not begin with the same.
+    std::srand(g_random_int());
     return gst_element_register(aPlugin, "virertspsrc", GST_RANK_NONE, gst_vire_rtsp_src_get_type());
 }
 

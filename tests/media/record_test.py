@@ -105,8 +105,9 @@ class RecordTest(unittest.TestCase):
         self.assertEqual(0, result.returncode)
         lines = shown.split("\r\033[K")
         self.assertGreater(len(lines), SHORT)
+        self.assertTrue(lines[1].startswith("buffering"), lines[1])
         for line in lines[1:-1]:
-            self.assertRegex(line, r"^\d\d:\d\d\.\d  \d+ packets, 0 lost, \d+ kbit/s, \d+\.\d s buffered$")
+            self.assertRegex(line, r"^(buffering|\d\d:\d\d\.\d)  \d+ packets, 0 lost, \d+ kbit/s, \d+\.\d s buffered$")
         # The line is empty again at the end.
         self.assertEqual(["", ""], [lines[0], lines[-1]])
 
@@ -130,7 +131,8 @@ class RecordTest(unittest.TestCase):
         with media.server("--file", str(media.clip(SHORT)), "--tcp-only") as url:
             result = media.record(url, self.output)
         self.assertEqual(5, result.returncode)
-        self.assertRegex(result.stderr, r"^virertsp: The server .* refuses: SETUP failed: 461 Unsupported transport\.\n$")
+        self.assertRegex(result.stderr, r"^virertsp: The server .* refuses: SETUP failed: 461 Unsupported transport\. "
+                         r"Try it with --tcp\.\n$")
 
     def test_location_that_is_not_there(self):
         with media.server("--file", str(media.clip(SHORT))) as url:

@@ -1,7 +1,10 @@
 #include "MediaInfo.hpp"
 
+#include <strings.h>
+
 #include "AudioConfig.hpp"
 #include "Failure.hpp"
+#include "FormatName.hpp"
 #include "FormatParameters.hpp"
 #include "Parser/ParserMpeg4.hpp"
 #include "Parser/SpsPpsParser.hpp"
@@ -145,9 +148,13 @@ void TellFile(const Properties& aTrack, MediaInfo& aInfo) {
 
 MediaInfo MediaInfo::Of(const Properties& aTrack) {
     MediaInfo lInfo;
-    lInfo.mFormat = aTrack.Get("Format");
+    lInfo.mFormat = FormatName(aTrack);
+    const std::string lName = lInfo.mFormat;
     for (const Format& lFormat : kFormats) {
-        if (aTrack.Is("Format", lFormat.mName)) { lFormat.mTell(aTrack, lInfo); }
+        if (0 == strcasecmp(lName.c_str(), lFormat.mName)) {
+            lInfo.mPlayedAs = lFormat.mName;
+            lFormat.mTell(aTrack, lInfo);
+        }
     }
     if (0 == lInfo.mWidth || 0 == lInfo.mHeight) {
         lInfo.mWidth = Player::DecimalToUInt(aTrack.Get("Width"));

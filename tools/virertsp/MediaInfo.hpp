@@ -15,6 +15,8 @@ struct MediaInfo {
 
     /// "H.264", "AAC LC", ...; a format without a name of its own as the description calls it.
     std::string mFormat;
+    /// The format's name in the spelling that the library plays; empty for other formats.
+    std::string mPlayedAs;
     std::string mProfile;
     std::string mLevel;
     /// In luma samples, as coded: a decoder may crop them.

@@ -1,6 +1,9 @@
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+
+#include <glib.h>
 
 #include "commands/Command.hpp"
 #include "commands/Probe.hpp"
@@ -30,6 +33,8 @@ void PrintHelp(std::FILE* aOut) {
 
 int main(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "");
+    // Ports and identifiers of senders come from rand(): two processes must not begin with the same.
+    std::srand(g_random_int());
     const char* const lName = argc > 1 ? argv[1] : "";
     for (const Command& lCommand : kCommands) {
         if (0 == std::strcmp(lName, lCommand.mName)) { return lCommand.mRun(argc - 1, argv + 1); }

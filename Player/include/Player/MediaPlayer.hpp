@@ -51,6 +51,8 @@ public:
     Time TrackTimeAvailable(TrackIdx aIdx) const;
     Time TrackLatestTime(TrackIdx aIdx) const;
 
+    /// Whether the track has a sample in its queue; nothing is read for it.
+    bool IsTrackPacketQueued(TrackIdx aIdx) const { return Has(aIdx) && !mTracks[aIdx]->Empty(); }
     /// Whether the track has a sample, reading from the network if its queue is empty.
     bool TrackHasPacket(TrackIdx aIdx);
     /// The track's next sample, reading from the network if its queue is empty; null when there is none.

@@ -57,19 +57,23 @@ double Milliseconds(const Dialogue::Exchange& aExchange) {
     return std::chrono::duration<double, std::milli>(aExchange.mRoundTrip).count();
 }
 
-std::string ExchangeLine(const Dialogue::Exchange& aExchange) {
+std::string ExchangeLine(const Dialogue::Exchange& aExchange, bool aMisunderstood) {
     const std::string lMethod = StringWithFormat("  %-9s", aExchange.mMethod.c_str());
     const std::string lURL = "  " + Printable(aExchange.mURL) + "\n";
-    if (0 == aExchange.mStatus) { return lMethod + StringWithFormat("  %13s  no answer", "") + lURL; }
+    if (0 == aExchange.mStatus) {
+        return lMethod + StringWithFormat("  %13s  %s", "", aMisunderstood ? "not understood" : "no answer") + lURL;
+    }
     return lMethod + StringWithFormat("  %10.3f ms  %u ", Milliseconds(aExchange), aExchange.mStatus) +
            Printable(aExchange.mReason) + lURL;
 }
 
-void AddExchange(const Dialogue::Exchange& aExchange, Json& aJson) {
+void AddExchange(const Dialogue::Exchange& aExchange, bool aMisunderstood, Json& aJson) {
     aJson.Open('{').Key("method").String(aExchange.mMethod).Key("url").String(aExchange.mURL);
     if (0 != aExchange.mStatus) {
         aJson.Key("status").Number(aExchange.mStatus).Key("reason").String(aExchange.mReason);
         aJson.Key("round_trip_ms").Decimal(Milliseconds(aExchange), 3);
+    } else if (aMisunderstood) {
+        aJson.Key("misunderstood").Bool(true);
     }
     aJson.Close();
 }
@@ -82,14 +86,22 @@ bool IsSame(const Properties& aDescribed, const Properties& aTrack) {
     return true;
 }
 
+/// A format that could be written but is not played: the library takes its name in one spelling alone.
+void NameSpelling(const Properties& aTrack, MediaInfo& aInfo) {
+    if (aInfo.mExtension.empty() || aInfo.mPlayedAs == aTrack.Get("Format")) { return; }
+    aInfo.mExtension.clear();
+    aInfo.mObstacle = "The description says " + aTrack.Get("Format") + " where " + aInfo.mPlayedAs + " is understood.";
+}
+
 }  // namespace
 
-Presentation::Presentation(const std::string& aURL, const ProbePlayer& aPlayer)
-    : mURL(aURL), mSession(aPlayer.DescribedSession()) {
+Presentation::Presentation(const std::string& aURL, const ProbePlayer& aPlayer, bool aMisunderstood)
+    : mURL(aURL), mMisunderstood(aMisunderstood), mSession(aPlayer.DescribedSession()) {
     Player::TrackIdx lNext = 0;
     for (const ProbePlayer::PropertiesPtr& lTrack : aPlayer.DescribedTracks()) {
         const bool lPlays = lNext < aPlayer.GetTrackCount() && IsSame(*lTrack, *aPlayer.GetTrackInfo(lNext));
         mTracks.push_back({lTrack, lPlays ? static_cast<int>(lNext++) : -1, MediaInfo::Of(*lTrack)});
+        if (!lPlays) { NameSpelling(*lTrack, mTracks.back().mInfo); }
     }
     aPlayer.GetAvailableRange(mBegin, mEnd);
 }
@@ -122,11 +134,25 @@ std::string Presentation::Text(const Dialogue& aDialogue) const {
             lTrack.mInfo.mExtension.empty() ? "; " + Printable(lTrack.mInfo.mObstacle) : "; " + lTrack.mInfo.mExtension;
         lText += "\n" + Lines(*lTrack.mProperties);
     }
-    lText += "requests\n";
+    return lText + "requests\n" + ExchangeLines(aDialogue);
+}
+
+std::string Presentation::ExchangeLines(const Dialogue& aDialogue) const {
+    std::string lText;
+    bool lMisunderstood = mMisunderstood;
     for (const Dialogue::Exchange& lExchange : aDialogue.Exchanges()) {
-        lText += ExchangeLine(lExchange);
+        lText += ExchangeLine(lExchange, lMisunderstood);
+        lMisunderstood = lMisunderstood && 0 != lExchange.mStatus;
     }
     return lText;
+}
+
+void Presentation::AddExchanges(const Dialogue& aDialogue, Json& aJson) const {
+    bool lMisunderstood = mMisunderstood;
+    for (const Dialogue::Exchange& lExchange : aDialogue.Exchanges()) {
+        AddExchange(lExchange, lMisunderstood, aJson);
+        lMisunderstood = lMisunderstood && 0 != lExchange.mStatus;
+    }
 }
 
 std::string Presentation::JsonLine(const Dialogue& aDialogue) const {
@@ -146,9 +172,7 @@ std::string Presentation::JsonLine(const Dialogue& aDialogue) const {
         lJson.Close();
     }
     lJson.Close().Key("requests").Open('[');
-    for (const Dialogue::Exchange& lExchange : aDialogue.Exchanges()) {
-        AddExchange(lExchange, lJson);
-    }
+    AddExchanges(aDialogue, lJson);
     lJson.Close().Close();
     return lJson.Text() + "\n";
 }

@@ -14,7 +14,8 @@ namespace Virertsp {
 class Presentation {
 public:
     /// Takes what the player knows; it may be closed afterwards.
-    Presentation(const std::string& aURL, const ProbePlayer& aPlayer);
+    /// `aMisunderstood`: the first answer that is missing came, and could not be understood.
+    Presentation(const std::string& aURL, const ProbePlayer& aPlayer, bool aMisunderstood);
 
     std::string Text(const Dialogue& aDialogue) const;
     std::string JsonLine(const Dialogue& aDialogue) const;
@@ -28,9 +29,12 @@ private:
     };
 
     std::string Range() const;
+    std::string ExchangeLines(const Dialogue& aDialogue) const;
+    void AddExchanges(const Dialogue& aDialogue, Json& aJson) const;
     void AddRange(Json& aJson) const;
 
     std::string mURL;
+    bool mMisunderstood;
     ProbePlayer::PropertiesPtr mSession;
     std::vector<Track> mTracks;
     Player::Time mBegin;

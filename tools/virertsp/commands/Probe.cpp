@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "Failure.hpp"
+#include "commands/Interrupt.hpp"
 #include "commands/Presentation.hpp"
 #include "commands/SessionOptions.hpp"
 
@@ -41,11 +42,15 @@ void Probe(const SessionOptions& aSession, bool aJson) {
     const Listening lListening;
     ProbePlayer lPlayer;
     std::exception_ptr lFailure;
+    bool lMisunderstood = false;
     try {
         aSession.Open(lPlayer, &lDialogue);
-    } catch (const Failure&) { lFailure = std::current_exception(); }
+    } catch (const Failure& lReason) {
+        lFailure = std::current_exception();
+        lMisunderstood = kExitProtocol == lReason.Code();
+    }
     lDialogue.GiveUp();
-    const Presentation lPresentation(aSession.URL(), lPlayer);
+    const Presentation lPresentation(aSession.URL(), lPlayer, lMisunderstood);
     Leave(lPlayer);
     if (!lDialogue.Exchanges().empty()) {
         std::fputs((aJson ? lPresentation.JsonLine(lDialogue) : lPresentation.Text(lDialogue)).c_str(), stdout);
@@ -59,7 +64,9 @@ int RunProbe(int aCount, char** aArguments) {
     return Guard([&] {
         SessionOptions lSession;
         bool lJson = false;
-        if (ParseArguments(aCount, aArguments, lSession, lJson)) { Probe(lSession, lJson); }
+        if (!ParseArguments(aCount, aArguments, lSession, lJson)) { return; }
+        CatchInterrupts();
+        Probe(lSession, lJson);
     });
 }
 

@@ -5,7 +5,10 @@
 #include <memory>
 
 #include "Failure.hpp"
+#include "FormatName.hpp"
+#include "Printable.hpp"
 #include "commands/Configuration.hpp"
+#include "commands/Interrupt.hpp"
 
 namespace Virertsp {
 
@@ -16,6 +19,18 @@ constexpr char kScheme[] = "rtsp://";
 struct FreeContext {
     void operator()(GOptionContext* aContext) const { g_option_context_free(aContext); }
 };
+/// RTSP's 461.
+constexpr unsigned kUnsupportedTransport = 0x461;
+
+Failure NothingPlayable(const ProbePlayer& aPlayer) {
+    std::string lFormats;
+    for (const ProbePlayer::PropertiesPtr& lTrack : aPlayer.DescribedTracks()) {
+        lFormats += (lFormats.empty() ? ": " : ", ") + Printable(FormatName(*lTrack));
+    }
+    return Failure(kExitNothingPlayable,
+                   "The presentation has no track of a format that can be played" + lFormats + ".");
+}
+
 using ContextPtr = std::unique_ptr<GOptionContext, FreeContext>;
 
 }  // namespace
@@ -64,17 +79,27 @@ void SessionOptions::TakeURL(int aCount, char** aArguments) {
     if (0 != strncasecmp(mURL.c_str(), kScheme, sizeof(kScheme) - 1)) {
         throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + ".");
     }
+    const std::string lAuthority =
+        mURL.substr(sizeof(kScheme) - 1, mURL.find('/', sizeof(kScheme) - 1) - (sizeof(kScheme) - 1));
+    if (std::string::npos != lAuthority.find('@')) {
+        throw Failure(kExitUsage, "A location with a user and a password can't be played.");
+    }
 }
 
-void SessionOptions::Open(Player::MediaPlayer& aPlayer, Player::Reporter* aReporter) const {
+void SessionOptions::Open(ProbePlayer& aPlayer, Player::Reporter* aReporter) const {
     if (nullptr != aReporter || !Verbose()) { Player::SetReporter(aReporter); }
     Configure(aPlayer, FALSE != mTCP, mConfig);
+    const ImpatientWait lWait(kExitTimeOut);
     try {
         aPlayer.Play(mURL, Player::Time(0));
-    } catch (const Player::Exception& lException) { throw Explain(lException, mURL); }
-    if (0 == aPlayer.GetTrackCount()) {
-        throw Failure(kExitNothingPlayable, "The presentation has no track of a format that can be played.");
-    }
+    } catch (const Player::Exception& lException) { throw WithAdvice(Explain(lException, mURL), lException); }
+    if (0 == aPlayer.GetTrackCount()) { throw NothingPlayable(aPlayer); }
+}
+
+Failure SessionOptions::WithAdvice(const Failure& aFailure, const Player::Exception& aException) const {
+    if (kExitRefused != aFailure.Code() || kUnsupportedTransport != aException.Error()) { return aFailure; }
+    return Failure(aFailure.Code(),
+                   aFailure.what() + std::string(FALSE != mTCP ? " Try it without --tcp." : " Try it with --tcp."));
 }
 
 double Seconds(double aValue) {
@@ -83,7 +108,10 @@ double Seconds(double aValue) {
 }
 
 void Leave(Player::MediaPlayer& aPlayer) {
+    const ImpatientWait lWait(kExitOk);
     try {
+        // The request is what counts; the answer changes nothing any more.
+        aPlayer.SetConfigParam("RTSP:TimeOutAfter", "2");
         aPlayer.Close();
     } catch (const Player::Exception&) { return; }
 }

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "Player/MediaPlayer.hpp"
+#include "Failure.hpp"
 #include "Player/Report.hpp"
+#include "commands/ProbePlayer.hpp"
 
 namespace Virertsp {
 
@@ -39,10 +40,11 @@ public:
 
     /// Plays the location. The library's messages go to `aReporter`; without one they are silenced unless they
     /// were asked for. Throws `Failure`, also when no track can be played.
-    void Open(Player::MediaPlayer& aPlayer, Player::Reporter* aReporter = nullptr) const;
+    void Open(ProbePlayer& aPlayer, Player::Reporter* aReporter = nullptr) const;
 
 private:
     void TakeURL(int aCount, char** aArguments);
+    Failure WithAdvice(const Failure& aFailure, const Player::Exception& aException) const;
 
     gboolean mTCP = FALSE;
     gboolean mVerbose = FALSE;
@@ -55,5 +57,17 @@ double Seconds(double aValue);
 
 /// Leaves the server. What it thinks of that does not matter any more.
 void Leave(Player::MediaPlayer& aPlayer);
+
+/// Leaves the server at its end, however that comes.
+class Visit {
+public:
+    explicit Visit(Player::MediaPlayer& aPlayer) : mPlayer(aPlayer) {}
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+    ~Visit() { Leave(mPlayer); }
+
+private:
+    Player::MediaPlayer& mPlayer;
+};
 
 }  // namespace Virertsp

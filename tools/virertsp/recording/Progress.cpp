@@ -45,10 +45,11 @@ std::string FormatTime(const Player::Time& aTime) {
 
 std::string FormatProgress(const Totals& aTotals, std::uint64_t aKiloBitsPerSecond) {
     const long long lBuffered = Tenths(aTotals.mBuffered);
-    return FormatTime(aTotals.mTime) + Player::StringWithFormat("  %" PRIu64 " packets, %" PRId64 " lost, %" PRIu64
-                                                                " kbit/s, %lld.%lld s buffered",
-                                                                aTotals.mPackets, aTotals.mLost, aKiloBitsPerSecond,
-                                                                lBuffered / 10, lBuffered % 10);
+    // Until enough is gathered nothing has a time.
+    const std::string lWhere = Player::Time(0) == aTotals.mTime ? "buffering" : FormatTime(aTotals.mTime);
+    return lWhere + Player::StringWithFormat(
+                        "  %" PRIu64 " packets, %" PRId64 " lost, %" PRIu64 " kbit/s, %lld.%lld s buffered",
+                        aTotals.mPackets, aTotals.mLost, aKiloBitsPerSecond, lBuffered / 10, lBuffered % 10);
 }
 
 Progress::Progress(std::FILE* aTerminal)

@@ -23,7 +23,8 @@ struct Totals {
 
 /// "1:02:03.4" or "02:03.4"
 std::string FormatTime(const Player::Time& aTime);
-/// "02:03.4  812 packets, 0 lost, 4012 kbit/s, 2.8 s buffered"
+/// "02:03.4  812 packets, 0 lost, 4012 kbit/s, 2.8 s buffered"; "buffering" stands for the time before the first sample
+/// is taken out.
 std::string FormatProgress(const Totals& aTotals, std::uint64_t aKiloBitsPerSecond);
 
 /// One line on a terminal that is written over again and again; silent elsewhere.

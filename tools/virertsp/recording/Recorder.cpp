@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "Failure.hpp"
@@ -15,12 +16,9 @@ namespace {
 
 /// The end of a track may be known before its last packets are read: they get so much time.
 constexpr std::chrono::milliseconds kLastWords(300);
-/// Packets that were overtaken find their place in so many seconds of media that are not taken out yet ...
-constexpr Player::UInt kHeld = 1;
-/// ... as long as more comes: when nothing was due for this time, all is taken.
-constexpr std::chrono::milliseconds kPatience(500);
-/// After so many samples of one track the others get their turn.
-constexpr unsigned kMaxTurn = 256;
+
+/// The last samples of a presentation lie so many seconds before its described end at most.
+constexpr Player::UInt kShortOfEnd = 1;
 
 bool IsDevice(const std::string& aPath) {
     struct stat lStatus = {};
@@ -30,14 +28,19 @@ bool IsDevice(const std::string& aPath) {
 }  // namespace
 
 Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
-    : mPlayer(aPlayer), mLimit(static_cast<long long>(aSettings.mSeconds * 4294967296.0)), mLastTaken(Clock::now()) {
+    : mPlayer(aPlayer),
+      mSettings(aSettings),
+      mIntake(aPlayer),
+      mSink([this](Player::TrackIdx aTrack, const Intake::Sample& aSample) { Take(aTrack, aSample); }),
+      mLimit(static_cast<long long>(aSettings.mSeconds * 4294967296.0)),
+      mLastTaken(Clock::now()) {
     const bool lDrop = IsDevice(aSettings.mDirectory);
     if (!lDrop) { MakeDirectory(aSettings.mDirectory); }
     unsigned lLeftOut = 0;
     for (Player::TrackIdx lTrack = 0; lTrack < mPlayer.GetTrackCount(); ++lTrack) {
         if (lDrop) {
-            mTracks.push_back({lTrack, TrackRecord(MakeNullWriter(), nullptr)});
-        } else if (!AddTrack(lTrack, aSettings)) {
+            mTracks.push_back({TrackRecord(MakeNullWriter(), nullptr)});
+        } else if (!AddTrack(lTrack)) {
             ++lLeftOut;
         }
     }
@@ -46,70 +49,66 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
     }
 }
 
-bool Recorder::AddTrack(Player::TrackIdx aIndex, const Settings& aSettings) {
-    const std::string lBase = aSettings.mDirectory + Player::StringWithFormat("/track%u", aIndex);
+bool Recorder::AddTrack(Player::TrackIdx aIndex) {
+    const std::string lBase = mSettings.mDirectory + Player::StringWithFormat("/track%u", aIndex);
     try {
         auto lWriter = MakeWriter(*mPlayer.GetTrackInfo(aIndex), lBase);
-        auto lTimes = aSettings.mTimes ? std::make_unique<OutputFile>(lBase + ".times") : nullptr;
-        mTracks.push_back({aIndex, TrackRecord(std::move(lWriter), std::move(lTimes))});
+        auto lTimes = mSettings.mTimes ? std::make_unique<OutputFile>(lBase + ".times") : nullptr;
+        mTracks.push_back({TrackRecord(std::move(lWriter), std::move(lTimes))});
         return true;
     } catch (const Failure& lFailure) {
         if (kExitNothingPlayable != lFailure.Code()) { throw; }
         std::fprintf(stderr, "virertsp: track %u is dropped: %s\n", aIndex, lFailure.what());
     }
-    // It plays all the same, and what nobody takes out would pile up.
-    mTracks.push_back({aIndex, TrackRecord(MakeNullWriter(), nullptr)});
+    // It plays all the same, and its samples would pile up in the player.
+    mTracks.push_back({TrackRecord(MakeNullWriter(), nullptr)});
     return false;
 }
 
 void Recorder::Run(Observer& aObserver) {
-    for (;;) {
-        const bool lInterrupted = Interrupted();
+    try {
+        RunUntilOver(aObserver);
+    } catch (const Player::Exception&) {
+        mIntake.TakeAll(mSink, Clock::now());
+        throw;
+    }
+    mIntake.TakeAll(mSink, Clock::now());
+}
+
+void Recorder::RunUntilOver(Observer& aObserver) {
+    while (!Interrupted()) {
         const Clock::time_point lNow = Clock::now();
-        const bool lTaken = DrainTracks(lInterrupted, lNow);
-        if (lInterrupted || IsEnough() || IsOver(lTaken, lNow)) { return; }
-        if (!aObserver.Update(mPlayer, lNow)) { return; }
+        const bool lTaken = mIntake.Take(mSink, lNow);
+        if (IsEnough(lNow) || IsOver(lTaken, lNow) || !aObserver.Update(mPlayer, lNow)) { return; }
         std::this_thread::sleep_for(mPace.Next(PacketsSinceLast()));
     }
 }
 
-bool Recorder::DrainTracks(bool aAll, Clock::time_point aNow) {
-    mPlayer.TakeIn();
-    bool lTaken = false;
-    for (Track& lTrack : mTracks) {
-        lTaken = Drain(lTrack, aAll || IsStill(lTrack, aNow), aNow) || lTaken;
-    }
-    return lTaken;
+void Recorder::Take(Player::TrackIdx aTrack, const Intake::Sample& aSample) {
+    if (!HasReachedLimit(aTrack)) { mTracks[aTrack].mRecord.Write(*aSample); }
 }
 
-bool Recorder::Drain(Track& aTrack, bool aAll, Clock::time_point aNow) {
-    unsigned lSamples = 0;
-    while (lSamples < kMaxTurn && (aAll || IsDue(aTrack))) {
-        const auto lSample = mPlayer.GetTrackPacket(aTrack.mIndex);
-        if (!lSample) { break; }
-        aTrack.mRecord.Write(*lSample);
-        aTrack.mLastTaken = aNow;
-        ++lSamples;
-        // Brings the next sample out of what was received already: the network is asked only when that is used up.
-        mPlayer.Fetch(aTrack.mIndex);
-    }
-    return 0 != lSamples;
+bool Recorder::HasReachedLimit(Player::TrackIdx aTrack) const {
+    return Player::Time(0) != mLimit && mTracks[aTrack].mRecord.Length() >= mLimit;
 }
 
-bool Recorder::IsDue(const Track& aTrack) const {
-    // The first has to be asked for: that is what makes the player gather media and then play.
-    if (!aTrack.mLastTaken) { return true; }
-    return mPlayer.GetTrackReception(aTrack.mIndex).mBufferedTime > Player::Time(kHeld, 1);
-}
-
-bool Recorder::IsStill(const Track& aTrack, Clock::time_point aNow) const {
-    return mPlayer.IsTrackEnded(aTrack.mIndex) || (aTrack.mLastTaken && aNow - *aTrack.mLastTaken >= kPatience);
-}
-
-bool Recorder::IsEnough() const {
+bool Recorder::IsEnough(Clock::time_point aNow) {
     if (Player::Time(0) == mLimit) { return false; }
-    for (const Track& lTrack : mTracks) {
-        if (!(lTrack.mRecord.Length() >= mLimit) && !mPlayer.IsTrackEnded(lTrack.mIndex)) { return false; }
+    bool lReached = false;
+    Clock::time_point lLatest{};
+    for (Player::TrackIdx lTrack = 0; lTrack < TrackCount(); ++lTrack) {
+        lReached = HasReachedLimit(lTrack) || lReached;
+        lLatest = std::max(lLatest, mIntake.SilentSince(lTrack));
+    }
+    if (!lReached && aNow - lLatest < mSettings.mLongestSilence) { return false; }
+    std::vector<Player::TrackIdx> lMissing;
+    for (Player::TrackIdx lTrack = 0; lTrack < TrackCount(); ++lTrack) {
+        if (HasReachedLimit(lTrack) || mPlayer.IsTrackEnded(lTrack)) { continue; }
+        if (aNow - mIntake.SilentSince(lTrack) < mSettings.mPatience) { return false; }
+        lMissing.push_back(lTrack);
+    }
+    for (const Player::TrackIdx lTrack : lMissing) {
+        mTracks[lTrack].mMissing = true;
     }
     return true;
 }
@@ -134,19 +133,36 @@ void Recorder::Finish() {
 
 std::string Recorder::Summary() const {
     std::string lText;
-    for (const Track& lTrack : mTracks) {
-        lText += Player::StringWithFormat("track %u: ", lTrack.mIndex) +
-                 mPlayer.GetTrackInfo(lTrack.mIndex)->Get("Format") + ", " +
-                 lTrack.mRecord.Summary(mPlayer.GetTrackReception(lTrack.mIndex)) + "\n";
+    for (Player::TrackIdx lTrack = 0; lTrack < TrackCount(); ++lTrack) {
+        lText += Player::StringWithFormat("track %u: ", lTrack) + mPlayer.GetTrackInfo(lTrack)->Get("Format") + ", " +
+                 mTracks[lTrack].mRecord.Summary(mPlayer.GetTrackReception(lTrack)) + "\n";
     }
     return lText;
 }
 
-int Recorder::SilentTrack() const {
-    for (const Track& lTrack : mTracks) {
-        if (mPlayer.HasTrackTimedOut(lTrack.mIndex)) { return static_cast<int>(lTrack.mIndex); }
+std::string Recorder::Complaint() const {
+    for (Player::TrackIdx lTrack = 0; lTrack < TrackCount(); ++lTrack) {
+        if (mPlayer.HasTrackTimedOut(lTrack) || mTracks[lTrack].mMissing) {
+            return mIntake.HasBrought(lTrack) ? Player::StringWithFormat("Media of track %u stopped coming.", lTrack)
+                                              : Player::StringWithFormat("No media of track %u came.", lTrack);
+        }
     }
-    return -1;
+    return EarlyEnd();
+}
+
+std::string Recorder::EarlyEnd() const {
+    Player::Time lBegin;
+    Player::Time lEnd;
+    mPlayer.GetPlayingRange(lBegin, lEnd);
+    if (!(lEnd > lBegin)) { mPlayer.GetAvailableRange(lBegin, lEnd); }
+    Player::Time lLatest;
+    for (Player::TrackIdx lTrack = 0; lTrack < TrackCount(); ++lTrack) {
+        // The clock alone ends a track, too: media may have stopped before.
+        if (Player::Reception::End::kEndTime != mPlayer.GetTrackReception(lTrack).mEnd) { return std::string(); }
+        lLatest = std::max(lLatest, mTracks[lTrack].mRecord.Latest());
+    }
+    if (lLatest + Player::Time(kShortOfEnd, 1) >= lEnd) { return std::string(); }
+    return "Media stopped coming at " + FormatTime(lLatest) + ", before the described end at " + FormatTime(lEnd) + ".";
 }
 
 }  // namespace Virertsp

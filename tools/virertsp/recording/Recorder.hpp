@@ -1,11 +1,10 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "Player/Pace.hpp"
-#include "recording/Observer.hpp"
+#include "recording/Intake.hpp"
 #include "recording/TrackRecord.hpp"
 
 namespace Virertsp {
@@ -20,6 +19,10 @@ public:
         double mSeconds = 0;
         /// One line per sample with its play time in ns, in a file beside each track's.
         bool mTimes = false;
+        /// With a limit: how long a track may be silent once another has reached it ...
+        std::chrono::milliseconds mPatience{2000};
+        /// ... and how long all may be silent together.
+        std::chrono::milliseconds mLongestSilence{20000};
     };
 
     /// The player must be playing and outlives this. Throws `Failure` when no track can be written.
@@ -32,31 +35,34 @@ public:
     void Finish();
     /// One line per track.
     std::string Summary() const;
-    /// The first track that ended because nothing came any more, or a negative number.
-    int SilentTrack() const;
+    /// What is wrong with the first track that did not bring what it should: a sentence, or nothing.
+    std::string Complaint() const;
 
 private:
     using Clock = Observer::Clock;
 
     struct Track {
-        Player::TrackIdx mIndex;
         TrackRecord mRecord;
-        /// When its latest sample was taken out; nothing before the first.
-        std::optional<Clock::time_point> mLastTaken = {};
+        /// It was silent while another track brought all that was asked for.
+        bool mMissing = false;
     };
 
     /// False for a track that can't be written and is dropped.
-    bool AddTrack(Player::TrackIdx aIndex, const Settings& aSettings);
-    /// Takes samples of all tracks: those that are due, or all. True when there were some.
-    bool DrainTracks(bool aAll, Clock::time_point aNow);
-    bool Drain(Track& aTrack, bool aAll, Clock::time_point aNow);
-    bool IsDue(const Track& aTrack) const;
-    bool IsStill(const Track& aTrack, Clock::time_point aNow) const;
-    bool IsEnough() const;
+    bool AddTrack(Player::TrackIdx aIndex);
+    void RunUntilOver(Observer& aObserver);
+    void Take(Player::TrackIdx aTrack, const Intake::Sample& aSample);
+    bool HasReachedLimit(Player::TrackIdx aTrack) const;
+    bool IsEnough(Clock::time_point aNow);
     bool IsOver(bool aTakenIn, Clock::time_point aNow);
+    /// What is wrong when media stopped coming before the presentation's described end.
+    std::string EarlyEnd() const;
     unsigned PacketsSinceLast();
+    Player::TrackIdx TrackCount() const { return static_cast<Player::TrackIdx>(mTracks.size()); }
 
     Player::MediaPlayer& mPlayer;
+    Settings mSettings;
+    Intake mIntake;
+    Intake::Sink mSink;
     std::vector<Track> mTracks;
     Player::Time mLimit;
     Player::Pace mPace;

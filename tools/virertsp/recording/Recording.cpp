@@ -9,7 +9,8 @@ namespace Virertsp {
 
 void RecordSession(const SessionOptions& aSession, const Recorder::Settings& aSettings, Observer& aObserver,
                    bool aSummary) {
-    Player::MediaPlayer lPlayer;
+    ProbePlayer lPlayer;
+    const Visit lVisit(lPlayer);
     aSession.Open(lPlayer);
     Recorder lRecorder(lPlayer, aSettings);
     std::exception_ptr lBroken;
@@ -21,10 +22,11 @@ void RecordSession(const SessionOptions& aSession, const Recorder::Settings& aSe
     aObserver.Conclude(lPlayer, Observer::Clock::now());
     lRecorder.Finish();
     if (aSummary) { std::fputs(lRecorder.Summary().c_str(), stdout); }
-    const int lSilent = lRecorder.SilentTrack();
-    Leave(lPlayer);
+    // Leaving may take a while, and may be cut short.
+    std::fflush(stdout);
     if (lBroken) { std::rethrow_exception(lBroken); }
-    if (lSilent >= 0) { throw Failure(kExitTimeOut, "Media of track " + std::to_string(lSilent) + " stopped coming."); }
+    const std::string lComplaint = lRecorder.Complaint();
+    if (!lComplaint.empty()) { throw Failure(kExitTimeOut, lComplaint); }
 }
 
 }  // namespace Virertsp

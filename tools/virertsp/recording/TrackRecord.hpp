@@ -22,6 +22,7 @@ public:
 
     /// Play time from the first sample to the latest one, in either case by play time.
     Player::Time Length() const { return mLatest - mFirst; }
+    Player::Time Latest() const { return mLatest; }
     /// For people: what was written, and what was received of it.
     std::string Summary(const Player::Reception& aReception) const;
 

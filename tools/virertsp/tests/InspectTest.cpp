@@ -100,12 +100,46 @@ TEST(ProbeTest, TellsPeopleTheSameWithoutCommandingTheirTerminal) {
     }
 }
 
+TEST(ProbeTest, WhyATrackCantBePlayed) {
+    ScriptedServer lServer(R"(
+        C: DESCRIBE {*}
+        C...
+        S: RTSP/1.0 200 OK
+        S: CSeq: 1
+        S: Content-Length: {length}
+        S:
+        S| v=0
+        S| m=audio 0 RTP/AVP 97
+        S| a=rtpmap:97 MPEG4-GENERIC/44100
+        S| a=fmtp:97 config=1210
+        S| m=audio 0 RTP/AVP 0
+    )");
+    const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL()});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitNothingPlayable, lOutcome.mCode);
+    EXPECT_THAT(lOutcome.mOutput,
+                HasSubstr("no track: AAC LC, 44100 Hz, 2 channels; can't be played; The description says "
+                          "MPEG4-GENERIC where mpeg4-generic is understood.\n"));
+    EXPECT_THAT(lOutcome.mOutput,
+                HasSubstr("no track: PCMU; can't be played; There is no file format here for PCMU.\n"));
+    EXPECT_THAT(lOutcome.mErrors, HasSubstr("can be played: MPEG4-GENERIC, PCMU.\n"));
+}
+
+TEST(ProbeTest, AnAnswerThatIsNotUnderstoodIsOne) {
+    for (const bool lJson : {false, true}) {
+        ScriptedServer lServer("C: DESCRIBE {*}\nC...\nS: RTSP/1.0 200 OK\nS:");
+        const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL(), lJson ? "--json" : "--tcp"});
+        EXPECT_EQ(kExitProtocol, lOutcome.mCode);
+        EXPECT_THAT(lOutcome.mOutput, HasSubstr(lJson ? "\"misunderstood\":true" : "not understood  rtsp://"));
+    }
+}
+
 TEST(ProbeTest, WhatCameToLightIsToldBeforeTheFailure) {
     ScriptedServer lServer(std::string(kDescribe) + kRefusal);
     const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL(), "--json"});
     EXPECT_EQ("", lServer.Failure());
     EXPECT_EQ(kExitRefused, lOutcome.mCode);
-    EXPECT_THAT(lOutcome.mErrors, HasSubstr("refuses: SETUP failed: 461 Unsupported transport.\n"));
+    EXPECT_THAT(lOutcome.mErrors, HasSubstr("refuses: SETUP failed: 461 Unsupported transport. Try it with --tcp.\n"));
     EXPECT_THAT(lOutcome.mOutput, HasSubstr(R"("format":"H.264")"));
     EXPECT_THAT(lOutcome.mOutput, HasSubstr(R"("status":461,"reason":"Unsupported transport","round_trip_ms":)"));
 }
@@ -154,7 +188,7 @@ TEST(StatsTest, SilenceIsATimeOut) {
     const Outcome lOutcome = RunCommand(RunStats, {lServer.URL(), "--tcp", "-c", "RTSP:TimeOutRTPAfter=1"});
     EXPECT_EQ("", lServer.Failure());
     EXPECT_EQ(kExitTimeOut, lOutcome.mCode);
-    EXPECT_EQ("virertsp: Media of track 0 stopped coming.\n", lOutcome.mErrors);
+    EXPECT_EQ("virertsp: No media of track 0 came.\n", lOutcome.mErrors);
     EXPECT_THAT(lOutcome.mOutput, HasSubstr("kbit/s, media stopped coming\n"));
 }
 

@@ -33,6 +33,13 @@ TEST(ProgressTest, ALineSaysItAll) {
     EXPECT_EQ("02:03.4  812 packets, -1 lost, 4012 kbit/s, 2.8 s buffered", FormatProgress(lTotals, 4012));
 }
 
+TEST(ProgressTest, TheTimeBeforeTheFirstSampleIsBuffering) {
+    Totals lTotals;
+    lTotals.mPackets = 12;
+    lTotals.mBuffered = Time(15, 10);
+    EXPECT_EQ("buffering  12 packets, 0 lost, 310 kbit/s, 1.5 s buffered", FormatProgress(lTotals, 310));
+}
+
 TEST(ProgressTest, NothingIsShownOutsideATerminal) {
     std::FILE* const lFile = std::tmpfile();
     Progress lProgress(lFile);

@@ -1,6 +1,9 @@
 #include "writers/Writer.hpp"
 
+#include <strings.h>
+
 #include "Failure.hpp"
+#include "FormatName.hpp"
 #include "writers/AdtsWriter.hpp"
 #include "writers/AmrWriter.hpp"
 #include "writers/AnnexBWriter.hpp"
@@ -35,11 +38,13 @@ constexpr Format kFormats[] = {
 
 const Format& FormatOf(const Player::Properties& aTrack) {
     const std::string lName = aTrack.Get("Format");
-    if ("enc-mpeg4-generic" == lName) { throw Failure(kExitNothingPlayable, "It is encrypted, and there is no key."); }
-    for (const Format& lFormat : kFormats) {
-        if (lName == lFormat.mName) { return lFormat; }
+    if (0 == strcasecmp("enc-mpeg4-generic", lName.c_str())) {
+        throw Failure(kExitNothingPlayable, "It is encrypted, and there is no key.");
     }
-    throw Failure(kExitNothingPlayable, "There is no file format here for " + lName + ".");
+    for (const Format& lFormat : kFormats) {
+        if (0 == strcasecmp(lName.c_str(), lFormat.mName)) { return lFormat; }
+    }
+    throw Failure(kExitNothingPlayable, "There is no file format here for " + FormatName(aTrack) + ".");
 }
 
 class NullWriter : public Writer {
