@@ -115,11 +115,15 @@ private:
     bool IsActive() const { return 1 == mState >> 8; }
     /// It has ended, or holds all that it may hold.
     bool GetsNoMore(TrackIdx aIdx);
+    /// The track gets no more, and media is left to play: nothing is gained by waiting for data.
+    bool HoldsTheRest(TrackIdx aIdx);
     /// Whether the track holds enough to start; also when no more will come.
     bool HasBuffered(TrackIdx aIdx);
 
     // Pause, resume, seek, teardown and the levels of reset (Control.cpp).
     void DoPause();
+    /// Opens the ways for media again; time-outs count from now, however long nothing was asked for.
+    void Preflight();
     bool RecvPause(UInt aCSeq);
     void DoResume();
     void DoSeek(MediaHandler& aHandler, Time aTo);

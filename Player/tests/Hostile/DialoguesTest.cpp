@@ -226,7 +226,8 @@ struct NextRow {
     /// The answer to a first request, on a connection that stays open.
     std::string mAnswer;
     const char* mThrown;
-    /// Whether what comes behind that answer could be part of it: the next request goes out on another connection.
+    /// Whether what comes behind that answer could be part of it, or the answer that was awaited: the next request
+    /// goes out on another connection.
     bool mIsOutOfStep;
 };
 
@@ -244,8 +245,8 @@ const NextRow kNext[] = {
     {"ABodyInPieces", "S: RTSP/1.0 200 OK\nS: CSeq: 1\nS: Content-Length: 60\nS:\nS~ v=\nSPLIT\nS~ 0\n", kBadLength,
      true},
     {"TooManyHeaders", ManyHeaders(), "17/2 RTSP::RecvHeaders(): Invalid message: Too many headers", true},
-    {"AnotherNumber", "< 404 9\n", kOtherCSeq, false},
-    {"NoNumber", "S: RTSP/1.0 404 Not Found\nS:\n", kNoCSeq, false},
+    {"AnotherNumber", "< 404 9\n", kOtherCSeq, true},
+    {"NoNumber", "S: RTSP/1.0 404 Not Found\nS:\n", kNoCSeq, true},
     {"NoMedia", "S: RTSP/1.0 200 OK\nS: CSeq: 1\nS:\n", kNoSDP, false},
 };
 

@@ -1,9 +1,12 @@
+#include <thread>
+
 #include "MediaSessions/SessionFixture.hpp"
 
 namespace Player::MediaSessions {
 namespace {
 
 using testing::ElementsAre;
+using TestSupport::operator+;
 using TestSupport::RtpPacket;
 
 /// Pause, resume and seek of a presentation of one track over UDP, of which no media has come yet.
@@ -43,6 +46,11 @@ protected:
 const char* const kPause = R"(
     > PAUSE clip 4 | Session: 5
     < 200 4
+)";
+
+const char* const kResume = R"(
+    > PLAY clip 5 | Session: 5
+    < 200 5 | RTP-Info: url=r/video;seq=2;rtptime=90000
 )";
 
 TEST_F(RTSPControlTest, OnlyWhatIsActiveIsPaused) {
@@ -136,6 +144,106 @@ TEST_F(RTSPControlTest, ResumeGoesOnFromWhereItPaused) {
         EXPECT_TRUE(mHandler.Fetch(0)) << i;
     }
     EXPECT_FALSE(mHandler.Fetch(0));
+}
+
+// All that will be played is queued: the server sends nothing any more but, at best, that it has ended.
+TEST_F(RTSPControlTest, AResumeWithoutNewMediaPlaysWhatIsQueued) {
+    for (const bool lIsProduced : {false, true}) {
+        Start(kPause + std::string(kResume));
+        Send(1, 0);
+        mHandler.Pause();
+        mHandler.Resume();
+        EXPECT_FALSE(mHandler.Produce(0)) << "more may come";
+        EXPECT_FALSE(mHandler.Fill(0));
+        mHandler.TakeCalls();
+        mServer->Media(0).SendRtcp(TestSupport::EmptyReceiverReport(0) + TestSupport::Goodbye(0));
+        EXPECT_TRUE(lIsProduced ? mHandler.Produce(0) : mHandler.Fill(0));
+        EXPECT_NE(lIsProduced, mHandler.Fetch(0));
+        EXPECT_FALSE(mHandler.Produce(0));
+        EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("video: State=Buffering", "video: State=Playing", "video: sample",
+                                                      "video: EndOfStream=Bye"));
+        mServer.reset();
+        mHandler.SetConfigParam("RTSP:TimeOutAfter", "1");
+        EXPECT_THROW(mHandler.Close(), NetworkErr);
+    }
+}
+
+TEST_F(RTSPControlTest, ASilentServerDoesNotKeepBackWhatIsQueued) {
+    mHandler.SetConfigParam("RTSP:TimeOutRTPAfter", "1");
+    Start(kPause + std::string(kResume));
+    Send(1, 0);
+    mHandler.Pause();
+    mHandler.Resume();
+    mHandler.TakeCalls();
+    for (int lTry = 0; !mHandler.Produce(0) && lTry < 500; ++lTry) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_FALSE(mHandler.Produce(0));
+    EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("video: State=Buffering", "video: State=Playing", "video: sample",
+                                                  "video: EndOfStream=Timeout"));
+}
+
+/// Within the RTSP connection, from a server whose media is played as it comes; silence ends it after a second.
+class RTSPLongPauseTest : public SessionTest {
+protected:
+    void StartAndPause(const std::string& aDialogue) {
+        Interleave();
+        mHandler.SetConfigParam("RTSP:TimeOutRTPAfter", "1");
+        Serve(R"(
+            > DESCRIBE clip 1
+            < 200 1 | Server: Quenra Strand | SDP clip/ video range=0-20
+            > SETUP clip/video 2 | TCP 0
+            < 200 2 | Session: 5 | TCP 0
+            > PLAY clip 3
+            < 200 3 | RTP-Info: url=r/video;seq=1;rtptime=1 | Range: npt=0-20
+            S$ 0 {first}
+            > PAUSE clip 4
+            < 200 4
+        )" + aDialogue);
+        mServer->Set("first", Packet(1));
+        mServer->Set("second", Packet(2));
+        mHandler.Play(URL(), Time(0));
+        EXPECT_TRUE(mHandler.Produce(0));
+        mHandler.Pause();
+        mHandler.TakeCalls();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1050));
+    }
+    static std::string Packet(unsigned aSeq) {
+        return TestSupport::Hex(RtpPacket().Seq(aSeq).Timestamp(aSeq).Marker().Payload({0x65}).Build());
+    }
+};
+
+TEST_F(RTSPLongPauseTest, TheTimeOutStartsAnewWithAResume) {
+    StartAndPause("> PLAY clip 5 | Session: 5\n< 200 5 | RTP-Info: url=r/video;seq=2;rtptime=2\nS$ 0 {second}");
+    mHandler.Resume();
+    EXPECT_TRUE(mHandler.Produce(0));
+    EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("video: State=WaitData", "video: State=Buffering",
+                                                  "video: State=Playing", "video: sample"));
+}
+
+TEST_F(RTSPLongPauseTest, TheTimeOutStartsAnewWithASeek) {
+    StartAndPause("> PLAY clip 5\n< 200 5 | RTP-Info: url=r/video;seq=2;rtptime=2\nS$ 0 {second}");
+    mHandler.Seek(Time(1, 1));
+    EXPECT_TRUE(mHandler.Produce(0));
+    EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("video: Flush", "PlayingRange 0 20", "video: State=WaitData",
+                                                  "video: State=Buffering", "video: State=Playing", "video: sample"));
+}
+
+TEST_F(RTSPControlTest, AnAnswerThatComesTwiceCostsOneRequestOnly) {
+    Start(kPause + std::string(R"(
+        < 200 4
+        > PLAY clip 5 | Session: 5
+        < 200 5 | RTP-Info: url=r/video;seq=2;rtptime=90000
+        END
+        ACCEPT
+        > PLAY clip 6 | Session: 5
+        < 200 6 | RTP-Info: url=r/video;seq=2;rtptime=90000
+    )"));
+    mHandler.Pause();
+    ExpectThrows<RTSPErr>(2, "RTSP::RecvResponse(): Invalid response: CSeq mismatch", [this] { mHandler.Resume(); });
+    EXPECT_EQ("Paused", States().back());
+    mHandler.Resume();
+    EXPECT_EQ("WaitData", States().back());
 }
 
 TEST_F(RTSPControlTest, ARefusedResumeStaysPaused) {

@@ -259,7 +259,7 @@ INSTANTIATE_TEST_SUITE_P(
                  {"video: State=Stopped", "audio: State=Stopped", "Reset"},
                  {"RTSP::HandleSDP(): Invalid or incomplete SDP"}},
         NoSwitch{"AnotherRequestAnswered",
-                 "< 200 4 | RTP-Info: url=r/a | SDP - video audio",
+                 "< 200 4 | RTP-Info: url=r/a | SDP - video audio\nEND\nACCEPT",
                  {"video: State=Stopped", "audio: State=Stopped", "Reset"},
                  {"RTSP::RecvResponse(): Invalid response: CSeq mismatch"}}),
     [](const auto& aInfo) { return std::string(aInfo.param.mName); });

@@ -25,6 +25,10 @@ constexpr UInt kMostTimeOuts = 10;
 constexpr char kCR = 13;
 constexpr char kLF = 10;
 
+bool IsLineEnd(Byte aByte) {
+    return kCR == aByte || kLF == aByte;
+}
+
 }  // namespace
 
 Connection::Connection(const Configuration& aConfig) : mConfig(aConfig), mOutBuf(kOutCapacity), mInBuf(kInCapacity) {}
@@ -81,6 +85,7 @@ bool Connection::HasWaitedTooLong() const {
 }
 
 void Connection::Normalize() {
+    if (0 == mReadPos) { return; }
     const UInt lLeft = Left();
     Mem::Move(mInBuf.Begin(), mInBuf.Begin() + mReadPos, lLeft);
     mInBuf.Resize(lLeft);
@@ -220,6 +225,22 @@ bool Connection::SkipLn() {
     if (!MeasureLn(lLine)) { return false; }
     Consume(lLine);
     return true;
+}
+
+void Connection::SkipLineEnds() {
+    while (Have(1) && IsLineEnd(mInBuf[mReadPos])) {
+        ++mReadPos;
+        mLineFeedMayFollow = false;
+    }
+}
+
+bool Connection::HoldsEmptyLine() const {
+    UInt lEnds = 0;
+    for (UInt i = mReadPos; i < mInBuf.Size() && lEnds < 2; ++i) {
+        const bool lIsSecondHalf = i > mReadPos && kLF == mInBuf[i] && kCR == mInBuf[i - 1];
+        if (!lIsSecondHalf) { lEnds = IsLineEnd(mInBuf[i]) ? lEnds + 1 : 0; }
+    }
+    return 2 == lEnds;
 }
 
 void Connection::WriteLn() {

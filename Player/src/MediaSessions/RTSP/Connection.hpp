@@ -64,6 +64,10 @@ public:
     bool ReadLn(std::string& aLine);
     bool PeekLn(std::string& aLine);
     bool SkipLn();
+    /// Consumes what is buffered of empty lines.
+    void SkipLineEnds();
+    /// Whether an empty line ends what is buffered of a message's head.
+    bool HoldsEmptyLine() const;
 
     // Writing: a message is assembled line by line and leaves in one piece.
     void WriteLn();

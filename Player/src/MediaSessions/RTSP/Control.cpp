@@ -39,8 +39,16 @@ void RTSP::Resume(MediaHandler& /*aHandler*/) {
     }
 }
 
-void RTSP::DoResume() {
+void RTSP::Preflight() {
     mTransport->Preflight();
+    const Time lNow = Time::Now();
+    for (TrackIdx lIdx = 0; lIdx < mTracksAdded; ++lIdx) {
+        mTransport->ModifyTrackRTPStack(lIdx).Preflight(lNow);
+    }
+}
+
+void RTSP::DoResume() {
+    Preflight();
     mTransport->Fill();
     SendPlayOn();
     Headers lHeaders;
@@ -62,7 +70,7 @@ void RTSP::Seek(MediaHandler& aHandler, Time aTo) {
 }
 
 void RTSP::DoSeek(MediaHandler& aHandler, Time aTo) {
-    mTransport->Preflight();
+    Preflight();
     mTransport->Fill();
     SendPlayFrom(aTo);
     if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Seeking PLAY failed"); }

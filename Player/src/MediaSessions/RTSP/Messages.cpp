@@ -85,6 +85,17 @@ bool Messages::RecvResponse(Headers& aHeaders, UInt aCSeq) {
 }
 
 bool Messages::RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused) {
+    try {
+        return AwaitResponse(aHeaders, aBody, aCSeq, aRefused);
+    } catch (...) {
+        // The answer may still come; it would be taken for that to a later request.
+        mConnection.SetOutOfStep();
+        throw;
+    }
+}
+
+bool Messages::AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused) {
+    mWhyLost = nullptr;
     mConnection.StartWait(Connection::Clock::now());
     mConnection.Normalize();
     Status lStatus;
@@ -97,7 +108,10 @@ bool Messages::RecvResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severi
         for (; !lLine.empty() && !IsStatusLine(lLine); lLine = NextLine()) {
             HandleRequest(lLine);
         }
-        if (lLine.empty()) { break; }
+        if (lLine.empty()) {
+            if (mWhyLost) { std::rethrow_exception(mWhyLost); }
+            break;
+        }
         lStatus = ParseStatusLine(lLine);
         RecvHeaders(aHeaders);
         if (!RecvBody(aHeaders, aBody)) {
@@ -202,6 +216,7 @@ void Messages::HandleRequest(const std::string& aRequestLine) {
 bool Messages::HandleInterleavedData(bool aBlocking) {
     bool lDelivered = false;
     char lCh = 0;
+    mConnection.SkipLineEnds();
     while ((aBlocking || mConnection.Have(kFrameHeaderSize)) && mConnection.PeekCh(lCh, 0) && kFrameMagic == lCh) {
         // Any number of frames may stand before a response: those that were delivered make room for more.
         if (aBlocking && !mConnection.Have(kLargestFrame)) { mConnection.Normalize(); }
@@ -218,6 +233,7 @@ bool Messages::HandleInterleavedData(bool aBlocking) {
                                                  static_cast<unsigned short>(lSize));
                 lDelivered = true;
             }
+            mConnection.SkipLineEnds();
         }
         // Each try reads once. One that brought nothing met the end of the data.
         if (nullptr == lFrame && mConnection.Left() == lLeftBefore) { break; }
@@ -227,17 +243,39 @@ bool Messages::HandleInterleavedData(bool aBlocking) {
 }
 
 bool Messages::RecvInterleavedPackets() {
-    if (!mConnection.IsOpen() || !mConnection.FillInterleavedBuf()) { return false; }
-    mConnection.StartWait(Connection::Clock::now());
-    char lCh = 0;
-    mConnection.PeekCh(lCh, 0);
-    if (kFrameMagic == lCh) { return HandleInterleavedData(false); }
+    if (!mConnection.IsOpen() || mConnection.IsOutOfStep()) { return false; }
+    // What came with an answer goes first: it may be all there is.
+    bool lDelivered = HandleInterleavedData(false);
+    const bool lIsMore = mConnection.FillInterleavedBuf();
+    lDelivered = HandleInterleavedData(false) || lDelivered;
+    return lDelivered || AnswerRequest(lIsMore);
+}
 
-    std::string lLine;
-    mConnection.ReadLn(lLine);
-    HandleRequest(lLine);
+bool Messages::AnswerRequest(bool aMayWait) {
+    char lCh = 0;
+    if (0 == mConnection.Left() || !mConnection.PeekCh(lCh, 0) || kFrameMagic == lCh) { return false; }
+    if (!aMayWait && !mConnection.HoldsEmptyLine()) { return false; }
+    mConnection.StartWait(Connection::Clock::now());
+    try {
+        std::string lLine;
+        mConnection.ReadLn(lLine);
+        HandleRequest(lLine);
+    } catch (...) {
+        // What is left of the request is no message.
+        mConnection.SetOutOfStep();
+        throw;
+    }
     mConnection.Normalize();
     return true;
+}
+
+int Messages::Send_RR(const void* aData, UInt aSize) {
+    try {
+        return mConnection.WriteDirectly(aData, aSize);
+    } catch (...) {
+        mWhyLost = std::current_exception();
+        throw;
+    }
 }
 
 }  // namespace Player::MediaSessions

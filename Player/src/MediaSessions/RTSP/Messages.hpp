@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,8 @@ public:
     void BeginRequest();
     /// Receives the response to the request numbered `aCSeq`; frames and requests in front of it are dealt
     /// with, 1xx responses dropped. True for a 2xx response; otherwise `StatusCode` and `StatusText` tell.
-    /// Throws `RTSPErr` 2 for a response that is malformed or not the one awaited.
+    /// Throws `RTSPErr` 2 for a response that is malformed or not the one awaited. Whatever is thrown, the
+    /// connection is out of step then: the answer may still come.
     bool RecvResponse(UInt aCSeq);
     bool RecvResponse(Headers& aHeaders, UInt aCSeq);
     /// `aRefused` is how a response that is no success is reported.
@@ -52,9 +54,10 @@ public:
     const std::vector<std::string>& Challenges() const { return mChallenges; }
 
     bool RecvInterleavedPackets() override;
-    int Send_RR(const void* aData, UInt aSize) override { return mConnection.WriteDirectly(aData, aSize); }
+    int Send_RR(const void* aData, UInt aSize) override;
 
 private:
+    bool AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused);
     void RecvHeaders(Headers& aHeaders);
     void KeepChallenge(const std::string& aName, const std::string& aValue);
     /// The next line that is not empty, with the frames before it delivered; empty at the end of the data.
@@ -64,12 +67,16 @@ private:
     void CheckCSeq(const Headers& aHeaders, UInt aCSeq) const;
     /// Every request of a server is answered with 501.
     void HandleRequest(const std::string& aRequestLine);
+    /// Answers the request that comes next. One that is not whole is waited for if allowed, else it stays.
+    bool AnswerRequest(bool aMayWait);
     /// Delivers the frames that come next. Blocking, an incomplete one is waited for; otherwise it stays for
     /// the next call. True when any was delivered.
     bool HandleInterleavedData(bool aBlocking);
 
     Connection& mConnection;
     RTP::Transports::OverRTSP* mFrameReceiver = nullptr;
+    /// What lost the connection while a report was written, which the transport keeps to itself.
+    std::exception_ptr mWhyLost;
     UInt mStatusCode = 0;
     std::string mStatusText;
     std::vector<std::string> mChallenges;

@@ -16,6 +16,14 @@ bool RTSP::GetsNoMore(TrackIdx aIdx) {
     return lStack.Full() || 0 != lStack.Ended(Time::Now());
 }
 
+bool RTSP::HoldsTheRest(TrackIdx aIdx) {
+    bool lHolds = false;
+    for (TrackIdx lIdx = 0; lIdx < mTracksAdded; ++lIdx) {
+        lHolds = !mTransport->GetTrackRTPStack(lIdx).Empty() || lHolds;
+    }
+    return lHolds && GetsNoMore(aIdx);
+}
+
 bool RTSP::HasBuffered(TrackIdx aIdx) {
     return mTransport->GetTrackRTPStack(aIdx).SizeInTime() > Time(mConfiguration.mTargetRTPBuffer, 1) ||
            GetsNoMore(aIdx);
@@ -23,11 +31,11 @@ bool RTSP::HasBuffered(TrackIdx aIdx) {
 
 bool RTSP::Fill(UInt aTrack) {
     if (aTrack >= mTracksAdded) { return false; }
-    // A track that gets no more goes on while buffering to play what it has.
-    if (!mTransport->FillTrack(aTrack) && (Buffering != mState || !GetsNoMore(aTrack))) { return false; }
-    if (Playing == mState) { return true; }
+    const bool lHasTaken = mTransport->FillTrack(aTrack);
+    if (Playing == mState) { return lHasTaken; }
+    if (!IsActive() || (!lHasTaken && !HoldsTheRest(aTrack))) { return false; }
     if (WaitData == mState) { EnterState(Buffering, "Buffering"); }
-    if (Buffering != mState || (!mServer.mServerIsStrand && !HasBuffered(aTrack))) { return false; }
+    if (!mServer.mServerIsStrand && !HasBuffered(aTrack)) { return false; }
     EnterState(Playing, "Playing");
     return true;
 }
@@ -46,7 +54,7 @@ void RTSP::TakeIn() {
 bool RTSP::Produce(UInt aTrack) {
     if (!IsActive() || aTrack >= mTracksAdded) { return false; }
     if (WaitData == mState) {
-        if (!mTransport->Fill()) { return false; }
+        if (!mTransport->Fill() && !HoldsTheRest(0)) { return false; }
         EnterState(Buffering, "Buffering");
     }
     if (Buffering == mState) {

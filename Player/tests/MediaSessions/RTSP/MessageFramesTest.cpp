@@ -1,5 +1,6 @@
 // Interleaved frames between messages.
 #include <algorithm>
+#include <new>
 #include <thread>
 
 #include "MediaSessions/RTSP/MessagesFixture.hpp"
@@ -30,12 +31,36 @@ TEST_F(MessagesTest, FramesBehindTheResponseWaitForTheNextReader) {
     EXPECT_THAT(mReceiver.Delivered(), ElementsAre());
     EXPECT_TRUE(Recv("RTSP/1.0 200 OK\r\nCSeq: 2\r\n\r\n" + Frame(3, "c"), 2));
     EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b"));
-    // Draining looks at what is buffered only when something new has come.
+    // It may be the last there is: nothing new has to come for it to be delivered.
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("c"));
     EXPECT_FALSE(mMessages.RecvInterleavedPackets());
-    EXPECT_THAT(mReceiver.Delivered(), ElementsAre());
     mPeer.Deliver(Frame(4, "d"));
     EXPECT_TRUE(mMessages.RecvInterleavedPackets());
-    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("c", "d"));
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("d"));
+}
+
+TEST_F(MessagesTest, WhatIsBufferedIsDeliveredThoughTheConnectionHasEnded) {
+    EXPECT_TRUE(Recv(kOk + Frame(1, "a") + Frame(2, "b") + Frame(3, "c").substr(0, 9)));
+    mPeer.Close();
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b"));
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+}
+
+// A whole request in front of buffered frames must not keep them back, and half of one must not be waited for.
+TEST_F(MessagesTest, ABufferedRequestIsAnsweredOnceItIsWhole) {
+    EXPECT_TRUE(Recv(std::string(kOk) + "OPTIONS * RTSP/1.0\r\nCSeq: 3\r\n\r\n" + Frame(1, "a") +
+                     "OPTIONS * RTSP/1.0\r\nCSeq: 4\r\n"));
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 3\r\n\r\n");
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    EXPECT_EQ("", mPeer.Received());
+    mPeer.Deliver("\r\n");
+    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 4\r\n\r\n");
 }
 
 // A dollar sign within a message is text.
@@ -166,11 +191,55 @@ TEST_F(MessagesTest, FramesAreDealtWithBeforeWhatStandsBehindThem) {
     mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 3\r\n\r\n");
 }
 
-TEST_F(MessagesTest, DrainingAnswersAnEmptyLineToo) {
-    mPeer.Deliver("\r\nCSeq: 3\r\n\r\n");
-    EXPECT_TRUE(mMessages.RecvInterleavedPackets());
-    mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 3\r\n\r\n");
-    EXPECT_EQ(1U, mReports.Count(Severity::Info, "Got RTSP  request for URL: "));
+TEST_F(MessagesTest, EmptyLinesInFrontOfAMessageOrFrameAreSkipped) {
+    for (const char* lLines : {"\r\n", "\n", "\r", "\r\n\r\n", "\n\r\n\r"}) {
+        EXPECT_TRUE(Recv(std::string(kOk) + lLines));
+        EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+        mPeer.Deliver(std::string(lLines) + Frame(1, "a") + lLines + Frame(2, "b") + lLines);
+        EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+        EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b"));
+        mPeer.Deliver(lLines);
+        EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+        EXPECT_EQ(0U, mConnection.Left());
+        EXPECT_EQ("", mPeer.Received());
+        mPeer.Deliver(std::string(lLines) + "OPTIONS * RTSP/1.0\r\nCSeq: 3\r\n\r\n");
+        EXPECT_TRUE(mMessages.RecvInterleavedPackets());
+        mPeer.Expect("RTSP/1.0 501 Not Implemented\r\nCSeq: 3\r\n\r\n");
+        Connect();
+    }
+}
+
+// What lies behind a body that was cut short may look like anything, even like a frame that must not be.
+TEST_F(MessagesTest, NothingIsReadBehindARequestThatWasCutShort) {
+    mPeer.Deliver("SET_PARAMETER * RTSP/1.0\r\nCSeq: 3\r\nContent-Length: 100\r\n\r\n");
+    std::thread lSender([&] { mPeer.SendWhenRead(std::string("$\0\xFF\xFF", 4)); });
+    EXPECT_EQ("17/2 RTSP::HandleRequest(): Invalid request: Bad Content-Length",
+              Testing::Thrown([&] { mMessages.RecvInterleavedPackets(); }));
+    lSender.join();
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    mPeer.Deliver("OPTIONS * RTSP/1.0\r\n\r\n");
+    EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    EXPECT_EQ("", mPeer.Received());
+    EXPECT_EQ(4U, mConnection.Left());
+}
+
+class NoMemory : public Reporter {
+public:
+    NoMemory() { SetReporter(this); }
+    ~NoMemory() override { SetDefaultReporter(); }
+    void Report(const char* /*aFile*/, UInt /*aLine*/, Severity /*aSeverity*/, const char* /*aText*/) override {
+        throw std::bad_alloc();
+    }
+};
+
+TEST_F(MessagesTest, WhateverEndsTheReadingOfAMessageLeavesItBehind) {
+    for (const bool lIsAwaited : {false, true}) {
+        Connect();
+        mPeer.Deliver("OPTIONS * RTSP/1.0\r\nCSeq: 3\r\n\r\n");
+        const NoMemory lNoMemory;
+        EXPECT_THROW(lIsAwaited ? mMessages.RecvResponse(1) : mMessages.RecvInterleavedPackets(), std::bad_alloc);
+        EXPECT_TRUE(mConnection.IsOutOfStep());
+    }
 }
 
 TEST_F(MessagesTest, DrainingAFloodLosesNothing) {
@@ -208,12 +277,23 @@ TEST_F(MessagesTest, AConnectionThatBreaksAmidFramesIsSurvived) {
     }
     mPeer.Send(lFrames);
     mPeer.Reset();
-    EXPECT_FALSE(mMessages.RecvResponse(1));
-    EXPECT_EQ(0U, mMessages.StatusCode());
-    EXPECT_THAT(mReports.Messages(Severity::Error), ::testing::Contains(StartsWith("Socket::Write(): ")));
+    EXPECT_THAT(Testing::Thrown([&] { mMessages.RecvResponse(1); }), ::testing::HasSubstr(" Socket::Write(): "));
     EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));
     EXPECT_FALSE(mConnection.IsOpen());
     EXPECT_FALSE(mMessages.RecvInterleavedPackets());
+    // It belongs to that answer: the next one is awaited anew.
+    Connect();
+    mPeer.Close();
+    EXPECT_FALSE(mMessages.RecvResponse(1));
+}
+
+// The answer can't come any more, and the caller learns why: the server took in no report for a whole time-out.
+TEST_F(MessagesTest, AReportThatTheServerDoesNotTakeEndsTheWait) {
+    mPeer.FillClient();
+    mPeer.Send(Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, TestSupport::SenderReport(7, 1, 1))));
+    EXPECT_EQ("3/39 RTSP::Flush(): The server takes nothing in", Testing::Thrown([&] { mMessages.RecvResponse(1); }));
+    EXPECT_FALSE(mConnection.IsOpen());
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));
 }
 
 // ---------------------------------------------------------------------------- before a request

@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -51,6 +52,11 @@ public:
         EXPECT_TRUE(Send(aText));
         EXPECT_TRUE(mPatience.Until([&] { return Unread() >= lUnread + aText.size(); }));
     }
+    /// As a read of its own.
+    void SendWhenRead(const std::string& aText) {
+        EXPECT_TRUE(mPatience.Until([&] { return 0 == Unread(); }));
+        EXPECT_TRUE(Send(aText));
+    }
     void Shutdown() { mClient->Shutdown(); }
     void Close() { mClient->Close(); }
     void Reset() { mClient->Reset(); }
@@ -66,6 +72,13 @@ public:
     void Expect(const std::string& aText) {
         EXPECT_EQ(aText, Read(aText.size()));
         EXPECT_EQ("", Received());
+    }
+    /// Sends in the client's place until its socket takes no more.
+    void FillClient() {
+        const std::string lBytes(1 << 16, 'x');
+        const int lClient = ClientDescriptor();
+        while (send(lClient, lBytes.data(), lBytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL) > 0) {}
+        EXPECT_EQ(EAGAIN, errno);
     }
     /// What the client has sent since the last call, as far as it is there.
     std::string Received() {
@@ -109,12 +122,19 @@ public:
     }
 
 private:
-    unsigned long Unread() const {
+    unsigned ClientPort() const {
         sockaddr_in lClient = {};
         socklen_t lSize = sizeof(lClient);
         getpeername(mClient->Descriptor(), reinterpret_cast<sockaddr*>(&lClient), &lSize);
-        return TestSupport::ClientSocket::Find(ntohs(lClient.sin_port), PortOf(mListener)).mUnread;
+        return ntohs(lClient.sin_port);
     }
+    /// The client lives in this process.
+    int ClientDescriptor() const {
+        int lDescriptor = sysconf(_SC_OPEN_MAX) > 1024 ? 1024 : static_cast<int>(sysconf(_SC_OPEN_MAX));
+        while (--lDescriptor > 0 && ClientPort() != PortOf(lDescriptor)) {}
+        return lDescriptor;
+    }
+    unsigned long Unread() const { return TestSupport::ClientSocket::Find(ClientPort(), PortOf(mListener)).mUnread; }
 
     TestSupport::Patience mPatience{std::chrono::seconds(10)};
     int mListener;
