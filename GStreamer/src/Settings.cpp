@@ -50,7 +50,8 @@ const char* Settings::library_key(ConfigParamKey aKey) {
 
 const gchar* Settings::get(ConfigParamKey aKey) const {
     const Lock lLock(m_mutex);
-    return has(aKey) ? m_values[aKey] : nullptr;
+    const gchar* const lValue = has(aKey) ? m_values[aKey] : nullptr;
+    return nullptr == lValue ? nullptr : m_handedOut.insert(lValue).first->c_str();
 }
 
 gchar* Settings::dup(ConfigParamKey aKey) const {

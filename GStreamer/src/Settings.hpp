@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "ConfigParamKey.hpp"
@@ -21,7 +22,8 @@ public:
     /// Under which key the library knows the setting; null for the location.
     static const char* library_key(ConfigParamKey aKey);
 
-    /// The stored text, not a copy: good until the key is set again. Null for other keys.
+    /// The text, for those who cannot be given a copy: good as long as this object lives, also when the key is set
+    /// again. Null when unset and for other keys.
     const gchar* get(ConfigParamKey aKey) const;
     /// A copy for the caller, or null.
     gchar* dup(ConfigParamKey aKey) const;
@@ -38,6 +40,8 @@ public:
 private:
     Mutex m_mutex;
     gchar* m_values[kNetworkAvailable] = {};  ///< Under m_mutex.
+    /// What `get` has handed out, each text once; under m_mutex.
+    mutable std::set<std::string> m_handedOut;
 };
 
 }  // namespace nsGstVireRtspSrc

@@ -2,8 +2,10 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cstdio>
 #include <string>
+#include <thread>
 
 #include "gstvirertspsrc.hpp"
 #include "support/ElementUnderTest.hpp"
@@ -109,6 +111,28 @@ TEST(Plugin, TheUriHandlerTakesAndGivesTheLocation) {
     ASSERT_NE(nullptr, gst_uri_handler_get_protocols(lHandler));
     EXPECT_STREQ("vire", gst_uri_handler_get_protocols(lHandler)[0]);
     EXPECT_EQ(nullptr, gst_uri_handler_get_protocols(lHandler)[1]);
+}
+
+TEST(Plugin, TheUriHandlerGivesTheLocationWholeWhileItChanges) {
+    ElementUnderTest lElement;
+    // Long enough for a text to be freed while it is read.
+    const std::string lOne = "rtsp://one/" + std::string(30000, '1');
+    const std::string lOther = "rtsp://other/" + std::string(30000, '2');
+    lElement.SetText("location", lOne.c_str());
+    std::atomic<bool> lDone{false};
+    std::thread lSetter([&] {
+        for (int lRound = 0; lRound < 20000; ++lRound) {
+            lElement.SetText("location", (0 == lRound % 2 ? lOther : lOne).c_str());
+        }
+        lDone = true;
+    });
+    unsigned lGarbled = 0;
+    while (!lDone) {
+        const std::string lUri = UriOf(GST_URI_HANDLER(lElement.Get()));
+        lGarbled += lOne != lUri && lOther != lUri;
+    }
+    lSetter.join();
+    EXPECT_EQ(0U, lGarbled);
 }
 
 TEST(Plugin, TheElementsFinalizeDoesNotReachItsParents) {

@@ -18,8 +18,11 @@ const gchar* const* GetProtocols(GType /*aType*/) {
     return gSlots.get_protocols();
 }
 
+/// 1.x wants a copy; the property makes one under the lock of what it copies.
 gchar* GetUri(GstURIHandler* aHandler) {
-    return g_strdup(gSlots.get_uri(aHandler));
+    gchar* lLocation = nullptr;
+    g_object_get(aHandler, "location", &lLocation, nullptr);
+    return lLocation;
 }
 
 gboolean SetUri(GstURIHandler* aHandler, const gchar* aUri, GError** aError) {
