@@ -2,6 +2,10 @@
 
 #include <cstring>
 
+#include "StreamDebug.hpp"
+
+#define GST_CAT_DEFAULT StreamCategory()
+
 namespace nsGstVireRtspSrc {
 
 namespace {
@@ -23,7 +27,7 @@ bool IsHex(const gchar* aText) {
 /// Null when the text is not hexadecimal; some versions of the deserialiser trip over that.
 GstBuffer* NewBufferFromHex(const gchar* aHex) {
     if (!IsHex(aHex)) { return nullptr; }
-    GValue lValue = G_VALUE_INIT;
+    GValue lValue{};
     g_value_init(&lValue, GST_TYPE_BUFFER);
     GstBuffer* lBuffer = nullptr;
     if (gst_value_deserialize(&lValue, aHex)) { lBuffer = gst_buffer_ref(gst_value_get_buffer(&lValue)); }
@@ -55,8 +59,16 @@ bool CodecStream::task_process() {
     GST_BUFFER_OFFSET(lBuffer) = next_offset();
     GST_BUFFER_OFFSET_END(lBuffer) = GST_BUFFER_OFFSET(lBuffer);
     if (take_new_segment()) { start_segment(lBuffer); }
-    if (GST_FLOW_ERROR == gst_pad_push(pad(), lBuffer)) { stop_processing(); }
+    handle_push_result(gst_pad_push(pad(), lBuffer));
     return true;
+}
+
+void CodecStream::handle_push_result(GstFlowReturn aResult) {
+    if (GST_FLOW_ERROR == aResult) { stop_processing(); }
+    if (GST_FLOW_NOT_NEGOTIATED != aResult || m_refusalLogged) { return; }
+    m_refusalLogged = true;
+    GST_WARNING_OBJECT(pad(), "What is linked to %s does not take its caps: %s", GST_PAD_NAME(pad()),
+                       gst_flow_get_name(aResult));
 }
 
 GstBuffer* CodecStream::make_buffer(const Player::Packet& aPacket) const {

@@ -29,8 +29,6 @@ Source::Source(GstElement* aElement)
 }
 
 Source::~Source() {
-    // A timer that fires holds a reference to the element: none is running now.
-    cancel_check_if_paused();
     delete_all_streams();
     g_ptr_array_free(m_streams, TRUE);
 }

@@ -54,7 +54,7 @@ public:
 
     // Settings. (Source.cpp)
     void set_config_param(ConfigParamKey aKey, const char* aValue);
-    /// The stored text, not a copy; null when unset.
+    /// No copy, and good as long as the element; null when unset.
     const char* get_config_param(ConfigParamKey aKey) const;
     /// A copy for the caller, which a setter on another thread cannot pull away; null when unset.
     gchar* dup_config_param(ConfigParamKey aKey) const;
@@ -74,6 +74,8 @@ public:
     /// From the clock's thread: pauses the server of an element that stayed PAUSED. A request that was
     /// cancelled meanwhile does nothing. (SourcePauseTimer.cpp)
     void check_if_paused(GstClockID aId);
+    /// The element lets go of others: no timer may find it any more.
+    void element_goes();
 
 private:
     enum class Change { kLocation, kSeek };
@@ -113,6 +115,8 @@ private:
     void run_streams(bool aFlush);
 
     // Pause timer. (SourcePauseTimer.cpp)
+    class PauseRequest;
+    static gboolean pause_request_fires(GstClock* aClock, GstClockTime aTime, GstClockID aId, gpointer aRequest);
     void set_check_if_paused_timeout();
     void cancel_check_if_paused();
 
@@ -157,6 +161,7 @@ private:
     gint64 m_streamDuration = -1;  ///< -1 is a live stream.
     gint64 m_resumePosition = -1;  ///< Where to resume or seek; -1 is none.
     GstClockID m_checkIfPausedId = nullptr;
+    PauseRequest* m_pauseRequest = nullptr;  ///< The clock's, which keeps it for the id.
 
     mutable Mutex m_streamsMutex;
     /// One entry per track, null where no stream plays it. Changed under m_stateMutex and m_streamsMutex, so

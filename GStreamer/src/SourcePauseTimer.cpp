@@ -11,44 +11,62 @@ namespace {
 /// A pipeline that prerolls gets to PLAYING sooner; one that stays PAUSED has its server paused.
 constexpr GstClockTime kCheckIfPausedAfter = 1500 * GST_MSECOND;
 
-/// What the clock keeps for a pending request. The element may go meanwhile, and its source with it.
-struct Request {
-    explicit Request(GstElement* aElement, Source* aSource) : m_source(aSource) {
-        g_weak_ref_init(&m_element, aElement);
-    }
-    ~Request() { g_weak_ref_clear(&m_element); }
-    Request(const Request&) = delete;
-    Request& operator=(const Request&) = delete;
+}  // namespace
 
-    GWeakRef m_element{};
+/// What the clock keeps for a pending request. The element may go meanwhile, and its source with it: it takes the
+/// request back before, while its last reference is still there for the clock to add to.
+class Source::PauseRequest {
+public:
+    explicit PauseRequest(Source* aSource) : m_source(aSource), m_element(aSource->m_element) {}
+
+    /// A reference to the element; null when the request was taken back.
+    GstElement* TakeElement() const {
+        const Lock lLock(m_mutex);
+        return nullptr == m_element ? nullptr : GST_ELEMENT(gst_object_ref(m_element));
+    }
+    void TakeBack() {
+        const Lock lLock(m_mutex);
+        m_element = nullptr;
+    }
+
     Source* const m_source;
+
+private:
+    Mutex m_mutex;  ///< A leaf.
+    GstElement* m_element;
 };
 
-gboolean vireCheckIfPaused(GstClock* /*aClock*/, GstClockTime /*aTime*/, GstClockID aId, gpointer aData) {
-    auto* const lRequest = static_cast<Request*>(aData);
-    const gpointer lElement = g_weak_ref_get(&lRequest->m_element);
+gboolean Source::pause_request_fires(GstClock* /*aClock*/, GstClockTime /*aTime*/, GstClockID aId, gpointer aData) {
+    auto* const lRequest = static_cast<PauseRequest*>(aData);
+    GstElement* const lElement = lRequest->TakeElement();
     if (nullptr == lElement) { return TRUE; }
     AtBoundary(lElement, [lRequest, aId] { lRequest->m_source->check_if_paused(aId); });
     gst_object_unref(lElement);
     return TRUE;
 }
 
-}  // namespace
-
 void Source::set_check_if_paused_timeout() {
     cancel_check_if_paused();
     GstClock* const lClock = gst_system_clock_obtain();
     m_checkIfPausedId = gst_clock_new_single_shot_id(lClock, gst_clock_get_time(lClock) + kCheckIfPausedAfter);
-    gst_clock_id_wait_async_full(m_checkIfPausedId, vireCheckIfPaused, new Request(m_element, this),
-                                 [](gpointer aRequest) { delete static_cast<Request*>(aRequest); });
+    m_pauseRequest = new PauseRequest(this);
+    gst_clock_id_wait_async_full(m_checkIfPausedId, pause_request_fires, m_pauseRequest,
+                                 [](gpointer aRequest) { delete static_cast<PauseRequest*>(aRequest); });
     gst_object_unref(lClock);
 }
 
 void Source::cancel_check_if_paused() {
     if (nullptr == m_checkIfPausedId) { return; }
+    m_pauseRequest->TakeBack();
+    m_pauseRequest = nullptr;
     gst_clock_id_unschedule(m_checkIfPausedId);
     gst_clock_id_unref(m_checkIfPausedId);
     m_checkIfPausedId = nullptr;
+}
+
+void Source::element_goes() {
+    const Lock lState(m_stateMutex);
+    cancel_check_if_paused();
 }
 
 void Source::check_if_paused(GstClockID aId) {

@@ -50,7 +50,9 @@ gchar** gst_vire_rtsp_src_uri_get_protocols() {
 
 const gchar* gst_vire_rtsp_src_uri_get_uri(GstURIHandler* aHandler) {
     Source* const lSource = SourceOf(aHandler);
-    return nullptr == lSource ? nullptr : lSource->get_config_param(nsGstVireRtspSrc::kLocation);
+    if (nullptr == lSource) { return nullptr; }
+    return AtBoundary<const gchar*>(aHandler, nullptr,
+                                    [&] { return lSource->get_config_param(nsGstVireRtspSrc::kLocation); });
 }
 
 gboolean gst_vire_rtsp_src_uri_set_uri(GstURIHandler* aHandler, const gchar* aUri) {
@@ -140,6 +142,12 @@ gboolean gst_vire_rtsp_src_send_event(GstElement* aElement, GstEvent* aEvent) {
     return FALSE;
 }
 
+void gst_vire_rtsp_src_dispose(GObject* aObject) {
+    Source* const lSource = SourceOf(aObject);
+    if (nullptr != lSource) { lSource->element_goes(); }
+    G_OBJECT_CLASS(parent_class)->dispose(aObject);
+}
+
 /// Deliberately the end of it: the parent's finalize is not called.
 void gst_vire_rtsp_src_finalize(GObject* aObject) {
     GstVireRtspSrcPrivate* const lPrivate = reinterpret_cast<GstVireRtspSrc*>(aObject)->m_private;
@@ -160,6 +168,7 @@ void gst_vire_rtsp_src_class_init(gpointer aClass) {
     g_type_class_add_private(aClass, sizeof(GstVireRtspSrcPrivate));
 
     auto* const lObjectClass = static_cast<GObjectClass*>(aClass);
+    lObjectClass->dispose = GST_DEBUG_FUNCPTR(gst_vire_rtsp_src_dispose);
     lObjectClass->finalize = GST_DEBUG_FUNCPTR(gst_vire_rtsp_src_finalize);
     lObjectClass->set_property = GST_DEBUG_FUNCPTR(gst_vire_rtsp_src_set_property);
     lObjectClass->get_property = GST_DEBUG_FUNCPTR(gst_vire_rtsp_src_get_property);
