@@ -60,7 +60,9 @@ void StoreCaps(GstPad* aPad) {
     GstCaps* const lComplete = gst_caps_copy(lCaps);
     const GstStructure* const lFormat = gst_caps_get_structure(lComplete, 0);
     if (gst_structure_has_name(lFormat, "video/x-h264")) {
-        gst_caps_set_simple(lComplete, "stream-format", G_TYPE_STRING, "avc", "alignment", G_TYPE_STRING, "au",
+        // Parsers refuse "avc" without its configuration, whatever comes within the stream.
+        const char* const lStreamFormat = gst_structure_has_field(lFormat, "codec_data") ? "avc" : "avc3";
+        gst_caps_set_simple(lComplete, "stream-format", G_TYPE_STRING, lStreamFormat, "alignment", G_TYPE_STRING, "au",
                             nullptr);
     } else if (gst_structure_has_name(lFormat, "audio/mpeg")) {
         gst_caps_set_simple(lComplete, "stream-format", G_TYPE_STRING, "raw", nullptr);

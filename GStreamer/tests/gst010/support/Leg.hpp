@@ -46,7 +46,7 @@ inline GstCaps* PadCaps(GstPad* aPad) {
     return nullptr == lCaps ? nullptr : gst_caps_ref(lCaps);
 }
 
-inline std::string LegCaps(const std::string& /*aMediaType*/) {
+inline std::string LegCaps(const std::string& /*aCaps*/) {
     return "";
 }
 

@@ -53,10 +53,15 @@ inline GstCaps* PadCaps(GstPad* aPad) {
     return gst_pad_get_current_caps(aPad);
 }
 
-/// The fields that 1.x's caps have in addition.
-inline std::string LegCaps(const std::string& aMediaType) {
-    if ("video/x-h264" == aMediaType) { return ", stream-format=(string)avc, alignment=(string)au"; }
-    if ("audio/mpeg" == aMediaType) { return ", stream-format=(string)raw"; }
+/// The fields that 1.x's caps have in addition to these.
+inline std::string LegCaps(const std::string& aCaps) {
+    const std::string lMediaType = aCaps.substr(0, aCaps.find(','));
+    if ("video/x-h264" == lMediaType) {
+        // Without a configuration the parameter sets come within the stream.
+        const bool lHasConfig = std::string::npos != aCaps.find("codec_data");
+        return std::string(", alignment=(string)au, stream-format=(string)") + (lHasConfig ? "avc" : "avc3");
+    }
+    if ("audio/mpeg" == lMediaType) { return ", stream-format=(string)raw"; }
     return "";
 }
 
