@@ -32,6 +32,9 @@ protected:
 private:
     GstBuffer* make_buffer(const Player::Packet& aPacket) const;
     void start_segment(GstBuffer* aBuffer);
+    void handle_push_result(GstFlowReturn aResult);
+
+    bool m_refusalLogged = false;  ///< Once for the pad; the streaming thread's own.
 };
 
 /// A new buffer with a copy of the bytes.

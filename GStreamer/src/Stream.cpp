@@ -200,11 +200,22 @@ void Stream::handle_no_packet() {
         lTimedOut = lPlayer->HasTrackTimedOut(m_track);
     }
     if (lEnded) {
-        handle_end(lTimedOut);
+        take_rest_or_end(lTimedOut);
     } else if (m_noDataTime >= kNoDataReportInterval) {
         m_noDataTime = 0;
         status_set(kNoData);
         m_controller->stream_controller_status(kNoData, m_track);
+    }
+}
+
+/// Media may have come along with the end, which finishes an access unit that waited for more, or shortly after it:
+/// the end of a described range is reckoned by the clock. So the track ends when another interval brought nothing.
+void Stream::take_rest_or_end(bool aTimedOut) {
+    rest();
+    if (process_guarded()) {
+        handle_got_packet();
+    } else {
+        handle_end(aTimedOut);
     }
 }
 

@@ -81,6 +81,7 @@ private:
     void handle_got_packet();
     void rest();
     void handle_no_packet();
+    void take_rest_or_end(bool aTimedOut);
     void handle_end(bool aTimedOut);
 
     GstElement* const m_element;

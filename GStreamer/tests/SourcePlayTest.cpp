@@ -168,6 +168,15 @@ TEST_F(SourcePlayTest, AByeEndsTheStreamOnce) {
     EXPECT_THAT(Messages({"error", "warning", "buffering"}), IsEmpty());
 }
 
+TEST_F(SourcePlayTest, AnAccessUnitThatIsLeftOpenGoesOutBeforeTheEnd) {
+    Start(std::string(kClip) + "AWAIT played\nOPEN 3 1.0\nBYE 0\nPAUSE\nTEARDOWN", GST_STATE_PLAYING);
+    const SinkPad& lSink = *Element().Sink(0);
+    ASSERT_TRUE(lSink.Await("buffer", 2));
+    mServers[0]->Notify("played");
+    ASSERT_TRUE(lSink.Await("eos"));
+    EXPECT_EQ(LegPreamble() + "segment buffer buffer buffer eos", lSink.Kinds());
+}
+
 TEST_F(SourcePlayTest, TheEndTimeEndsTheStreamOnce) {
     Start(R"(
         > DESCRIBE clip 1

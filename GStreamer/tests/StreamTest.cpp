@@ -35,11 +35,18 @@ public:
 
     void stream_controller_status(StreamStatus aStatus, unsigned int aTrack) override {
         const std::lock_guard<std::mutex> lLock(mMutex);
+        if (mOnStatus) { mOnStatus(aStatus); }
         mReports.push_back({aStatus, aTrack, Clock::now()});
     }
     void stream_controller_exception(const Player::Exception& aException, unsigned int aTrack) override {
         const std::lock_guard<std::mutex> lLock(mMutex);
         mExceptions.emplace_back(aException.Code(), aTrack);
+    }
+
+    /// Is called with each report, on its thread.
+    void OnStatus(std::function<void(StreamStatus)> aAction) {
+        const std::lock_guard<std::mutex> lLock(mMutex);
+        mOnStatus = std::move(aAction);
     }
 
     std::vector<Report> Reports() const {
@@ -60,6 +67,7 @@ public:
 
 private:
     mutable std::mutex mMutex;
+    std::function<void(StreamStatus)> mOnStatus;
     std::vector<Report> mReports;
     std::vector<std::pair<Player::UInt, unsigned>> mExceptions;
 };
@@ -203,6 +211,48 @@ TEST_F(StreamAlone, EndsWithOneEndOfStreamAndIdles) {
     EXPECT_EQ(1U, mServer.Queued(1));
 }
 
+TEST_F(StreamAlone, MediaThatComesWithTheEndGoesOutBeforeIt) {
+    for (const char* const lWhy : {"Bye", "EndTime", "Unknown"}) {
+        SCOPED_TRACE(lWhy);
+        MakeH264();
+        mServer.PushOnTakeIn(1, {"last but one", "last"}, lWhy);
+        mStream->task_run();
+        ASSERT_TRUE(Sink().Await("eos"));
+        EXPECT_EQ(LegPreamble() + "segment buffer buffer eos", Sink().Kinds());
+        Stream::destroy(mStream);
+        mStream = nullptr;
+    }
+}
+
+TEST_F(StreamAlone, MediaThatComesWithTheTimeOutGoesOutBeforeItIsReported) {
+    MakeH264();
+    mServer.PushOnTakeIn(1, {"last"}, "Timeout");
+    std::atomic<std::size_t> lBuffers{0};
+    mController.OnStatus([this, &lBuffers](StreamStatus) { lBuffers = Sink().Count("buffer"); });
+    mStream->task_run();
+    ASSERT_TRUE(Eventually([this] { return 1 == mController.Count(kTimedOut); }));
+    EXPECT_EQ(1U, lBuffers);
+    EXPECT_EQ(0U, Sink().Count("eos"));
+}
+
+/// The end of a described range is reckoned by the clock, and a sender's last packet may be of that very moment.
+TEST_F(StreamAlone, MediaThatComesShortlyAfterTheEndGoesOutBeforeIt) {
+    MakeH264();
+    mServer.End(1, "EndTime");
+    mServer.PushOnTakeIn(1, {"late"}, "");
+    mStream->task_run();
+    ASSERT_TRUE(Sink().Await("eos"));
+    EXPECT_EQ(LegPreamble() + "segment buffer eos", Sink().Kinds());
+}
+
+TEST_F(StreamAlone, AFailureAfterTheEndDoesNotKeepItBack) {
+    MakeH264();
+    mServer.End(1, "Bye");
+    mStream->task_run();
+    mServer.On("TakeIn", [this] { mServer.On("Produce", Throws<Player::RTSPErr>(2)); });
+    EXPECT_TRUE(Sink().Await("eos"));
+}
+
 TEST_F(StreamAlone, GoesOnAfterItsEndWhenItIsRunAgain) {
     MakeH264();
     mServer.End(1, "EndTime");
@@ -293,6 +343,22 @@ TEST_F(StreamAlone, OtherPushResultsDoNotMatter) {
         lBuffers += 2;
         EXPECT_TRUE(Sink().Await("buffer", lBuffers)) << lResult;
     }
+}
+
+TEST_F(StreamAlone, CapsThatDownstreamRefusesAreLoggedOnce) {
+    MakeH264();
+    const DebugCapture lLog("virertsp_stream");
+    constexpr char kRefused[] = "What is linked to src1 does not take its caps: not-negotiated";
+    Sink().SetResult(GST_FLOW_NOT_NEGOTIATED);
+    mServer.Push(1, 1, "a");
+    mServer.Push(1, 2, "b");
+    mStream->task_run();
+    ASSERT_TRUE(Sink().Await("buffer", 2));
+    mStream->task_run();
+    mServer.Push(1, 3, "c");
+    ASSERT_TRUE(Sink().Await("buffer", 3));
+    EXPECT_TRUE(Eventually([this] { return 0 == mServer.Queued(1); }));
+    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_WARNING, kRefused));
 }
 
 TEST_F(StreamAlone, AFailureIsToldOnceAndCountsAsNoPacket) {

@@ -63,7 +63,13 @@ public:
     bool Produce(Player::UInt aTrack) override {
         mServer.Enter("Produce", "");
         if (aTrack >= mConsumers.size()) { return false; }
-        return mServer.HasFilm() ? Show(aTrack) : mServer.Deliver(aTrack, *mConsumers[aTrack]);
+        return mServer.HasFilm() ? Show(aTrack) : mServer.Deliver(mServer.mMedia, aTrack, *mConsumers[aTrack]);
+    }
+    void TakeIn() override {
+        mServer.Enter("TakeIn", "");
+        for (unsigned lTrack = 0; lTrack < mConsumers.size(); ++lTrack) {
+            while (mServer.Deliver(mServer.mTakenIn, lTrack, *mConsumers[lTrack])) {}
+        }
     }
 
 private:
@@ -179,6 +185,14 @@ bool FakeServer::HasFilm() const {
     return 0 != mInterval;
 }
 
+void FakeServer::PushOnTakeIn(unsigned aTrack, const std::vector<std::string>& aBytes, const std::string& aEnd) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    for (const std::string& lBytes : aBytes) {
+        mTakenIn[aTrack].push_back({0, 0, lBytes, ""});
+    }
+    if (!aEnd.empty()) { mTakenIn[aTrack].push_back({0, 0, "", aEnd}); }
+}
+
 void FakeServer::Forget() {
     const std::lock_guard<std::mutex> lLock(mMutex);
     mMedia.clear();
@@ -245,11 +259,11 @@ void FakeServer::Enter(const std::string& aOperation, const std::string& aCall) 
     if (lAction) { lAction(); }
 }
 
-bool FakeServer::Deliver(unsigned aTrack, Player::Processor& aConsumer) {
+bool FakeServer::Deliver(MediaOfTracks& aMedia, unsigned aTrack, Player::Processor& aConsumer) {
     Media lMedia;
     {
         const std::lock_guard<std::mutex> lLock(mMutex);
-        std::deque<Media>& lQueue = mMedia[aTrack];
+        std::deque<Media>& lQueue = aMedia[aTrack];
         if (lQueue.empty()) { return false; }
         lMedia = lQueue.front();
         lQueue.pop_front();

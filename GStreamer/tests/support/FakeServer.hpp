@@ -42,6 +42,9 @@ public:
     /// From now on every session has media of its own: for each track a packet per interval, from where it was
     /// played, resumed or sought, as many as are taken. Each track begins so much later than the presentation.
     void Film(long long aInterval, const std::vector<long long>& aBegins);
+    /// Media of a track, and its end unless that is empty, which the session takes in by itself: it is there without
+    /// anybody asking for a packet. From the next `TakeIn` on.
+    void PushOnTakeIn(unsigned aTrack, const std::vector<std::string>& aBytes, const std::string& aEnd);
 
     /// Drops the media and the ends that were not taken.
     void Forget();
@@ -66,10 +69,11 @@ public:
 private:
     class Session;
     struct Media;
+    using MediaOfTracks = std::map<unsigned, std::deque<Media>>;
 
     static Player::MediaPlayer* MakePlayer();
     void Enter(const std::string& aOperation, const std::string& aCall);
-    bool Deliver(unsigned aTrack, Player::Processor& aConsumer);
+    bool Deliver(MediaOfTracks& aMedia, unsigned aTrack, Player::Processor& aConsumer);
     bool HasFilm() const;
 
     mutable std::mutex mMutex;
@@ -77,7 +81,8 @@ private:
     std::vector<Description> mTracks;
     Player::Time mBegin;
     Player::Time mEnd;
-    std::map<unsigned, std::deque<Media>> mMedia;
+    MediaOfTracks mMedia;
+    MediaOfTracks mTakenIn;
     std::map<unsigned, long long> mLatest;
     long long mInterval = 0;
     std::vector<long long> mBegins;

@@ -70,6 +70,7 @@ struct Kind {
     unsigned mPayloadType;
     unsigned mClockRate;
     Bytes mPayload;  ///< Of a packet; the sequence number follows.
+    bool mMarker = true;
 };
 
 const Bytes kUnit = {0x65};
@@ -79,9 +80,10 @@ const Bytes kFrame = {0x02, 0xaa};  // two bytes of audio
 /// Null when the word is none for media.
 const Kind* KindOf(const std::string& aWord) {
     static const std::map<std::string, Kind> kKinds = {
-        {"VIDEO", {"RTP 0", 96, 90000, kUnit}},  {"VIDEO1", {"RTP 1", 96, 90000, kUnit}},
-        {"VIDEO$", {"S$ 0", 96, 90000, kUnit}},  {"VISUAL", {"RTP 0", 96, 90000, kPicture}},
-        {"AUDIO", {"RTP 1", 97, 44100, kFrame}}, {"AUDIO$", {"S$ 2", 97, 44100, kFrame}}};
+        {"VIDEO", {"RTP 0", 96, 90000, kUnit}},     {"VIDEO1", {"RTP 1", 96, 90000, kUnit}},
+        {"VIDEO$", {"S$ 0", 96, 90000, kUnit}},     {"OPEN", {"RTP 0", 96, 90000, kUnit, false}},
+        {"VISUAL", {"RTP 0", 96, 90000, kPicture}}, {"AUDIO", {"RTP 1", 97, 44100, kFrame}},
+        {"AUDIO$", {"S$ 2", 97, 44100, kFrame}}};
     const auto lFound = kKinds.find(aWord);
     return kKinds.end() == lFound ? nullptr : &lFound->second;
 }
@@ -98,7 +100,7 @@ std::string Media(std::istringstream& aWords, const Kind& aKind) {
                                       .Ssrc(kSsrc)
                                       .Seq(lSeq)
                                       .Timestamp(static_cast<std::uint32_t>((1 + lTime) * aKind.mClockRate))
-                                      .Marker()
+                                      .Marker(aKind.mMarker)
                                       .Payload(aKind.mPayload + Bytes{static_cast<Byte>(lSeq)});
         lScript += std::string(aKind.mWay) + " " + TestSupport::Hex(lPacket.Build()) + "\n";
     }

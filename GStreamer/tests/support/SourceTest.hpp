@@ -24,6 +24,7 @@ using TestSupport::ScriptedServer;
 ///     VIDEO 1 0.0 0.5      access units of track 0, sequence numbers from 1, at these seconds
 ///     VIDEO1 1 0.0 0.5     the same to the ports of track 1
 ///     AUDIO 1 0.0 0.5      the same for AAC, to the ports of track 1
+///     OPEN 3 1.0           VIDEO without the mark of an access unit's last packet
 ///     VIDEO$, AUDIO$       VIDEO and AUDIO in frames on channel 0, on channel 2
 ///     VISUAL 1 0.0 0.5     pictures of MPEG-4 visual, to the ports of track 0
 ///     BYE 0                the end of track 0
