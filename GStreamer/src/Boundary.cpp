@@ -2,7 +2,6 @@
 
 #include <exception>
 
-#include "Player/Exception.hpp"
 #include "Source.hpp"
 
 #define GST_CAT_DEFAULT SourceCategory()
@@ -12,8 +11,6 @@ namespace nsGstVireRtspSrc {
 void LogAtBoundary(gpointer aObject) noexcept {
     try {
         throw;
-    } catch (const Player::Exception& lException) {
-        GST_ERROR_OBJECT(aObject, "Failed: %s", lException.Message());
     } catch (const std::exception& lException) {
         GST_ERROR_OBJECT(aObject, "Failed: %s", lException.what());
     } catch (...) { GST_ERROR_OBJECT(aObject, "Failed"); }

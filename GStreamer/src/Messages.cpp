@@ -6,12 +6,16 @@ namespace nsGstVireRtspSrc {
 
 namespace {
 
-/// Areas of the library's exceptions.
-enum Category { kSystem = 1, kNetwork = 3, kRtsp = 17, kSdp = 18, kRtp = 19 };
+using Player::Area;
+
+bool IsOf(Area aArea, const Player::Exception& aWhy) {
+    return static_cast<unsigned short>(aArea) == aWhy.Category();
+}
 
 /// A status line refused the request: the error is the status read as a hexadecimal number.
 bool IsStatus(const Player::Exception& aWhy) {
-    return kRtsp == aWhy.Category() && 0x300 <= aWhy.Error() && aWhy.Error() <= 0x699;
+    return IsOf(Area::kRTSP, aWhy) && Player::ErrorCode::kFirstStatus <= aWhy.Error() &&
+           aWhy.Error() <= Player::ErrorCode::kLastStatus;
 }
 
 std::string StatusReason(unsigned int aStatus) {
@@ -29,11 +33,13 @@ std::string StatusReason(unsigned int aStatus) {
 
 std::string Reason(const Player::Exception& aWhy) {
     if (IsStatus(aWhy)) { return StatusReason(aWhy.Error()); }
-    switch (aWhy.Category()) {
-        case kNetwork: return "the server could not be reached or does not answer; check the address and the network";
-        case kRtsp: return "the server did not keep to the protocol";
-        case kSdp: return "the server's description of the presentation cannot be used";
-        case kRtp: return "no ports for the media could be opened; check the UDP port range and the local address";
+    switch (static_cast<Area>(aWhy.Category())) {
+        case Area::kNetwork:
+            return "the server could not be reached or does not answer; check the address and the network";
+        case Area::kRTSP: return "the server did not keep to the protocol";
+        case Area::kSDP: return "the server's description of the presentation cannot be used";
+        case Area::kRTP:
+            return "no ports for the media could be opened; check the UDP port range and the local address";
         default: return "the system refused";
     }
 }
@@ -41,7 +47,7 @@ std::string Reason(const Player::Exception& aWhy) {
 /// The code of a resource warning that applications may sort by.
 GstResourceError ResourceCode(const Player::Exception& aWhy) {
     if (IsStatus(aWhy) && 0x404 == aWhy.Error()) { return GST_RESOURCE_ERROR_NOT_FOUND; }
-    return kNetwork == aWhy.Category() ? GST_RESOURCE_ERROR_OPEN_READ : GST_RESOURCE_ERROR_FAILED;
+    return IsOf(Area::kNetwork, aWhy) ? GST_RESOURCE_ERROR_OPEN_READ : GST_RESOURCE_ERROR_FAILED;
 }
 
 }  // namespace

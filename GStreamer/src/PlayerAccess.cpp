@@ -95,10 +95,10 @@ unsigned int PlayerAccess::TakeIn(unsigned int aTrack) {
     try {
         lPlayer->TakeIn();
         return lPlayer->GetTrackReception(aTrack).mPacketsReceived;
-    } catch (const std::exception& lException) {
-        Player::Report(__FILE__, __LINE__, Player::Severity::Error, "Taking in: %s", lException.what());
     } catch (const Player::Exception&) {
         // Reported where it was thrown.
+    } catch (const std::exception& lException) {
+        Player::Report(__FILE__, __LINE__, Player::Severity::Error, "Taking in: %s", lException.what());
     }
     return 0;
 }

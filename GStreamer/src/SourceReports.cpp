@@ -16,7 +16,8 @@ constexpr useconds_t kTryInterval = 5000;
 
 /// The session was never started: there is nothing that a person could do about it.
 bool IsNoSession(const Player::Exception& aException) {
-    return 1 == aException.Category() && 1 == aException.Error();
+    return static_cast<unsigned short>(Player::Area::kSystem) == aException.Category() &&
+           Player::ErrorCode::kNoSession == aException.Error();
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 namespace Player {
 
 void Consumer::Attach(const SharedPtr<Processor, SharedObject>& /*aNext*/) {
-    PLAYER_THROW(SystemErr, 2, "Consumer::Attach(): Should never be called");
+    PLAYER_THROW(SystemErr, ErrorCode::kNothingFollows, "Consumer::Attach(): Should never be called");
 }
 
 }  // namespace Player

@@ -14,18 +14,19 @@ void Exception::Format(const char* aFmt, void* aArgs) {
 }
 
 // The five kinds differ in nothing but their category.
-#define PLAYER_DEFINE_KIND(aKind, aCategory)                                                    \
-    aKind::aKind(unsigned short aError, const char* aFmt, ...) : Exception(aCategory, aError) { \
-        va_list lArgs;                                                                          \
-        va_start(lArgs, aFmt);                                                                  \
-        Format(aFmt, &lArgs);                                                                   \
-        va_end(lArgs);                                                                          \
+#define PLAYER_DEFINE_KIND(aKind, aArea)                          \
+    aKind::aKind(unsigned short aError, const char* aFmt, ...)    \
+        : Exception(static_cast<unsigned short>(aArea), aError) { \
+        va_list lArgs;                                            \
+        va_start(lArgs, aFmt);                                    \
+        Format(aFmt, &lArgs);                                     \
+        va_end(lArgs);                                            \
     }
 
-PLAYER_DEFINE_KIND(SystemErr, 1)
-PLAYER_DEFINE_KIND(NetworkErr, 3)
-PLAYER_DEFINE_KIND(RTSPErr, 17)
-PLAYER_DEFINE_KIND(SDPErr, 18)
-PLAYER_DEFINE_KIND(RTPErr, 19)
+PLAYER_DEFINE_KIND(SystemErr, Area::kSystem)
+PLAYER_DEFINE_KIND(NetworkErr, Area::kNetwork)
+PLAYER_DEFINE_KIND(RTSPErr, Area::kRTSP)
+PLAYER_DEFINE_KIND(SDPErr, Area::kSDP)
+PLAYER_DEFINE_KIND(RTPErr, Area::kRTP)
 
 }  // namespace Player

@@ -21,7 +21,9 @@ void MediaHandler::SetConfigParam(const std::string& aKey, const std::string& aV
 }
 
 MediaSession& MediaHandler::SessionFor(const char* aOperation) const {
-    if (!mSession) { PLAYER_THROW(SystemErr, 1, "MediaHandler::%s(): %s", aOperation, "No valid media session"); }
+    if (!mSession) {
+        PLAYER_THROW(SystemErr, ErrorCode::kNoSession, "MediaHandler::%s(): %s", aOperation, "No valid media session");
+    }
     return *mSession;
 }
 
@@ -60,5 +62,9 @@ void MediaHandler::Stop() {
 void MediaHandler::Close() {
     SessionFor("Close").Close(*this);
 }
+
+void MediaHandler::RequestSent(const std::string& /*aMethod*/, const std::string& /*aURL*/) {}
+
+void MediaHandler::ResponseReceived(UInt /*aStatus*/, const std::string& /*aReason*/, const std::string& /*aServer*/) {}
 
 }  // namespace Player

@@ -75,7 +75,8 @@ Time Time::Now() {
     timeval lNow{};
     if (0 != gettimeofday(&lNow, nullptr)) {
         const int lErrno = errno;
-        PLAYER_THROW(SystemErr, 17, "Time::Now(): %s [%u]", "gettimeofday() failed", static_cast<UInt>(lErrno));
+        PLAYER_THROW_SYSTEM(SystemErr, ErrorCode::kClockFailed, lErrno, "Time::Now(): %s [%u]", "gettimeofday() failed",
+                            static_cast<UInt>(lErrno));
     }
     const std::uint64_t lSeconds = Bits(lNow.tv_sec);
     const std::uint64_t lMicroSeconds = Bits(lNow.tv_usec);

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <string>
+#include <utility>
 
 namespace Player {
 namespace {
@@ -36,6 +38,52 @@ TEST(Exception, EachKindHasItsCategory) {
     ExpectKind<SDPErr>(18);
     ExpectKind<RTPErr>(19);
     EXPECT_EQ(0x00120010U, SDPErr(16, "x").Code());
+}
+
+TEST(Exception, IsAStandardOne) {
+    try {
+        throw SDPErr(ErrorCode::kBadSyntax, "%s", "text");
+    } catch (const std::exception& lException) { EXPECT_STREQ("text", lException.what()); }
+}
+
+TEST(Exception, CarriesTheErrorOfTheSystem) {
+    NetworkErr lException(ErrorCode::kReadFailed, "x");
+    EXPECT_EQ(0, lException.SystemError());
+    lException.SetSystemError(ECONNRESET);
+    const Exception lCopy(lException);
+    EXPECT_EQ(ECONNRESET, lCopy.SystemError());
+}
+
+/// Applications have stored them.
+TEST(Exception, NumbersNeverChange) {
+    const std::pair<int, int> lNumbers[] = {
+        {1, static_cast<int>(Area::kSystem)},
+        {3, static_cast<int>(Area::kNetwork)},
+        {17, static_cast<int>(Area::kRTSP)},
+        {18, static_cast<int>(Area::kSDP)},
+        {19, static_cast<int>(Area::kRTP)},
+        {1, ErrorCode::kNoSession},
+        {2, ErrorCode::kNothingFollows},
+        {17, ErrorCode::kClockFailed},
+        {16, ErrorCode::kLookupFailed},
+        {32, ErrorCode::kCreateFailed},
+        {33, ErrorCode::kOptionFailed},
+        {34, ErrorCode::kBindFailed},
+        {35, ErrorCode::kConnectFailed},
+        {38, ErrorCode::kReadFailed},
+        {39, ErrorCode::kWriteFailed},
+        {0, ErrorCode::kNoAnswer},
+        {2, ErrorCode::kMalformed},
+        {18, ErrorCode::kClipEnded},
+        {19, ErrorCode::kPipelinedSetUpFailed},
+        {1, ErrorCode::kBadSyntax},
+        {2, ErrorCode::kUnusable},
+        {16, ErrorCode::kUnsupportedVersion},
+        {1, ErrorCode::kNoPorts},
+    };
+    for (const auto& lNumber : lNumbers) {
+        EXPECT_EQ(lNumber.first, lNumber.second);
+    }
 }
 
 TEST(Exception, CutsTheMessageAt2047Characters) {

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "Player/Report.hpp"
+#include "Player/Types.hpp"
 
 namespace Virertsp {
 
-/// The requests of a session and their answers, as the library reports them. One thread at a time.
-class Dialogue : public Player::Reporter {
+/// The requests of a session and their responses.
+class Dialogue {
 public:
     using Clock = std::chrono::steady_clock;
 
@@ -24,12 +24,10 @@ public:
         Clock::duration mRoundTrip{0};
     };
 
-    /// `aEcho`: the reports go to standard error as well.
-    explicit Dialogue(bool aEcho) : mEcho(aEcho) {}
-
-    void Report(const char* aFile, Player::UInt aLine, Player::Severity aSeverity, const char* aMessage) override;
-    /// Takes one report at a given time.
-    void Take(const std::string& aMessage, Clock::time_point aNow);
+    void TakeRequest(const std::string& aMethod, const std::string& aURL, Clock::time_point aNow);
+    /// As `Player::MediaHandler::ResponseReceived`.
+    void TakeResponse(Player::UInt aStatus, const std::string& aReason, const std::string& aServer,
+                      Clock::time_point aNow);
     /// After a failure: the answers that are still awaited will not come.
     void GiveUp() { mAwaited = mExchanges.size(); }
 
@@ -39,10 +37,6 @@ public:
     const std::string& Server() const { return mServer; }
 
 private:
-    void TakeRequest(const std::string& aText, Clock::time_point aNow);
-    void TakeResponse(const std::string& aText, Clock::time_point aNow);
-
-    bool mEcho;
     std::string mServer;
     std::vector<Exchange> mExchanges;
     /// The first exchange whose answer may still come.

@@ -2,33 +2,14 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace Virertsp {
 
 namespace {
 
-// The library's areas of failure and the numbers in them that are told apart here.
-constexpr unsigned kCategoryNetwork = 3;
-constexpr unsigned kCategoryRTSP = 17;
-constexpr unsigned kCategorySDP = 18;
-constexpr unsigned kLookup = 16;
-constexpr unsigned kConnect = 35;
-constexpr unsigned kRead = 38;
-constexpr unsigned kWrite = 39;
-/// RTSP statuses from here on are the server's; lower numbers are the library's own judgement.
-constexpr unsigned kFirstStatus = 0x300;
-/// A request that the server closed the connection on has no status at all.
-constexpr unsigned kNoStatus = 0;
-
-/// What stands between the last brackets: an error number of the system, or a word.
-std::string InBrackets(const std::string& aMessage) {
-    const std::size_t lBegin = aMessage.rfind('[');
-    const std::size_t lEnd = aMessage.rfind(']');
-    if (std::string::npos == lBegin || std::string::npos == lEnd || lEnd < lBegin) { return std::string(); }
-    return aMessage.substr(lBegin + 1, lEnd - lBegin - 1);
-}
+using Player::Area;
+namespace ErrorCode = Player::ErrorCode;
 
 /// The message without the name of the function in front.
 std::string WithoutFunction(const std::string& aMessage) {
@@ -45,37 +26,36 @@ std::string ServerOf(const std::string& aURL) {
     return lServer;
 }
 
-Failure ExplainConnect(const std::string& aDetail, const std::string& aServer) {
-    const int lError = static_cast<int>(std::strtoul(aDetail.c_str(), nullptr, 10));
-    if ("Timeout" == aDetail || ETIMEDOUT == lError) {
+Failure ExplainConnect(int aError, const std::string& aServer) {
+    if (ETIMEDOUT == aError) {
         return Failure(kExitTimeOut, "The server " + aServer + " did not take the connection in time.");
     }
-    if (ECONNREFUSED == lError) { return Failure(kExitNetwork, "The server " + aServer + " refuses connections."); }
-    return Failure(kExitNetwork, "Can't connect to the server " + aServer + ": " + std::strerror(lError) + ".");
+    if (ECONNREFUSED == aError) { return Failure(kExitNetwork, "The server " + aServer + " refuses connections."); }
+    return Failure(kExitNetwork, "Can't connect to the server " + aServer + ": " + std::strerror(aError) + ".");
 }
 
 Failure ExplainNetwork(const Player::Exception& aException, const std::string& aServer) {
-    const std::string lDetail = InBrackets(aException.Message());
     switch (aException.Error()) {
-        case kLookup: return Failure(kExitNetwork, "The name of the server " + aServer + " can't be resolved.");
-        case kConnect: return ExplainConnect(lDetail, aServer);
-        case kRead:
-            // "[errno, result]": -3 is the result of a wait in which nothing came.
-            if (std::string::npos != lDetail.find(", -3")) {
+        case ErrorCode::kLookupFailed:
+            return Failure(kExitNetwork, "The name of the server " + aServer + " can't be resolved.");
+        case ErrorCode::kConnectFailed: return ExplainConnect(aException.SystemError(), aServer);
+        case ErrorCode::kReadFailed:
+            if (ETIMEDOUT == aException.SystemError()) {
                 return Failure(kExitTimeOut, "The server " + aServer + " does not answer.");
             }
             return Failure(kExitNetwork, "The connection to the server " + aServer + " broke.");
-        case kWrite: return Failure(kExitNetwork, "The connection to the server " + aServer + " broke.");
+        case ErrorCode::kWriteFailed:
+            return Failure(kExitNetwork, "The connection to the server " + aServer + " broke.");
         default: return Failure(kExitSystem, WithoutFunction(aException.Message()) + ".");
     }
 }
 
 Failure ExplainRTSP(const Player::Exception& aException, const std::string& aServer) {
     const std::string lText = WithoutFunction(aException.Message());
-    if (kNoStatus == aException.Error()) {
+    if (ErrorCode::kNoAnswer == aException.Error()) {
         return Failure(kExitNetwork, "The server " + aServer + " closed the connection without an answer.");
     }
-    if (aException.Error() >= kFirstStatus) {
+    if (aException.Error() >= ErrorCode::kFirstStatus) {
         return Failure(kExitRefused, "The server " + aServer + " refuses: " + lText + ".");
     }
     return Failure(kExitProtocol, "The server " + aServer + " can't be understood: " + lText + ".");
@@ -85,10 +65,10 @@ Failure ExplainRTSP(const Player::Exception& aException, const std::string& aSer
 
 Failure Explain(const Player::Exception& aException, const std::string& aURL) {
     const std::string lServer = ServerOf(aURL);
-    switch (aException.Category()) {
-        case kCategoryNetwork: return ExplainNetwork(aException, lServer);
-        case kCategoryRTSP: return ExplainRTSP(aException, lServer);
-        case kCategorySDP:
+    switch (static_cast<Area>(aException.Category())) {
+        case Area::kNetwork: return ExplainNetwork(aException, lServer);
+        case Area::kRTSP: return ExplainRTSP(aException, lServer);
+        case Area::kSDP:
             return Failure(kExitProtocol,
                            "The server " + lServer + " describes no presentation that can be understood.");
         default: return Failure(kExitSystem, WithoutFunction(aException.Message()) + ".");

@@ -7,7 +7,7 @@ namespace Player {
 /// The end of a chain.
 class Consumer : public Processor {
 public:
-    /// Nothing follows a consumer: always throws `SystemErr` 2.
+    /// Nothing follows a consumer: always throws `SystemErr` `kNothingFollows`.
     void Attach(const SharedPtr<Processor, SharedObject>& aNext) override;
 };
 

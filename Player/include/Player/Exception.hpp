@@ -1,17 +1,20 @@
 #pragma once
 
+#include <exception>
+
+#include "Player/ErrorCode.hpp"
 #include "Player/Types.hpp"
 
 namespace Player {
 
-/// A failure of the library: an area, a number within it, and a sentence that names the function.
-/// Thrown by value as the subclass of its area.
-class Exception {
+/// A failure of the library: an area, a number within it (Player/ErrorCode.hpp), and a sentence that names the
+/// function. Thrown by value as the subclass of its area.
+class Exception : public std::exception {
 public:
     Exception(unsigned short aCategory, unsigned short aError);
     Exception(const Exception&) = default;
     Exception& operator=(const Exception&) = default;
-    virtual ~Exception() = default;
+    ~Exception() override = default;
 
     /// Category in the upper, error in the lower 16 bits.
     UInt Code() const { return static_cast<UInt>(mCategory) << 16 | mError; }
@@ -19,6 +22,12 @@ public:
     unsigned short Error() const { return mError; }
     /// NUL-terminated; at most 2047 characters, longer text is cut.
     const char* Message() const { return mMessage; }
+    const char* what() const noexcept override { return mMessage; }
+
+    /// What the failed call of the system gave: errno, getaddrinfo's result for a failed lookup, ETIMEDOUT for a wait
+    /// that ran out; 0 when no call failed.
+    int SystemError() const { return mSystemError; }
+    void SetSystemError(int aError) { mSystemError = aError; }
 
 protected:
     /// `aArgs` is the address of a `va_list`.
@@ -30,6 +39,7 @@ private:
     unsigned short mCategory;
     unsigned short mError;
     char mMessage[kMessageSize];
+    int mSystemError = 0;
 };
 
 /// The system itself, or a call out of turn.

@@ -10,7 +10,7 @@
 namespace Player {
 
 /// The owner of a session: makes it, configures it, drives it, and is called back by it.
-/// Every operation but `Play` and `SetConfigParam` throws `SystemErr` 1 while there is no session;
+/// Every operation but `Play` and `SetConfigParam` throws `SystemErr` `kNoSession` while there is no session;
 /// what the session throws passes through.
 class MediaHandler : public SharedObject {
 public:
@@ -44,6 +44,13 @@ public:
     virtual void PlayingRange(const Time& aBegin, const Time& aEnd) = 0;
     /// Called by the session: the tracks accepted so far are discarded.
     virtual void Reset() = 0;
+
+    /// Called by the session as it sends a request within one of the operations above. Does nothing by default.
+    virtual void RequestSent(const std::string& aMethod, const std::string& aURL);
+    /// Called by the session for each final response, in the order of the requests. `aStatus` is the number that a
+    /// refusal is thrown with (0x404), 0 when the connection ended instead; `aServer` what the server calls itself,
+    /// if it says so. Does nothing by default.
+    virtual void ResponseReceived(UInt aStatus, const std::string& aReason, const std::string& aServer);
 
     /// Installs a session other than the built-in one.
     void SetSession(const SharedPtr<MediaSession, SharedObject>& aSession) { mSession = aSession; }

@@ -4,6 +4,7 @@
 #include "Player/Assert.hpp"
 #include "Player/Buffer.hpp"
 #include "Player/Consumer.hpp"
+#include "Player/ErrorCode.hpp"
 #include "Player/Exception.hpp"
 #include "Player/MediaHandler.hpp"
 #include "Player/MediaPlayer.hpp"

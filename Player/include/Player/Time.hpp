@@ -24,7 +24,7 @@ public:
     long long Scale(long long aMul, UInt aDiv, bool aRound = false) const;
     long long NanoSeconds(bool aRound = false) const { return Scale(1000000000, 1, aRound); }
 
-    /// Wall-clock time since the epoch. Throws `SystemErr` 17 when the clock can't be read.
+    /// Wall-clock time since the epoch. Throws `SystemErr` `kClockFailed` when the clock can't be read.
     static Time Now();
     /// Decimal seconds such as "12.5", at most 9 fraction digits; leading spaces are skipped, anything
     /// that is no number is 0, and so is every text that begins with '-'.

@@ -164,8 +164,12 @@ void ParseSDP(const BufferRef& aSDP, PropertiesPtr& aSession, PropertiesList& aM
     Reader lReader(aSDP);
     const char lType = lReader.Read<char>();
     const char lEquals = lReader.Read<char>();
-    if ('v' != lType || '=' != lEquals) { PLAYER_THROW(SDPErr, 1, "ParseSDP(): %s", "Bad SDP syntax"); }
-    if ('0' != lReader.Read<char>()) { PLAYER_THROW(SDPErr, 16, "ParseSDP(): %s", "Unsupported SDP version"); }
+    if ('v' != lType || '=' != lEquals) {
+        PLAYER_THROW(SDPErr, ErrorCode::kBadSyntax, "ParseSDP(): %s", "Bad SDP syntax");
+    }
+    if ('0' != lReader.Read<char>()) {
+        PLAYER_THROW(SDPErr, ErrorCode::kUnsupportedVersion, "ParseSDP(): %s", "Unsupported SDP version");
+    }
     SkipLn(lReader);
     ParseCommon(lReader, aSession, aMedia);
 }

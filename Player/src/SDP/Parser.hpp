@@ -11,8 +11,8 @@ namespace Player {
 /// order. Knows the lines o=, s=, c=, m= and the attributes rtpmap, control, range (npt), fmtp and
 /// framesize; all else is skipped. The last line of a kind wins. What follows 16384 media is not read.
 ///
-/// Throws `SDPErr` 1 for bad syntax, 16 for another version than 0; what was parsed until then stays in
-/// `aSession` and `aMedia`.
+/// Throws `SDPErr` `kBadSyntax`, or `kUnsupportedVersion` for another version than 0; what was parsed until then stays
+/// in `aSession` and `aMedia`.
 void ParseSDP(const BufferRef& aSDP, SharedPtr<Properties, SharedObject>& aSession,
               std::list<SharedPtr<Properties, SharedObject>>& aMedia);
 

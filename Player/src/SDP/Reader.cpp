@@ -112,7 +112,9 @@ bool NextType(Reader& aReader, char& aType) {
         aType = aReader.Read<char>();
     } while (IsLineEnd(aType));
     if (!aReader.Have<char>(1)) { return false; }
-    if ('=' != aReader.Read<char>()) { PLAYER_THROW(SDPErr, 1, "NextType(): %s", "Bad SDP syntax"); }
+    if ('=' != aReader.Read<char>()) {
+        PLAYER_THROW(SDPErr, ErrorCode::kBadSyntax, "NextType(): %s", "Bad SDP syntax");
+    }
     return true;
 }
 

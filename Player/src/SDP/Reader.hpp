@@ -74,7 +74,7 @@ bool SkipLnTo(Reader& aReader, char aDelim);
 /// put back, also at the end of the data.
 void SkipLnWhile(Reader& aReader, char aChar);
 /// Moves over line ends and over the "x=" that opens a line. False at the end of the data.
-/// Throws `SDPErr` 1 when the letter is not followed by '='.
+/// Throws `SDPErr` `kBadSyntax` when the letter is not followed by '='.
 bool NextType(Reader& aReader, char& aType);
 
 }  // namespace Player

@@ -38,7 +38,8 @@ void Address::Lookup(const char* aHost, const char* aService) {
     addrinfo* lFound = nullptr;
     const int lResult = getaddrinfo(aHost, aService, &lHints, &lFound);
     if (0 != lResult || nullptr == lFound) {
-        PLAYER_THROW(NetworkErr, 16, "Address::Lookup(): Failed to lookup address [%u]", static_cast<UInt>(lResult));
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kLookupFailed, lResult,
+                            "Address::Lookup(): Failed to lookup address [%u]", static_cast<UInt>(lResult));
     }
     const std::unique_ptr<addrinfo, void (*)(addrinfo*)> lOwner(lFound, freeaddrinfo);
     Store(lFound->ai_addr, lFound->ai_addrlen);
@@ -48,8 +49,9 @@ std::string Address::HostAsString(bool aNumeric) const {
     char lHost[NI_MAXHOST] = {};
     const int lResult = getnameinfo(Begin(), mSize, lHost, sizeof lHost, nullptr, 0, aNumeric ? NI_NUMERICHOST : 0);
     if (0 != lResult) {
-        PLAYER_THROW(NetworkErr, 16, "Address::HostAsString(): Failed to reverse lookup address [%u]",
-                     static_cast<UInt>(lResult));
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kLookupFailed, lResult,
+                            "Address::HostAsString(): Failed to reverse lookup address [%u]",
+                            static_cast<UInt>(lResult));
     }
     return lHost;
 }

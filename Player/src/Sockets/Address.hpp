@@ -20,9 +20,9 @@ public:
     Address& operator=(const Address& aOther);
 
     /// Resolves a host (name or dotted) and a service (name or port number as text), IPv4 only, and takes
-    /// the first result. Throws `NetworkErr` 16; the address stays as it was then.
+    /// the first result. Throws `NetworkErr` `kLookupFailed`; the address stays as it was then.
     void Lookup(const char* aHost, const char* aService);
-    /// The host, as dotted text or looked up by name. Throws `NetworkErr` 16.
+    /// The host, as dotted text or looked up by name. Throws `NetworkErr` `kLookupFailed`.
     std::string HostAsString(bool aNumeric) const;
 
     sockaddr* Begin() { return reinterpret_cast<sockaddr*>(mStorage); }

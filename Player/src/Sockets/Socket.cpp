@@ -22,10 +22,6 @@ namespace {
 
 constexpr SInt kClosedDescriptor = -1;
 
-UInt LastError() {
-    return static_cast<UInt>(errno);
-}
-
 const char* EnableOrDisable(bool aEnable) {
     return aEnable ? "enable" : "disable";
 }
@@ -53,8 +49,9 @@ void Socket::Close() {
 SInt Socket::Connect(const Address& aAddr) {
     const int lResult = Uninterrupted([&] { return ::connect(mSocket, aAddr.Begin(), aAddr.Size()); });
     if (0 != lResult) {
-        const UInt lError = LastError();
-        PLAYER_THROW(NetworkErr, 35, "Socket::Connect(): Failed to connect [%u]", lError);
+        const int lError = errno;
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kConnectFailed, lError, "Socket::Connect(): Failed to connect [%u]",
+                            static_cast<UInt>(lError));
     }
     return lResult;
 }
@@ -65,14 +62,19 @@ SInt Socket::Connect(const Address& aAddr, UInt aTimeoutSec) {
     const bool lInProgress = EINPROGRESS == errno;
     const SInt lReady = lInProgress ? Sockets::Wait(mSocket, Readiness::kWritable, aTimeoutSec) : -1;
     if (lReady < 0) {
-        const UInt lError = LastError();
-        PLAYER_THROW(NetworkErr, 35, "Socket::Connect(): Failed to connect [%u]", lError);
+        const int lError = errno;
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kConnectFailed, lError, "Socket::Connect(): Failed to connect [%u]",
+                            static_cast<UInt>(lError));
     }
-    if (0 == lReady) { PLAYER_THROW(NetworkErr, 35, "Socket::Connect(): Failed to connect [Timeout]"); }
+    if (0 == lReady) {
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kConnectFailed, ETIMEDOUT,
+                            "Socket::Connect(): Failed to connect [Timeout]");
+    }
 
     const int lPending = PendingError(mSocket);
     if (0 != lPending) {
-        PLAYER_THROW(NetworkErr, 35, "Socket::Connect(): Failed to get last error [%u]", static_cast<UInt>(lPending));
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kConnectFailed, lPending,
+                            "Socket::Connect(): Failed to get last error [%u]", static_cast<UInt>(lPending));
     }
     return 0;
 }
@@ -80,8 +82,9 @@ SInt Socket::Connect(const Address& aAddr, UInt aTimeoutSec) {
 SInt Socket::Bind(const Address& aAddr) {
     const int lResult = ::bind(mSocket, aAddr.Begin(), aAddr.Size());
     if (0 != lResult) {
-        const UInt lError = LastError();
-        PLAYER_THROW(NetworkErr, 34, "Socket::Bind(): Failed to bind [%u]", lError);
+        const int lError = errno;
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kBindFailed, lError, "Socket::Bind(): Failed to bind [%u]",
+                            static_cast<UInt>(lError));
     }
     return lResult;
 }
@@ -94,8 +97,9 @@ SInt Socket::Read(void* aData, UInt aSize, UInt aTimeoutSec) {
     PLAYER_ASSERT(0 == (aSize >> 31));
     const SInt lReady = Sockets::Wait(mSocket, Readiness::kReadable, aTimeoutSec);
     if (lReady < 0) {
-        const UInt lError = LastError();
-        PLAYER_THROW(NetworkErr, 38, "Socket::Read(): Failed to read [%u]", lError);
+        const int lError = errno;
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kReadFailed, lError, "Socket::Read(): Failed to read [%u]",
+                            static_cast<UInt>(lError));
     }
     return 0 == lReady ? kTimeOut : Read(aData, aSize);
 }
@@ -107,7 +111,7 @@ SInt Socket::ReadAvailable(void* aData, UInt aSize) {
 SInt Socket::Receive(void* aData, UInt aSize, int aFlags) {
     PLAYER_ASSERT(0 == (aSize >> 31));
     const ssize_t lCount = Uninterrupted([&] { return ::recv(mSocket, aData, aSize, aFlags); });
-    return TransferResult(lCount, 38, "Socket::Read(): Failed to read [%u]");
+    return TransferResult(lCount, ErrorCode::kReadFailed, "Socket::Read(): Failed to read [%u]");
 }
 
 SInt Socket::Write(const void* aData, UInt aSize) {
@@ -117,8 +121,9 @@ SInt Socket::Write(const void* aData, UInt aSize) {
 SInt Socket::Write(const void* aData, UInt aSize, UInt aTimeoutSec) {
     const SInt lReady = Sockets::Wait(mSocket, Readiness::kWritable, aTimeoutSec);
     if (lReady < 0) {
-        const UInt lError = LastError();
-        PLAYER_THROW(NetworkErr, 39, "Socket::Write(): Failed to write [%u]", lError);
+        const int lError = errno;
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kWriteFailed, lError, "Socket::Write(): Failed to write [%u]",
+                            static_cast<UInt>(lError));
     }
     return 0 == lReady ? kTimeOut : Send(aData, aSize, MSG_DONTWAIT);
 }
@@ -126,7 +131,7 @@ SInt Socket::Write(const void* aData, UInt aSize, UInt aTimeoutSec) {
 SInt Socket::Send(const void* aData, UInt aSize, int aFlags) {
     PLAYER_ASSERT(0 == (aSize >> 31));
     const ssize_t lCount = Uninterrupted([&] { return ::send(mSocket, aData, aSize, MSG_NOSIGNAL | aFlags); });
-    return TransferResult(lCount, 39, "Socket::Write(): Failed to write [%u]");
+    return TransferResult(lCount, ErrorCode::kWriteFailed, "Socket::Write(): Failed to write [%u]");
 }
 
 bool Socket::HasClosed() const {
@@ -141,9 +146,10 @@ SInt Socket::KeepAlive(bool aEnable) {
     const int lValue = aEnable ? 1 : 0;
     const int lResult = ::setsockopt(mSocket, SOL_SOCKET, SO_KEEPALIVE, &lValue, sizeof lValue);
     if (0 != lResult) {
-        const UInt lError = LastError();
-        PLAYER_THROW(NetworkErr, 33, "Socket::KeepAlive(): Failed to %s keep-alive [%u]", EnableOrDisable(aEnable),
-                     lError);
+        const int lError = errno;
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kOptionFailed, lError,
+                            "Socket::KeepAlive(): Failed to %s keep-alive [%u]", EnableOrDisable(aEnable),
+                            static_cast<UInt>(lError));
     }
     return lResult;
 }
@@ -152,9 +158,10 @@ SInt Socket::RecvBufferSize(UInt aBytes) {
     const int lValue = static_cast<int>(aBytes);
     const int lResult = ::setsockopt(mSocket, SOL_SOCKET, SO_RCVBUF, &lValue, sizeof lValue);
     if (0 != lResult) {
-        const UInt lError = LastError();
-        PLAYER_THROW(NetworkErr, 33, "Socket::RecvBufferSize(): Failed set receive buffer size to %u [%u]", aBytes,
-                     lError);
+        const int lError = errno;
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kOptionFailed, lError,
+                            "Socket::RecvBufferSize(): Failed set receive buffer size to %u [%u]", aBytes,
+                            static_cast<UInt>(lError));
     }
     return lResult;
 }
@@ -162,10 +169,11 @@ SInt Socket::RecvBufferSize(UInt aBytes) {
 SInt Socket::NonBlockingMode(bool aEnable) {
     const int lResult = ::fcntl(mSocket, F_SETFL, aEnable ? O_NONBLOCK : 0);
     if (0 != lResult) {
-        const UInt lError = LastError();
+        const int lError = errno;
         // Applications know this text, prefix included.
-        PLAYER_THROW(NetworkErr, 33, "Socket::KeepAlive(): Failed %s non-blocking mode [%u]", EnableOrDisable(aEnable),
-                     lError);
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kOptionFailed, lError,
+                            "Socket::KeepAlive(): Failed %s non-blocking mode [%u]", EnableOrDisable(aEnable),
+                            static_cast<UInt>(lError));
     }
     return lResult;
 }

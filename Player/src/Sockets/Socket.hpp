@@ -21,25 +21,27 @@ public:
     Socket& operator=(const Socket&) = delete;
     virtual ~Socket();
 
-    /// Blocking. Throws 35.
+    /// Blocking. Throws `kConnectFailed`.
     SInt Connect(const Address& aAddr);
-    /// For a socket in non-blocking mode; waits so many whole seconds. Throws 35.
+    /// For a socket in non-blocking mode; waits so many whole seconds. Throws `kConnectFailed`.
     SInt Connect(const Address& aAddr, UInt aTimeoutSec);
-    /// Throws 34.
+    /// Throws `kBindFailed`.
     SInt Bind(const Address& aAddr);
-    /// One `recv`: the byte count, `kClosed` or `kNoData`. Throws 38.
+    /// One `recv`: the byte count, `kClosed` or `kNoData`. Throws `kReadFailed`.
     SInt Read(void* aData, UInt aSize);
-    /// Waits so many whole seconds first: `kTimeOut` when nothing came. Throws 38.
+    /// Waits so many whole seconds first: `kTimeOut` when nothing came. Throws `kReadFailed`.
     SInt Read(void* aData, UInt aSize, UInt aTimeoutSec);
-    /// `Read` that never blocks, whatever the mode of the socket. Throws 38.
+    /// `Read` that never blocks, whatever the mode of the socket. Throws `kReadFailed`.
     SInt ReadAvailable(void* aData, UInt aSize);
-    /// One `send`: the byte count, perhaps less than `aSize`, or `kNoData` when the socket takes none now. Throws 39.
+    /// One `send`: the byte count, perhaps less than `aSize`, or `kNoData` when the socket takes none now.
+    /// Throws `kWriteFailed`.
     SInt Write(const void* aData, UInt aSize);
-    /// Waits so many whole seconds for room first, and never longer: `kTimeOut` when there was none. Throws 39.
+    /// Waits so many whole seconds for room first, and never longer: `kTimeOut` when there was none.
+    /// Throws `kWriteFailed`.
     SInt Write(const void* aData, UInt aSize, UInt aTimeoutSec);
     /// Whether the peer has ended the connection and nothing is left to read.
     bool HasClosed() const;
-    /// Throws 33, like the next two.
+    /// Throws `kOptionFailed`, like the next two.
     SInt KeepAlive(bool aEnable);
     SInt RecvBufferSize(UInt aBytes);
     /// Sets the descriptor's status flags to `O_NONBLOCK` alone, or to none.

@@ -15,7 +15,8 @@ UInt Create() {
     const int lSocket = ::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
     if (lSocket < 0) {
         const int lErrno = errno;
-        PLAYER_THROW(NetworkErr, 32, "TCP::Create(): Failed to create [%u]", static_cast<UInt>(lErrno));
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kCreateFailed, lErrno, "TCP::Create(): Failed to create [%u]",
+                            static_cast<UInt>(lErrno));
     }
     return static_cast<UInt>(lSocket);
 }

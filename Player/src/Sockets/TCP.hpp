@@ -6,9 +6,9 @@ namespace Player::Sockets {
 
 class TCP : public Socket {
 public:
-    /// Throws `NetworkErr` 32.
+    /// Throws `NetworkErr` `kCreateFailed`.
     TCP();
-    /// Closes the descriptor and makes a fresh one. Throws `NetworkErr` 32.
+    /// Closes the descriptor and makes a fresh one. Throws `NetworkErr` `kCreateFailed`.
     void Reset();
 };
 

@@ -12,11 +12,11 @@ bool WouldBlock(int aErrno) {
     return EAGAIN == aErrno;
 }
 
-SInt TransferResult(ssize_t aResult, unsigned short aError, const char* aFmt) {
+SInt TransferResult(ssize_t aResult, ErrorCode::Network aError, const char* aFmt) {
     if (0 <= aResult) { return static_cast<SInt>(aResult); }
     const int lErrno = errno;
     if (WouldBlock(lErrno)) { return Socket::kNoData; }
-    PLAYER_THROW(NetworkErr, aError, aFmt, static_cast<UInt>(lErrno));
+    PLAYER_THROW_SYSTEM(NetworkErr, aError, lErrno, aFmt, static_cast<UInt>(lErrno));
 }
 
 }  // namespace Player::Sockets

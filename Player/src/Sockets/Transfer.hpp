@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "Player/ErrorCode.hpp"
 #include "Player/Types.hpp"
 
 namespace Player::Sockets {
@@ -23,6 +24,6 @@ bool WouldBlock(int aErrno);
 
 /// What a send or receive came to: its byte count, or `Socket::kNoData` when the call would have blocked.
 /// Throws `NetworkErr` `aError` for any other failure; `aFmt` holds a "%u" for `errno`.
-SInt TransferResult(ssize_t aResult, unsigned short aError, const char* aFmt);
+SInt TransferResult(ssize_t aResult, ErrorCode::Network aError, const char* aFmt);
 
 }  // namespace Player::Sockets

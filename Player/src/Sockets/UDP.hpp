@@ -7,17 +7,17 @@ namespace Player::Sockets {
 
 class UDP : public Socket {
 public:
-    /// Throws `NetworkErr` 32.
+    /// Throws `NetworkErr` `kCreateFailed`.
     UDP();
-    /// Closes the descriptor and makes a fresh one. Throws `NetworkErr` 32.
+    /// Closes the descriptor and makes a fresh one. Throws `NetworkErr` `kCreateFailed`.
     void Reset();
 
-    /// One `sendto`: the byte count, or `kNoData` when the socket takes none now. Throws `NetworkErr` 39.
+    /// One `sendto`: the byte count, or `kNoData` when the socket takes none now. Throws `NetworkErr` `kWriteFailed`.
     SInt WriteTo(const void* aData, UInt aSize, const Address& aTo);
     /// One `recvfrom`: the byte count (0 for an empty datagram), or `kNoData`; the sender goes to `aFrom`.
-    /// Throws `NetworkErr` 38.
+    /// Throws `NetworkErr` `kReadFailed`.
     SInt ReadFrom(void* aData, UInt aSize, Address& aFrom) const;
-    /// Takes in what waits, up to a full batch, without blocking; the count. Throws `NetworkErr` 38.
+    /// Takes in what waits, up to a full batch, without blocking; the count. Throws `NetworkErr` `kReadFailed`.
     UInt ReadMany(DatagramBatch& aBatch) const;
 };
 

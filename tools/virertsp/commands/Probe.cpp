@@ -28,30 +28,21 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, boo
     return lGoOn;
 }
 
-/// Silences the library again before the dialogue goes.
-struct Listening {
-    Listening() = default;
-    Listening(const Listening&) = delete;
-    Listening& operator=(const Listening&) = delete;
-    ~Listening() { Player::SetReporter(nullptr); }
-};
-
 /// Tells what came to light, even when the session failed on the way.
 void Probe(const SessionOptions& aSession, bool aJson) {
-    Dialogue lDialogue(aSession.Verbose());
-    const Listening lListening;
     ProbePlayer lPlayer;
     std::exception_ptr lFailure;
     bool lMisunderstood = false;
     try {
-        aSession.Open(lPlayer, &lDialogue);
+        aSession.Open(lPlayer);
     } catch (const Failure& lReason) {
         lFailure = std::current_exception();
         lMisunderstood = kExitProtocol == lReason.Code();
     }
-    lDialogue.GiveUp();
+    lPlayer.Dialogue().GiveUp();
     const Presentation lPresentation(aSession.URL(), lPlayer, lMisunderstood);
     Leave(lPlayer);
+    const Dialogue& lDialogue = lPlayer.Dialogue();
     if (!lDialogue.Exchanges().empty()) {
         std::fputs((aJson ? lPresentation.JsonLine(lDialogue) : lPresentation.Text(lDialogue)).c_str(), stdout);
     }

@@ -6,6 +6,7 @@
 
 #include "Failure.hpp"
 #include "FormatName.hpp"
+#include "Player/Report.hpp"
 #include "Printable.hpp"
 #include "commands/Configuration.hpp"
 #include "commands/Interrupt.hpp"
@@ -86,8 +87,8 @@ void SessionOptions::TakeURL(int aCount, char** aArguments) {
     }
 }
 
-void SessionOptions::Open(ProbePlayer& aPlayer, Player::Reporter* aReporter) const {
-    if (nullptr != aReporter || !Verbose()) { Player::SetReporter(aReporter); }
+void SessionOptions::Open(ProbePlayer& aPlayer) const {
+    if (!Verbose()) { Player::SetReporter(nullptr); }
     Configure(aPlayer, FALSE != mTCP, mConfig);
     const ImpatientWait lWait(kExitTimeOut);
     try {

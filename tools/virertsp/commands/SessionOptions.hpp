@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "Failure.hpp"
-#include "Player/Report.hpp"
 #include "commands/ProbePlayer.hpp"
 
 namespace Virertsp {
@@ -38,9 +37,9 @@ public:
     const std::string& URL() const { return mURL; }
     bool Verbose() const { return FALSE != mVerbose; }
 
-    /// Plays the location. The library's messages go to `aReporter`; without one they are silenced unless they
-    /// were asked for. Throws `Failure`, also when no track can be played.
-    void Open(ProbePlayer& aPlayer, Player::Reporter* aReporter = nullptr) const;
+    /// Plays the location. The library's messages are silenced unless they were asked for.
+    /// Throws `Failure`, also when no track can be played.
+    void Open(ProbePlayer& aPlayer) const;
 
 private:
     void TakeURL(int aCount, char** aArguments);

@@ -13,21 +13,17 @@ Clock::time_point At(int aMilliseconds) {
 }
 
 TEST(DialogueTest, AnswersComeInTheOrderOfTheRequests) {
-    Dialogue lDialogue(false);
-    lDialogue.Take("Sending RTSP DESCRIBE for URL: rtsp://host/clip", At(100));
-    lDialogue.Take("RTSP server: Test/1.0", At(104));
-    lDialogue.Take("Got RTSP response: 200 OK", At(105));
-    lDialogue.Take("Sending RTSP SETUP for URL: rtsp://host/clip/1", At(110));
-    lDialogue.Take("Sending RTSP PLAY for URL: rtsp://host/clip", At(111));
-    // The server's own request is none of ours.
-    lDialogue.Take("Got RTSP OPTIONS request for URL: *", At(112));
-    lDialogue.Take("Sending RTSP response: 501 Not Implemented", At(113));
-    lDialogue.Take("Got RTSP response: 461 Unsupported transport", At(120));
-    lDialogue.Take("Got RTSP response: 455 Unknown", At(131));
-    lDialogue.Take("Sending RTSP TEARDOWN for URL: rtsp://host/clip ", At(140));
-    lDialogue.Take("Got RTSP response: 200 ", At(142));
+    Dialogue lDialogue;
+    lDialogue.TakeRequest("DESCRIBE", "rtsp://host/clip", At(100));
+    lDialogue.TakeResponse(0x200, "OK", "Test/1.0", At(105));
+    lDialogue.TakeRequest("SETUP", "rtsp://host/clip/1", At(110));
+    lDialogue.TakeRequest("PLAY", "rtsp://host/clip", At(111));
+    lDialogue.TakeResponse(0x461, "Unsupported transport", "", At(120));
+    lDialogue.TakeResponse(0x455, "Unknown", "", At(131));
+    lDialogue.TakeRequest("TEARDOWN", "rtsp://host/clip", At(140));
+    lDialogue.TakeResponse(0x200, "", "", At(142));
     // One that nobody asked for.
-    lDialogue.Take("Got RTSP response: 200 OK", At(143));
+    lDialogue.TakeResponse(0x200, "OK", "", At(143));
 
     EXPECT_EQ("Test/1.0", lDialogue.Server());
     struct Case {
@@ -56,13 +52,13 @@ TEST(DialogueTest, AnswersComeInTheOrderOfTheRequests) {
 }
 
 TEST(DialogueTest, RequestsWithoutAnAnswer) {
-    Dialogue lDialogue(false);
-    lDialogue.Take("Sending RTSP DESCRIBE for URL: a", At(0));
-    lDialogue.Take("Got RTSP response: 000 Unknown", At(1));
-    lDialogue.Take("Sending RTSP PLAY for URL: b", At(2));
+    Dialogue lDialogue;
+    lDialogue.TakeRequest("DESCRIBE", "a", At(0));
+    lDialogue.TakeResponse(0x000, "Unknown", "", At(1));
+    lDialogue.TakeRequest("PLAY", "b", At(2));
     lDialogue.GiveUp();
-    lDialogue.Take("Sending RTSP TEARDOWN for URL: c", At(3));
-    lDialogue.Take("Got RTSP response: 200 OK", At(4));
+    lDialogue.TakeRequest("TEARDOWN", "c", At(3));
+    lDialogue.TakeResponse(0x200, "OK", "", At(4));
     ASSERT_EQ(3U, lDialogue.Exchanges().size());
     EXPECT_EQ(0U, lDialogue.Exchanges()[0].mStatus);
     EXPECT_EQ(0U, lDialogue.Exchanges()[1].mStatus);

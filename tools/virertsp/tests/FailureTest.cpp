@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 namespace Virertsp {
 namespace {
 
@@ -17,17 +19,24 @@ void ExpectExplained(const Exception& aException, ExitCode aCode, const std::str
     EXPECT_EQ(aSentence, lFailure.what());
 }
 
+template <typename Kind>
+Kind With(int aSystemError, Kind aException) {
+    aException.SetSystemError(aSystemError);
+    return aException;
+}
+
 TEST(FailureTest, EveryKindIsOneSentenceAndACode) {
     ExpectExplained(NetworkErr(16, "Address::Lookup(): Failed to lookup address [%u]", 8U), kExitNetwork,
                     "The name of the server host:8554 can't be resolved.");
-    ExpectExplained(NetworkErr(35, "Socket::Connect(): Failed to get last error [%u]", 111U), kExitNetwork,
-                    "The server host:8554 refuses connections.");
-    ExpectExplained(NetworkErr(35, "Socket::Connect(): Failed to connect [%u]", 113U), kExitNetwork,
+    ExpectExplained(With(ECONNREFUSED, NetworkErr(35, "Socket::Connect(): Failed to get last error [%u]", 111U)),
+                    kExitNetwork, "The server host:8554 refuses connections.");
+    ExpectExplained(With(EHOSTUNREACH, NetworkErr(35, "Socket::Connect(): Failed to connect [%u]", 113U)), kExitNetwork,
                     "Can't connect to the server host:8554: No route to host.");
-    ExpectExplained(NetworkErr(35, "Socket::Connect(): Failed to connect [Timeout]"), kExitTimeOut,
+    ExpectExplained(With(ETIMEDOUT, NetworkErr(35, "Socket::Connect(): Failed to connect [Timeout]")), kExitTimeOut,
                     "The server host:8554 did not take the connection in time.");
-    ExpectExplained(NetworkErr(38, "RTSP::FillBuf(): %s [%u, %d]", "Failed to read from RTSP socket", 0U, -3),
-                    kExitTimeOut, "The server host:8554 does not answer.");
+    ExpectExplained(
+        With(ETIMEDOUT, NetworkErr(38, "RTSP::FillBuf(): %s [%u, %d]", "Failed to read from RTSP socket", 0U, -3)),
+        kExitTimeOut, "The server host:8554 does not answer.");
     ExpectExplained(NetworkErr(38, "Socket::Read(): Failed to read [%u]", 104U), kExitNetwork,
                     "The connection to the server host:8554 broke.");
     ExpectExplained(NetworkErr(39, "Socket::Write(): Failed to write [%u]", 32U), kExitNetwork,

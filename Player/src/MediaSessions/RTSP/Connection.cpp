@@ -109,7 +109,7 @@ bool Connection::FillBuf(UInt aSize) {
 
 UInt Connection::ReadOnce(UInt aSize) {
     if (mInBuf.Size() >= kMaxBuffered) {
-        PLAYER_THROW(RTSPErr, 2, "RTSP::FillBuf(): %s: %s", "Invalid response", "Message too long");
+        PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::FillBuf(): %s: %s", "Invalid response", "Message too long");
     }
     mInBuf.Reserve(mReadPos + Util::Max(Util::Min(aSize, kMaxRead), Left() + 1));
     const UInt lEnd = mInBuf.Size();
@@ -118,8 +118,9 @@ UInt Connection::ReadOnce(UInt aSize) {
         HasWaitedTooLong() ? Socket::kTimeOut : mSocket->Read(mInBuf + lEnd, lFree, mConfig.mTimeOutAfter);
     if (lResult < 0) {
         const int lErrno = errno;
-        PLAYER_THROW(NetworkErr, 38, "RTSP::FillBuf(): %s [%u, %d]", "Failed to read from RTSP socket",
-                     static_cast<UInt>(lErrno), lResult);
+        PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kReadFailed, Socket::kTimeOut == lResult ? ETIMEDOUT : lErrno,
+                            "RTSP::FillBuf(): %s [%u, %d]", "Failed to read from RTSP socket",
+                            static_cast<UInt>(lErrno), lResult);
     }
     mInBuf.Resize(lEnd + static_cast<UInt>(lResult));
     return static_cast<UInt>(lResult);
@@ -278,7 +279,8 @@ void Connection::WriteAll(const Byte* aData, UInt aSize) {
     for (UInt lSent = 0; lSent < aSize;) {
         const SInt lResult = mSocket->Write(aData + lSent, aSize - lSent, mConfig.mTimeOutAfter);
         if (Socket::kTimeOut == lResult) {
-            PLAYER_THROW(NetworkErr, 39, "RTSP::Flush(): %s", "The server takes nothing in");
+            PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kWriteFailed, ETIMEDOUT, "RTSP::Flush(): %s",
+                                "The server takes nothing in");
         }
         if (lResult > 0) { lSent += static_cast<UInt>(lResult); }
     }

@@ -4,7 +4,8 @@
 
 namespace Player::MediaSessions {
 
-void RTSP::Pause(MediaHandler& /*aHandler*/) {
+void RTSP::Pause(MediaHandler& aHandler) {
+    const Messages::Listening lListening(mMessages, aHandler);
     if (IsActive()) { DoPause(); }
 }
 
@@ -27,13 +28,14 @@ bool RTSP::RecvPause(UInt aCSeq) {
     return lSuccess;
 }
 
-void RTSP::Resume(MediaHandler& /*aHandler*/) {
+void RTSP::Resume(MediaHandler& aHandler) {
+    const Messages::Listening lListening(mMessages, aHandler);
     if (Paused == mState) {
         DoResume();
     } else if (Stopped == mState) {
         // The clip has played to its end on the server; what is left of it here can still be played.
         if (0 == mTracksAdded || !mTransport->FillOrHave()) {
-            PLAYER_THROW(RTSPErr, 18, "RTSP::Resume(): %s", "Clip has ended");
+            PLAYER_THROW(RTSPErr, ErrorCode::kClipEnded, "RTSP::Resume(): %s", "Clip has ended");
         }
         EnterState(Playing, "Playing");
     }
@@ -54,16 +56,18 @@ void RTSP::DoResume() {
     Headers lHeaders;
     if (!Receive(lHeaders, mCSeq)) { ThrowRefused("DoPlay", "Resuming PLAY failed"); }
     if (Speaks().NeedsRTPInfo() && 0 == lHeaders.count("RTP-Info")) {
-        PLAYER_THROW(RTSPErr, 2, "RTSP::DoResume(): %s: %s", "Invalid PLAY response", "RTP-Info missing");
+        PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::DoResume(): %s: %s", "Invalid PLAY response",
+                     "RTP-Info missing");
     }
     HandleRTPInfo(lHeaders["RTP-Info"]);
     EnterState(WaitData, "WaitData");
 }
 
 void RTSP::Seek(MediaHandler& aHandler, Time aTo) {
+    const Messages::Listening lListening(mMessages, aHandler);
     // A start that failed between two tracks leaves one that would play, and one that the player waits for in vain.
     if (0 == mTracksAdded || mTracksAdded < mStreams.size()) {
-        PLAYER_THROW(SystemErr, 1, "RTSP::Seek(): %s", "No valid media session");
+        PLAYER_THROW(SystemErr, ErrorCode::kNoSession, "RTSP::Seek(): %s", "No valid media session");
     }
     if (IsActive()) { DoPause(); }
     DoSeek(aHandler, aTo);
@@ -78,11 +82,13 @@ void RTSP::DoSeek(MediaHandler& aHandler, Time aTo) {
 }
 
 void RTSP::Stop(MediaHandler& aHandler) {
+    const Messages::Listening lListening(mMessages, aHandler);
     if (!mSessionId.empty()) { DoTeardown(aHandler, false); }
     DoCommonReset();
 }
 
 void RTSP::Close(MediaHandler& aHandler) {
+    const Messages::Listening lListening(mMessages, aHandler);
     try {
         if (!mSessionId.empty()) { DoTeardown(aHandler, false); }
     } catch (...) {

@@ -52,6 +52,7 @@ void RTSP::SendLines(std::vector<std::string> aLines) {
     mConnection.WriteLn();
     Report(__FILE__, __LINE__, Severity::Info, "Sending RTSP %s for URL: %s", mSent.mMethod.c_str(),
            mSent.mURL.c_str());
+    mMessages.NotifySent(mSent.mMethod, URLOf(aLines[0]));
     mConnection.Flush();
 }
 

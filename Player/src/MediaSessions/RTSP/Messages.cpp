@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "Player/MediaHandler.hpp"
 #include "Player/String.hpp"
 #include "RTP/Transports/OverRTSP.hpp"
 #include "Throw.hpp"
@@ -74,6 +75,10 @@ void Messages::BeginRequest() {
     mConnection.DoConnectionReset();
 }
 
+void Messages::NotifySent(const std::string& aMethod, const std::string& aURL) const {
+    if (nullptr != mListener) { mListener->RequestSent(aMethod, aURL); }
+}
+
 bool Messages::RecvResponse(UInt aCSeq) {
     Headers lHeaders;
     return RecvResponse(lHeaders, aCSeq);
@@ -115,12 +120,16 @@ bool Messages::AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Sever
         lStatus = ParseStatusLine(lLine);
         RecvHeaders(aHeaders);
         if (!RecvBody(aHeaders, aBody)) {
-            PLAYER_THROW(RTSPErr, 2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "Bad Content-Length");
+            PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvResponse(): %s: %s", "Invalid response",
+                         "Bad Content-Length");
         }
         CheckCSeq(aHeaders, aCSeq);
     } while (1 == lStatus.Class());
     mConnection.Normalize();
 
+    if (nullptr != mListener) {
+        mListener->ResponseReceived(lStatus.mCode, lStatus.TextOrUnknown(), HeaderValue(aHeaders, "Server"));
+    }
     if (2 == lStatus.Class()) {
         Report(__FILE__, __LINE__, Severity::Info, kGotResponse, lStatus.mCode, lStatus.TextOrUnknown());
         return true;
@@ -155,7 +164,8 @@ void Messages::RecvHeaders(Headers& aHeaders) {
     while (mConnection.ReadLn(lLine) && !lLine.empty()) {
         if (kMostHeaders == aHeaders.size()) {
             mConnection.SetOutOfStep();
-            PLAYER_THROW(RTSPErr, 2, "RTSP::RecvHeaders(): %s: %s", "Invalid message", "Too many headers");
+            PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvHeaders(): %s: %s", "Invalid message",
+                         "Too many headers");
         }
         const std::size_t lColon = lLine.find(':');
         std::string& lValue = aHeaders[lLine.substr(0, lColon)];
@@ -186,10 +196,12 @@ bool Messages::RecvBody(const Headers& aHeaders, Buffer& aBody) {
 
 void Messages::CheckCSeq(const Headers& aHeaders, UInt aCSeq) const {
     if (0 == aHeaders.count("CSeq")) {
-        PLAYER_THROW(RTSPErr, 2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "CSeq missing");
+        PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvResponse(): %s: %s", "Invalid response",
+                     "CSeq missing");
     }
     if (Decimal(HeaderValue(aHeaders, "CSeq")) != aCSeq) {
-        PLAYER_THROW(RTSPErr, 2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "CSeq mismatch");
+        PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvResponse(): %s: %s", "Invalid response",
+                     "CSeq mismatch");
     }
 }
 
@@ -203,7 +215,8 @@ void Messages::HandleRequest(const std::string& aRequestLine) {
     RecvHeaders(lHeaders);
     Buffer lBody;
     if (!RecvBody(lHeaders, lBody)) {
-        PLAYER_THROW(RTSPErr, 2, "RTSP::HandleRequest(): %s: %s", "Invalid request", "Bad Content-Length");
+        PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::HandleRequest(): %s: %s", "Invalid request",
+                     "Bad Content-Length");
     }
 
     mConnection.WriteLn(StringWithFormat("RTSP/1.0 %u %s", kStatusNotImplemented, kNotImplemented));

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "MediaSessions/RTSP/Connection.hpp"
@@ -9,6 +10,10 @@
 #include "Player/Buffer.hpp"
 #include "Player/Report.hpp"
 #include "RTP/Transports/InterleavedConnection.hpp"
+
+namespace Player {
+class MediaHandler;
+}
 
 namespace Player::RTP::Transports {
 class OverRTSP;
@@ -31,12 +36,27 @@ public:
     void SetFrameReceiver(RTP::Transports::OverRTSP* aReceiver) { mFrameReceiver = aReceiver; }
     bool HasFrameReceiver() const { return nullptr != mFrameReceiver; }
 
+    /// Reports requests and responses to the handler for as long as this lives.
+    class Listening {
+    public:
+        Listening(Messages& aMessages, MediaHandler& aHandler)
+            : mMessages(aMessages), mBefore(std::exchange(aMessages.mListener, &aHandler)) {}
+        Listening(const Listening&) = delete;
+        Listening& operator=(const Listening&) = delete;
+        ~Listening() { mMessages.mListener = mBefore; }
+
+    private:
+        Messages& mMessages;
+        MediaHandler* mBefore;
+    };
+    void NotifySent(const std::string& aMethod, const std::string& aURL) const;
+
     /// Before a request of ours is written: leaves a connection that the server has closed, or on which
     /// messages can't be told apart any more; sending opens another.
     void BeginRequest();
     /// Receives the response to the request numbered `aCSeq`; frames and requests in front of it are dealt
     /// with, 1xx responses dropped. True for a 2xx response; otherwise `StatusCode` and `StatusText` tell.
-    /// Throws `RTSPErr` 2 for a response that is malformed or not the one awaited. Whatever is thrown, the
+    /// Throws `RTSPErr` `kMalformed` for a response that is malformed or not the one awaited. Whatever is thrown, the
     /// connection is out of step then: the answer may still come.
     bool RecvResponse(UInt aCSeq);
     bool RecvResponse(Headers& aHeaders, UInt aCSeq);
@@ -77,6 +97,7 @@ private:
     RTP::Transports::OverRTSP* mFrameReceiver = nullptr;
     /// What lost the connection while a report was written, which the transport keeps to itself.
     std::exception_ptr mWhyLost;
+    MediaHandler* mListener = nullptr;
     UInt mStatusCode = 0;
     std::string mStatusText;
     std::vector<std::string> mChallenges;

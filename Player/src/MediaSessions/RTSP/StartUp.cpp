@@ -20,6 +20,7 @@ constexpr UInt kMostRedirections = 5;
 }  // namespace
 
 void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
+    const Messages::Listening lListening(mMessages, aHandler);
     const std::string lAuthority = Player::URL::Authority(aURL);
     const std::string lURL = Player::URL::WithoutUserInfo(aURL);
     if (URL().empty() || mAuthority != lAuthority) {
@@ -186,7 +187,8 @@ bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx) {
     if (!Receive(lHeaders, aCSeq)) { return false; }
     if (mSessionId.empty()) {
         if (0 == lHeaders.count("Session")) {
-            PLAYER_THROW(RTSPErr, 2, "RTSP::RecvSetup(): %s: %s", "Invalid SETUP response", "Session missing");
+            PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvSetup(): %s: %s", "Invalid SETUP response",
+                         "Session missing");
         }
         const std::string& lSession = lHeaders["Session"];
         mSessionId = lSession.substr(0, lSession.find(';'));
@@ -201,7 +203,8 @@ bool RTSP::RecvPlay(UInt aCSeq, bool aSwitching) {
     if (!Receive(lHeaders, lBody, aCSeq)) { return false; }
     if (aSwitching) { HandleSDP(lBody, URL() + "/"); }
     if (Speaks().NeedsRTPInfo() && 0 == lHeaders.count("RTP-Info")) {
-        PLAYER_THROW(RTSPErr, 2, "RTSP::RecvPlay(): %s: %s", "Invalid PLAY response", "RTP-Info missing");
+        PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvPlay(): %s: %s", "Invalid PLAY response",
+                     "RTP-Info missing");
     }
     if (!Speaks().NeedsRTPInfo()) { ForgetBases(); }
     HandleRTPInfo(lHeaders["RTP-Info"]);
@@ -246,7 +249,7 @@ void RTSP::GiveUpPipelined() {
         SendTeardown();
         RecvTeardown(mCSeq, false);
     }
-    throw RTSPErr(19, "RTSP::DoPlay(): %s", kWords);
+    throw RTSPErr(ErrorCode::kPipelinedSetUpFailed, "RTSP::DoPlay(): %s", kWords);
 }
 
 void RTSP::StartPlaying(MediaHandler& aHandler) {

@@ -13,7 +13,9 @@ void RTSP::HandleSDP(const Buffer& aBody, const std::string& aBase) {
     Description lDescription;
     std::swap(lDescription, mDescription);
     if (!aBody.Empty()) { lDescription = Description::Parse(aBody); }
-    if (!lDescription.IsComplete()) { PLAYER_THROW(SDPErr, 2, "RTSP::HandleSDP(): %s", "Invalid or incomplete SDP"); }
+    if (!lDescription.IsComplete()) {
+        PLAYER_THROW(SDPErr, ErrorCode::kUnusable, "RTSP::HandleSDP(): %s", "Invalid or incomplete SDP");
+    }
     lDescription.SetBase(aBase, Speaks());
     mControlURL = Speaks().ControlURL(aBase, lDescription.mSessionProperties->Get("Id"));
     std::swap(lDescription, mDescription);

@@ -62,7 +62,7 @@ UDPTrack::UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP) {
     for (UInt lOffset = 0; lOffset < lRange; lOffset += 2) {
         if (TryPort((lStart + lOffset) % lRange + aPortsBeg, aLocalIP)) { return; }
     }
-    PLAYER_THROW(RTPErr, 1, "OverUDP::Track(): %s", "Failed to create UDP port pair");
+    PLAYER_THROW(RTPErr, ErrorCode::kNoPorts, "OverUDP::Track(): %s", "Failed to create UDP port pair");
 }
 
 bool UDPTrack::TryPort(UInt aPort, const String& aLocalIP) {

@@ -9,7 +9,7 @@ namespace Player::RTP::Transports {
 /// A track over its own pair of UDP sockets: RTP on an even port, RTCP on the one above.
 struct UDPTrack : Track {
     /// Binds the first free pair within [aPortsBeg, aPortsEnd), both even, beginning at a random one.
-    /// An empty local IP stands for every address. Throws `RTPErr` 1 when no pair is free.
+    /// An empty local IP stands for every address. Throws `RTPErr` `kNoPorts` when no pair is free.
     UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP);
 
     Sockets::UDP mRTPSocket;
@@ -32,7 +32,7 @@ public:
     /// Local ports to choose from: even bounds, the second one excluded. The local IP may be empty.
     OverUDP(unsigned int aPortsBegin, unsigned int aPortsEnd, const String& aLocalIP);
 
-    /// Throws `RTPErr` 1 when no port pair is free.
+    /// Throws `RTPErr` `kNoPorts` when no port pair is free.
     TrackIdx AddTrack() override;
     String GetTrackLocalPorts(TrackIdx aIdx) const override;
     void SetTrackRemoteIP(TrackIdx aIdx, const String& aIP) override;
