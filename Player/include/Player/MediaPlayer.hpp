@@ -12,7 +12,9 @@ namespace Player {
 ///     Player::MediaPlayer lPlayer;
 ///     lPlayer.Play("rtsp://host/clip", Player::Time(0));
 ///     while (!lPlayer.IsEnded()) {
-///         auto lSample = lPlayer.GetTrackPacket(0);    // null: nothing there yet
+///         for (Player::TrackIdx lTrack = 0; lTrack < lPlayer.GetTrackCount(); ++lTrack) {
+///             auto lSample = lPlayer.GetTrackPacket(lTrack);    // null: nothing there yet
+///         }
 ///     }
 ///     lPlayer.Close();
 ///
