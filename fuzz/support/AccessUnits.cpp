@@ -1,5 +1,6 @@
 #include "support/AccessUnits.hpp"
 
+#include <algorithm>
 #include <array>
 
 namespace Fuzz {
@@ -66,9 +67,10 @@ void AUHeaderWriter::Header(Input& aChoice, std::uint32_t aSize, std::uint32_t a
 }
 
 Bytes AUHeaderWriter::Payload(const Bytes& aData) const {
-    Bytes lPayload = {static_cast<std::uint8_t>(mBits >> 8), static_cast<std::uint8_t>(mBits)};
-    lPayload.insert(lPayload.end(), mBytes.begin(), mBytes.end());
-    lPayload.insert(lPayload.end(), aData.begin(), aData.end());
+    Bytes lPayload(2 + mBytes.size() + aData.size());
+    lPayload[0] = static_cast<std::uint8_t>(mBits >> 8);
+    lPayload[1] = static_cast<std::uint8_t>(mBits);
+    std::copy(aData.begin(), aData.end(), std::copy(mBytes.begin(), mBytes.end(), lPayload.begin() + 2));
     return lPayload;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "support/Input.hpp"
 
 namespace Fuzz {
@@ -30,9 +32,12 @@ private:
 };
 
 inline Bytes Frame(unsigned aChannel, const Bytes& aPayload) {
-    Bytes lFrame = {'$', static_cast<std::uint8_t>(aChannel), static_cast<std::uint8_t>(aPayload.size() >> 8),
-                    static_cast<std::uint8_t>(aPayload.size())};
-    lFrame.insert(lFrame.end(), aPayload.begin(), aPayload.end());
+    const std::uint8_t lHeader[] = {'$', static_cast<std::uint8_t>(aChannel),
+                                    static_cast<std::uint8_t>(aPayload.size() >> 8),
+                                    static_cast<std::uint8_t>(aPayload.size())};
+    // Sized at once: gcc 12 takes the growth of a short vector for an access out of bounds.
+    Bytes lFrame(sizeof(lHeader) + aPayload.size());
+    std::copy(aPayload.begin(), aPayload.end(), std::copy(std::begin(lHeader), std::end(lHeader), lFrame.begin()));
     return lFrame;
 }
 

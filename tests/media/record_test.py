@@ -77,7 +77,7 @@ class RecordTest(unittest.TestCase):
                   "audiotestsrc num-buffers=100 ! avenc_aac ! rtpmp4apay name=pay1 pt=97 )")
         for transport in ([], ["--tcp"]):
             with self.subTest(transport), media.server("--launch", launch) as url:
-                result = media.record(url, self.output, *transport)
+                result = media.record(url, self.output, "--force", *transport)
                 self.assertEqual(0, result.returncode, result.stderr)
                 self.assertEqual(50, media.count_frames(self.output / "track0.h264"))
 

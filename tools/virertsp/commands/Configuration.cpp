@@ -1,7 +1,5 @@
 #include "commands/Configuration.hpp"
 
-#include <map>
-
 #include "Failure.hpp"
 #include "Player/String.hpp"
 
@@ -14,7 +12,6 @@ struct Setting {
     const char* mMeaning;
 };
 
-constexpr char kInterleaved[] = "RTSP:UseInterleavedRTP";
 constexpr char kTimeOut[] = "RTSP:TimeOutAfter";
 constexpr char kPortsFrom[] = "RTSP:UseUDPPortsFrom";
 constexpr char kPortsTo[] = "RTSP:UseUDPPortsTo";
@@ -29,7 +26,12 @@ constexpr Setting kSettings[] = {
     {"RTSP:TargetRTPBuffer", "seconds of media to buffer before playing (3)"},
     {kPortsFrom, "first local UDP port (49152)"},
     {kPortsTo, "end of the local UDP ports (65536)"},
-    {kInterleaved, "1: media over the RTSP connection (0)"},
+    {"RTSP:UseInterleavedRTP", "1: media over the RTSP connection (0)"},
+    {"RTSP:Profile", "modern or classic (modern)"},
+    {"RTSP:Transports", "udp, tcp or udp,tcp"},
+    {"RTSP:UDPBuffer", "bytes of each UDP socket's buffer"},
+    {"RTSP:UserName", "user, for servers that ask"},
+    {"RTSP:Password", "password, for servers that ask"},
     {"RTSP:UseProxy", "RTSP proxy, HOST or HOST:PORT"},
     {"RTSP:SendProxyAuth", "value of Proxy-Authorization"},
     {"RTSP:SendNetworkType", "value of X-Network-Type"},
@@ -39,8 +41,6 @@ constexpr Setting kSettings[] = {
     {"RTSP:UseUserAgentVersionStr", "version in User-Agent"},
     {"RTSP:UseDeviceStr", "device in User-Agent"},
 };
-
-using Values = std::map<std::string, std::string>;
 
 void Take(const std::string& aPair, Values& aValues) {
     const std::size_t lEquals = aPair.find('=');
@@ -83,14 +83,12 @@ std::string ConfigurationHelp() {
     return lHelp;
 }
 
-void Configure(Player::MediaHandler& aPlayer, bool aInterleaved, const char* const* aPairs) {
-    Values lValues;
-    if (aInterleaved) { lValues[kInterleaved] = "1"; }
+void Configure(Player::MediaHandler& aPlayer, Values aValues, const char* const* aPairs) {
     for (; nullptr != aPairs && nullptr != *aPairs; ++aPairs) {
-        Take(*aPairs, lValues);
+        Take(*aPairs, aValues);
     }
-    Check(lValues);
-    for (const auto& lValue : lValues) {
+    Check(aValues);
+    for (const auto& lValue : aValues) {
         aPlayer.SetConfigParam(lValue.first, lValue.second);
     }
 }

@@ -1,6 +1,7 @@
 #include "commands/Record.hpp"
 
 #include "Failure.hpp"
+#include "Player/String.hpp"
 #include "commands/Interrupt.hpp"
 #include "recording/Progress.hpp"
 #include "recording/Recording.hpp"
@@ -17,15 +18,33 @@ constexpr char kSummary[] =
     "  AMR                       .amr   storage format\n"
     "Tracks that can't be written are told and dropped while the others go on.";
 
+/// Numbers with commas between them.
+std::set<Player::TrackIdx> Chosen(const std::string& aText) {
+    std::set<Player::TrackIdx> lChosen;
+    std::vector<std::string> lNumbers;
+    if (!aText.empty()) { Player::Split(aText, ',', lNumbers); }
+    for (const std::string& lNumber : lNumbers) {
+        if (lNumber.empty() || lNumber.size() > 4 || std::string::npos != lNumber.find_first_not_of("0123456789")) {
+            throw Failure(kExitUsage, "--tracks takes numbers such as 0,2.");
+        }
+        lChosen.insert(Player::DecimalToUInt(lNumber));
+    }
+    return lChosen;
+}
+
 /// False when only help was wanted.
 bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Recorder::Settings& aSettings) {
     OptionText lDirectory;
     gdouble lSeconds = 0;
     gboolean lTimes = FALSE;
+    gboolean lForce = FALSE;
+    OptionText lTracks;
     const GOptionEntry lEntries[] = {
         {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText,
          "Where the files go; made if it is not there; /dev/null drops everything", "DIR"},
         {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much play time", "N"},
+        {"tracks", 0, 0, G_OPTION_ARG_STRING, &lTracks.mText, "Write these tracks alone, such as 0,2", "LIST"},
+        {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace files that are there", nullptr},
         {"times", 0, 0, G_OPTION_ARG_NONE, &lTimes, "Write each sample's play time in ns into trackN.times", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
@@ -33,7 +52,9 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     aSettings.mDirectory = lDirectory.Value();
     aSettings.mSeconds = Seconds(lSeconds);
     aSettings.mTimes = FALSE != lTimes;
-    if (lGoOn && aSettings.mDirectory.empty()) { throw Failure(kExitUsage, "Say where to with --output DIR."); }
+    aSettings.mForce = FALSE != lForce;
+    aSettings.mChosen = Chosen(lTracks.Value());
+    if (lGoOn && aSettings.mDirectory.empty()) { throw Failure(kExitUsage, "Missing --output DIR."); }
     return lGoOn;
 }
 

@@ -1,7 +1,9 @@
 #include "commands/SessionOptions.hpp"
 
 #include <strings.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <memory>
 
 #include "Failure.hpp"
@@ -23,6 +25,17 @@ struct FreeContext {
 /// RTSP's 461.
 constexpr unsigned kUnsupportedTransport = 0x461;
 
+constexpr char kPasswordVariable[] = "VIRERTSP_PASSWORD";
+
+/// Never from the command line, which every user of the machine can read.
+std::string Password() {
+    const char* const lGiven = std::getenv(kPasswordVariable);
+    if (nullptr != lGiven) { return lGiven; }
+    const char* const lTyped = 0 != isatty(STDIN_FILENO) ? getpass("Password: ") : nullptr;
+    if (nullptr == lTyped) { throw Failure(kExitUsage, std::string("--user needs ") + kPasswordVariable + "."); }
+    return lTyped;
+}
+
 Failure NothingPlayable(const ProbePlayer& aPlayer) {
     std::string lFormats;
     for (const ProbePlayer::PropertiesPtr& lTrack : aPlayer.DescribedTracks()) {
@@ -43,7 +56,12 @@ SessionOptions::~SessionOptions() {
 bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries) {
     gboolean lHelp = FALSE;
     const GOptionEntry lCommon[] = {
-        {"tcp", 't', 0, G_OPTION_ARG_NONE, &mTCP, "Ask for media over the RTSP connection instead of UDP", nullptr},
+        {"transport", 0, 0, G_OPTION_ARG_STRING, &mTransport.mText,
+         "Ways for media: udp, tcp (the RTSP connection), or udp,tcp", "LIST"},
+        {"tcp", 't', 0, G_OPTION_ARG_NONE, &mTCP, "The same as --transport tcp", nullptr},
+        {"user", 'u', 0, G_OPTION_ARG_STRING, &mUser.mText, "User; the password is VIRERTSP_PASSWORD's, or asked for",
+         "NAME"},
+        {"classic", 0, 0, G_OPTION_ARG_NONE, &mClassic, "Speak the classic profile instead of the modern", nullptr},
         {"config", 'c', 0, G_OPTION_ARG_STRING_ARRAY, &mConfig, "Set a value of the session, may be repeated",
          "KEY=VALUE"},
         {"verbose", 'v', 0, G_OPTION_ARG_NONE, &mVerbose, "Show the messages of the library", nullptr},
@@ -71,6 +89,10 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
         return false;
     }
     TakeURL(aCount, aArguments);
+    const std::string lTransport = mTransport.Value();
+    if (!lTransport.empty() && "udp" != lTransport && "tcp" != lTransport && "udp,tcp" != lTransport) {
+        throw Failure(kExitUsage, "--transport takes udp, tcp or udp,tcp.");
+    }
     return true;
 }
 
@@ -80,21 +102,34 @@ void SessionOptions::TakeURL(int aCount, char** aArguments) {
     if (0 != strncasecmp(mURL.c_str(), kScheme, sizeof(kScheme) - 1)) {
         throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + ".");
     }
-    const std::string lAuthority =
-        mURL.substr(sizeof(kScheme) - 1, mURL.find('/', sizeof(kScheme) - 1) - (sizeof(kScheme) - 1));
-    if (std::string::npos != lAuthority.find('@')) {
-        throw Failure(kExitUsage, "A location with a user and a password can't be played.");
-    }
 }
 
 void SessionOptions::Open(ProbePlayer& aPlayer) const {
     if (!Verbose()) { Player::SetReporter(nullptr); }
-    Configure(aPlayer, FALSE != mTCP, mConfig);
+    Configure(aPlayer, Settings(), mConfig);
     const ImpatientWait lWait(kExitTimeOut);
     try {
         aPlayer.Play(mURL, Player::Time(0));
     } catch (const Player::Exception& lException) { throw WithAdvice(Explain(lException, mURL), lException); }
     if (0 == aPlayer.GetTrackCount()) { throw NothingPlayable(aPlayer); }
+}
+
+Values SessionOptions::Settings() const {
+    Values lValues = {{"RTSP:Profile", FALSE != mClassic ? "classic" : "modern"}};
+    const std::string lTransport = FALSE != mTCP ? "tcp" : mTransport.Value();
+    if (!lTransport.empty()) { lValues["RTSP:Transports"] = lTransport; }
+    if ("tcp" == lTransport) { lValues["RTSP:UseInterleavedRTP"] = "1"; }
+    if (!mUser.Value().empty()) {
+        lValues["RTSP:UserName"] = mUser.Value();
+        lValues["RTSP:Password"] = Password();
+    }
+    return lValues;
+}
+
+std::string SessionOptions::URL() const {
+    const std::size_t lUser = mURL.find("//") + 2;
+    const std::size_t lAt = mURL.substr(0, mURL.find('/', lUser)).rfind('@');
+    return std::string::npos == lAt ? mURL : mURL.substr(0, lUser) + mURL.substr(lAt + 1);
 }
 
 Failure SessionOptions::WithAdvice(const Failure& aFailure, const Player::Exception& aException) const {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Failure.hpp"
+#include "commands/Configuration.hpp"
 #include "commands/ProbePlayer.hpp"
 
 namespace Virertsp {
@@ -34,7 +35,8 @@ public:
     /// Throws `Failure`. False when help was asked for and printed.
     bool Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries);
 
-    const std::string& URL() const { return mURL; }
+    /// Without a user and a password, to show it.
+    std::string URL() const;
     bool Verbose() const { return FALSE != mVerbose; }
 
     /// Plays the location. The library's messages are silenced unless they were asked for.
@@ -45,7 +47,12 @@ private:
     void TakeURL(int aCount, char** aArguments);
     Failure WithAdvice(const Failure& aFailure, const Player::Exception& aException) const;
 
+    Values Settings() const;
+
     gboolean mTCP = FALSE;
+    gboolean mClassic = FALSE;
+    OptionText mTransport;
+    OptionText mUser;
     gboolean mVerbose = FALSE;
     gchar** mConfig = nullptr;
     std::string mURL;

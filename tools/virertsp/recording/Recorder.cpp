@@ -36,24 +36,30 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
       mLastTaken(Clock::now()) {
     const bool lDrop = IsDevice(aSettings.mDirectory);
     if (!lDrop) { MakeDirectory(aSettings.mDirectory); }
+    for (const Player::TrackIdx lChosen : mSettings.mChosen) {
+        if (lChosen < mPlayer.GetTrackCount()) { continue; }
+        throw Failure(kExitNothingPlayable,
+                      Player::StringWithFormat("There is no track %u that can be played.", lChosen));
+    }
     unsigned lLeftOut = 0;
     for (Player::TrackIdx lTrack = 0; lTrack < mPlayer.GetTrackCount(); ++lTrack) {
-        if (lDrop) {
+        if (lDrop || !IsChosen(lTrack)) {
             mTracks.push_back({TrackRecord(MakeNullWriter(), nullptr)});
         } else if (!AddTrack(lTrack)) {
             ++lLeftOut;
         }
     }
-    if (mTracks.size() == lLeftOut) {
+    if (lLeftOut == (mSettings.mChosen.empty() ? mTracks.size() : mSettings.mChosen.size())) {
         throw Failure(kExitNothingPlayable, "No track of the presentation can be written.");
     }
 }
 
 bool Recorder::AddTrack(Player::TrackIdx aIndex) {
     const std::string lBase = mSettings.mDirectory + Player::StringWithFormat("/track%u", aIndex);
+    const auto lExisting = mSettings.mForce ? OutputFile::Existing::kReplace : OutputFile::Existing::kKeep;
     try {
-        auto lWriter = MakeWriter(*mPlayer.GetTrackInfo(aIndex), lBase);
-        auto lTimes = mSettings.mTimes ? std::make_unique<OutputFile>(lBase + ".times") : nullptr;
+        auto lWriter = MakeWriter(*mPlayer.GetTrackInfo(aIndex), lBase, lExisting);
+        auto lTimes = mSettings.mTimes ? std::make_unique<OutputFile>(lBase + ".times", lExisting) : nullptr;
         mTracks.push_back({TrackRecord(std::move(lWriter), std::move(lTimes))});
         return true;
     } catch (const Failure& lFailure) {
@@ -63,6 +69,10 @@ bool Recorder::AddTrack(Player::TrackIdx aIndex) {
     // It plays all the same, and its samples would pile up in the player.
     mTracks.push_back({TrackRecord(MakeNullWriter(), nullptr)});
     return false;
+}
+
+bool Recorder::IsChosen(Player::TrackIdx aIndex) const {
+    return mSettings.mChosen.empty() || 0 != mSettings.mChosen.count(aIndex);
 }
 
 void Recorder::Run(Observer& aObserver) {
@@ -103,7 +113,7 @@ bool Recorder::IsEnough(Clock::time_point aNow) {
     if (!lReached && aNow - lLatest < mSettings.mLongestSilence) { return false; }
     std::vector<Player::TrackIdx> lMissing;
     for (Player::TrackIdx lTrack = 0; lTrack < TrackCount(); ++lTrack) {
-        if (HasReachedLimit(lTrack) || mPlayer.IsTrackEnded(lTrack)) { continue; }
+        if (HasReachedLimit(lTrack) || mPlayer.IsTrackEnded(lTrack) || !IsChosen(lTrack)) { continue; }
         if (aNow - mIntake.SilentSince(lTrack) < mSettings.mPatience) { return false; }
         lMissing.push_back(lTrack);
     }

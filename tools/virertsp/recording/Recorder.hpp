@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,10 @@ public:
         double mSeconds = 0;
         /// One line per sample with its play time in ns, in a file beside each track's.
         bool mTimes = false;
+        /// Files that are there are replaced instead of refused.
+        bool mForce = false;
+        /// The tracks to write, by number; all when empty.
+        std::set<Player::TrackIdx> mChosen = {};
         /// With a limit: how long a track may be silent once another has reached it ...
         std::chrono::milliseconds mPatience{2000};
         /// ... and how long all may be silent together.
@@ -49,6 +54,7 @@ private:
 
     /// False for a track that can't be written and is dropped.
     bool AddTrack(Player::TrackIdx aIndex);
+    bool IsChosen(Player::TrackIdx aIndex) const;
     void RunUntilOver(Observer& aObserver);
     void Take(Player::TrackIdx aTrack, const Intake::Sample& aSample);
     bool HasReachedLimit(Player::TrackIdx aTrack) const;

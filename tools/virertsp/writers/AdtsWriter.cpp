@@ -52,8 +52,8 @@ void AdtsWriter::Check(const Player::Properties& aTrack) {
     ConfigFor(aTrack);
 }
 
-AdtsWriter::AdtsWriter(const Player::Properties& aTrack, const std::string& aPath)
-    : mConfig(ConfigFor(aTrack)), mFile(aPath) {}
+AdtsWriter::AdtsWriter(const Player::Properties& aTrack, const std::string& aPath, OutputFile::Existing aExisting)
+    : mConfig(ConfigFor(aTrack)), mFile(aPath, aExisting) {}
 
 void AdtsWriter::Write(const Player::Packet& aSample) {
     // No AAC frame is that large or empty; what a server sends may be.

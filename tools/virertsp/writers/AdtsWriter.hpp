@@ -17,7 +17,7 @@ public:
     /// Throws `Failure` for audio whose configuration the headers have no place for.
     static void Check(const Player::Properties& aTrack);
 
-    AdtsWriter(const Player::Properties& aTrack, const std::string& aPath);
+    AdtsWriter(const Player::Properties& aTrack, const std::string& aPath, OutputFile::Existing aExisting);
 
     void Write(const Player::Packet& aSample) override;
     void Finish() override { mFile.Close(); }

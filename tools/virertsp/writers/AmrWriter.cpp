@@ -45,7 +45,8 @@ void AmrWriter::Check(const Player::Properties& aTrack) {
     }
 }
 
-AmrWriter::AmrWriter(const Player::Properties& /*aTrack*/, const std::string& aPath) : mFile(aPath) {
+AmrWriter::AmrWriter(const Player::Properties& /*aTrack*/, const std::string& aPath, OutputFile::Existing aExisting)
+    : mFile(aPath, aExisting) {
     mFile.Write(kMagic, sizeof(kMagic) - 1);
 }
 

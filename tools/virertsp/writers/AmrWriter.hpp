@@ -14,7 +14,7 @@ public:
     /// Throws `Failure` for a track that says it is sent in another way than octet-aligned, one channel, plain.
     static void Check(const Player::Properties& aTrack);
 
-    AmrWriter(const Player::Properties& aTrack, const std::string& aPath);
+    AmrWriter(const Player::Properties& aTrack, const std::string& aPath, OutputFile::Existing aExisting);
 
     void Write(const Player::Packet& aSample) override;
     void Finish() override { mFile.Close(); }

@@ -20,7 +20,8 @@ std::size_t ReadLength(const Player::Byte* aData) {
 
 }  // namespace
 
-AnnexBWriter::AnnexBWriter(const Player::Properties& aTrack, const std::string& aPath) : mFile(aPath) {
+AnnexBWriter::AnnexBWriter(const Player::Properties& aTrack, const std::string& aPath, OutputFile::Existing aExisting)
+    : mFile(aPath, aExisting) {
     for (const std::string& lSet : FormatParameters(aTrack).ParameterSets()) {
         if (!lSet.empty()) { WriteNAL(lSet.data(), lSet.size()); }
     }

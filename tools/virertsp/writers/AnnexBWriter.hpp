@@ -11,7 +11,7 @@ namespace Virertsp {
 /// parameter sets of the description first.
 class AnnexBWriter : public Writer {
 public:
-    AnnexBWriter(const Player::Properties& aTrack, const std::string& aPath);
+    AnnexBWriter(const Player::Properties& aTrack, const std::string& aPath, OutputFile::Existing aExisting);
 
     void Write(const Player::Packet& aSample) override;
     void Finish() override { mFile.Close(); }

@@ -4,7 +4,8 @@
 
 namespace Virertsp {
 
-M4vWriter::M4vWriter(const Player::Properties& aTrack, const std::string& aPath) : mFile(aPath) {
+M4vWriter::M4vWriter(const Player::Properties& aTrack, const std::string& aPath, OutputFile::Existing aExisting)
+    : mFile(aPath, aExisting) {
     const std::string lConfig = FormatParameters(aTrack).Config();
     mFile.Write(lConfig.data(), lConfig.size());
 }

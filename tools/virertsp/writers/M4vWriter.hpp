@@ -11,7 +11,7 @@ namespace Virertsp {
 /// samples as they come.
 class M4vWriter : public Writer {
 public:
-    M4vWriter(const Player::Properties& aTrack, const std::string& aPath);
+    M4vWriter(const Player::Properties& aTrack, const std::string& aPath, OutputFile::Existing aExisting);
 
     void Write(const Player::Packet& aSample) override { mFile.Write(aSample.Begin(), aSample.Size()); }
     void Finish() override { mFile.Close(); }

@@ -11,8 +11,11 @@ namespace Virertsp {
 
 static_assert(sizeof(off_t) >= 8, "A recording may grow beyond 2 GiB");
 
-OutputFile::OutputFile(const std::string& aPath) : mPath(aPath), mFile(std::fopen(aPath.c_str(), "wbe")) {
-    if (!mFile) { Fail(); }
+OutputFile::OutputFile(const std::string& aPath, Existing aExisting)
+    : mPath(aPath), mFile(std::fopen(aPath.c_str(), Existing::kReplace == aExisting ? "wbe" : "wbxe")) {
+    if (mFile) { return; }
+    if (EEXIST == errno) { throw Failure(kExitOutput, aPath + " is there already; --force replaces it."); }
+    Fail();
 }
 
 void OutputFile::Write(const void* aData, std::size_t aSize) {

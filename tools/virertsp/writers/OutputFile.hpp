@@ -9,8 +9,11 @@ namespace Virertsp {
 /// A file that is written from its beginning. Every failure throws `Failure` with the file's name.
 class OutputFile {
 public:
-    /// Replaces what is there.
-    explicit OutputFile(const std::string& aPath);
+    /// What to do with a file that is there.
+    enum class Existing { kKeep, kReplace };
+
+    /// Throws as well when the file is there and to be kept.
+    explicit OutputFile(const std::string& aPath, Existing aExisting = Existing::kKeep);
 
     void Write(const void* aData, std::size_t aSize);
     /// Writes out what is still held back; nothing may be written afterwards.

@@ -14,8 +14,9 @@ namespace Virertsp {
 namespace {
 
 template <typename T>
-std::unique_ptr<Writer> Make(const Player::Properties& aTrack, const std::string& aPath) {
-    return std::make_unique<T>(aTrack, aPath);
+std::unique_ptr<Writer> Make(const Player::Properties& aTrack, const std::string& aPath,
+                             OutputFile::Existing aExisting) {
+    return std::make_unique<T>(aTrack, aPath, aExisting);
 }
 
 void CheckNothing(const Player::Properties& /*aTrack*/) {}
@@ -23,7 +24,8 @@ void CheckNothing(const Player::Properties& /*aTrack*/) {}
 struct Format {
     const char* mName;
     const char* mExtension;
-    std::unique_ptr<Writer> (*mMake)(const Player::Properties& aTrack, const std::string& aPath);
+    std::unique_ptr<Writer> (*mMake)(const Player::Properties& aTrack, const std::string& aPath,
+                                     OutputFile::Existing aExisting);
     /// Throws `Failure` for a track of the format that can't be written.
     void (*mCheck)(const Player::Properties& aTrack);
 };
@@ -56,11 +58,12 @@ public:
 
 }  // namespace
 
-std::unique_ptr<Writer> MakeWriter(const Player::Properties& aTrack, const std::string& aBase) {
+std::unique_ptr<Writer> MakeWriter(const Player::Properties& aTrack, const std::string& aBase,
+                                   OutputFile::Existing aExisting) {
     const Format& lFormat = FormatOf(aTrack);
     // A file that can't become anything is not begun.
     lFormat.mCheck(aTrack);
-    return lFormat.mMake(aTrack, aBase + lFormat.mExtension);
+    return lFormat.mMake(aTrack, aBase + lFormat.mExtension, aExisting);
 }
 
 std::string FileExtension(const Player::Properties& aTrack) {

@@ -5,6 +5,7 @@
 
 #include "Player/Packet.hpp"
 #include "Player/Properties.hpp"
+#include "writers/OutputFile.hpp"
 
 namespace Virertsp {
 
@@ -26,7 +27,8 @@ public:
 
 /// The writer for a track's format. `aBase` is the file's path without its extension. Throws `Failure`: with
 /// `kExitNothingPlayable` for a track that can't be written, while others may go on.
-std::unique_ptr<Writer> MakeWriter(const Player::Properties& aTrack, const std::string& aBase);
+std::unique_ptr<Writer> MakeWriter(const Player::Properties& aTrack, const std::string& aBase,
+                                   OutputFile::Existing aExisting = OutputFile::Existing::kKeep);
 
 /// What the name of a track's file ends in: ".h264". Throws as `MakeWriter` does, and writes nothing.
 std::string FileExtension(const Player::Properties& aTrack);
