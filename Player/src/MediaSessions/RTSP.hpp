@@ -76,14 +76,21 @@ private:
     bool BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream& aStream);
     void DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching);
     void CreateTransport();
+    /// Whether media comes within the RTSP connection.
+    bool Interleaves() const;
+    /// The receive buffer of a track that was added.
+    void SetReceiveBuffer(TrackIdx aIdx);
     /// Without a transport nothing plays.
     void ReleaseTransport();
-    void SetUpTracks();
+    /// False when the server wants none of it over UDP, and TCP is left.
+    bool SetUpTracks();
     /// Makes the transport's track and its reception.
     void AddTrack(TrackIdx aIdx);
+    /// Where else to set up a track after that refusal; empty for nowhere.
+    std::string OtherURL(TrackIdx aIdx, UInt aStatus) const;
     /// After a refusal; false when there is no other URL to try, or that is refused, too.
     bool SetUpElsewhere(TrackIdx aIdx);
-    bool RecvSetup(UInt aCSeq, TrackIdx aIdx);
+    bool RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused = Severity::Error);
     bool RecvPlay(UInt aCSeq, bool aSwitching);
     /// Sends all set-ups and the PLAY before it waits for any answer.
     void DoPipelinedPlay(MediaHandler& aHandler, Time aFrom);
@@ -92,6 +99,15 @@ private:
     /// Ends what the server plays of a presentation that is not set up whole, and throws.
     [[noreturn]] void GiveUpPipelined();
     void StartPlaying(MediaHandler& aHandler);
+
+    // From UDP to TCP (FallOver.cpp).
+    bool CanFallOver() const { return !Interleaves() && mConfiguration.mTransports.mTCP; }
+    /// Whether a refusal to set up a track is about UDP.
+    bool IsAboutTransport(UInt aStatus) const;
+    /// Starts the same tracks anew over TCP, where they were started last.
+    void FallOver(MediaHandler& aHandler, Time aFrom, const char* aReason);
+    /// The same when media that was to come by now has not, or will not.
+    void FallOverWhenSilent();
 
     // Switching to another presentation of the same server (Switch.cpp).
     void FinishSwitch(MediaHandler& aHandler, Time aFrom);
@@ -141,8 +157,9 @@ private:
     void SendLines(std::vector<std::string> aLines);
     /// The response to that request, and if it is the last one: the response to it when it was sent again with
     /// the answer that the server, or the proxy, had asked for.
-    bool Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq);
-    bool Receive(Headers& aHeaders, UInt aCSeq);
+    /// A refusal in the end is reported at severity `aRefused`.
+    bool Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused = Severity::Error);
+    bool Receive(Headers& aHeaders, UInt aCSeq, Severity aRefused = Severity::Error);
     /// Whether the last response is a question that is answered by sending the request again.
     bool CanAnswer(UInt aTries);
     /// The server's own name and password, else those that are configured.
@@ -195,12 +212,23 @@ private:
     ScopedPtr<RTP::Transport> mTransport;
     /// Tracks that the transport has: fewer than streams after a set-up that failed on the way.
     UInt mTracksAdded = 0;
+    /// UDP has failed at this server.
+    bool mUDPFailed = false;
+    /// Media has come over this transport.
+    bool mHasMedia = false;
+    /// The receive buffer that the system gives was reported.
+    bool mBufferReported = false;
     /// The handler has accepted tracks that it was not told to discard.
     bool mHandlerHasTracks = false;
 
     PlayState mState = Stopped;
     /// When `mState` last changed.
     Time mStateTime;
+    /// The same by a clock that nobody sets.
+    Connection::Clock::time_point mStateSince;
+    /// Where playing began last, and for whom.
+    Time mFrom;
+    MediaHandler* mPlaysFor = nullptr;
 };
 
 }  // namespace Player::MediaSessions

@@ -32,4 +32,12 @@ int Transport::GetChannelIndexByChannelIdentifier(int /*aChannel*/) const {
     return 0;
 }
 
+UInt Transport::SetTrackReceiveBuffer(TrackIdx /*aIdx*/, UInt /*aBytes*/) {
+    return 0;
+}
+
+bool Transport::IsRefused() {
+    return false;
+}
+
 }  // namespace Player::RTP

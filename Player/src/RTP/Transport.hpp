@@ -59,6 +59,11 @@ public:
     virtual bool FillOrHave() = 0;
     virtual bool Fetch() = 0;
     virtual bool Produce() = 0;
+
+    /// Asks for a receive buffer of so many bytes; what the track gets, 0 where it has none of its own.
+    virtual UInt SetTrackReceiveBuffer(TrackIdx aIdx, UInt aBytes);
+    /// Whether the sender's system has said that nobody receives there.
+    virtual bool IsRefused();
 };
 
 }  // namespace Player::RTP

@@ -166,6 +166,14 @@ SInt Socket::RecvBufferSize(UInt aBytes) {
     return lResult;
 }
 
+UInt Socket::RecvBufferSize() const {
+    int lValue = 0;
+    socklen_t lSize = sizeof lValue;
+    if (0 != ::getsockopt(mSocket, SOL_SOCKET, SO_RCVBUF, &lValue, &lSize)) { return 0; }
+    // The system doubles what it was asked for, to have room for its own data.
+    return static_cast<UInt>(lValue) / 2;
+}
+
 SInt Socket::NonBlockingMode(bool aEnable) {
     const int lResult = ::fcntl(mSocket, F_SETFL, aEnable ? O_NONBLOCK : 0);
     if (0 != lResult) {

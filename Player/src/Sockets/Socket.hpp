@@ -44,6 +44,8 @@ public:
     /// Throws `kOptionFailed`, like the next two.
     SInt KeepAlive(bool aEnable);
     SInt RecvBufferSize(UInt aBytes);
+    /// What the system gives, 0 when it does not tell.
+    UInt RecvBufferSize() const;
     /// Sets the descriptor's status flags to `O_NONBLOCK` alone, or to none.
     SInt NonBlockingMode(bool aEnable);
 

@@ -1,9 +1,11 @@
 #include "Sockets/UDP.hpp"
 
+#include <linux/errqueue.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "Player/Assert.hpp"
 #include "Sockets/Transfer.hpp"
@@ -57,6 +59,31 @@ UInt UDP::ReadMany(DatagramBatch& aBatch) const {
                             static_cast<UInt>(lErrno));
     }
     return aBatch.Count();
+}
+
+bool UDP::TakeRefusal() {
+    if (!mKeepsRefusals) {
+        const int lOn = 1;
+        mKeepsRefusals = 0 == ::setsockopt(Descriptor(), IPPROTO_IP, IP_RECVERR, &lOn, sizeof lOn);
+        return false;
+    }
+    bool lIsRefused = false;
+    // Each error that waits would make a read fail.
+    constexpr UInt kMostErrors = 16;
+    for (UInt i = 0; i < kMostErrors; ++i) {
+        alignas(cmsghdr) Byte lControl[512];
+        msghdr lMessage{};
+        lMessage.msg_control = lControl;
+        lMessage.msg_controllen = sizeof lControl;
+        if (::recvmsg(Descriptor(), &lMessage, MSG_ERRQUEUE | MSG_DONTWAIT) < 0) { break; }
+        for (cmsghdr* lPart = CMSG_FIRSTHDR(&lMessage); nullptr != lPart; lPart = CMSG_NXTHDR(&lMessage, lPart)) {
+            if (IPPROTO_IP != lPart->cmsg_level || IP_RECVERR != lPart->cmsg_type) { continue; }
+            sock_extended_err lError{};
+            std::memcpy(&lError, CMSG_DATA(lPart), sizeof lError);
+            lIsRefused = lIsRefused || ECONNREFUSED == static_cast<int>(lError.ee_errno);
+        }
+    }
+    return lIsRefused;
 }
 
 }  // namespace Player::Sockets

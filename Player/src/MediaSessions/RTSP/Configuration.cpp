@@ -58,6 +58,7 @@ Configuration::Configuration(const Properties& aConfig) {
     ReadText(aConfig, "RTSP:Password", mPassword);
     mTransports = ReadTransports(aConfig, mUseInterleavedRTP, *mDialect);
     ReadNumber(aConfig, "RTSP:UDPBuffer", mUDPBuffer);
+    ReadNumber(aConfig, "RTSP:UDPPatience", mUDPPatience);
 }
 
 }  // namespace Player::MediaSessions

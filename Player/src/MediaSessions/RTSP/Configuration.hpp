@@ -45,6 +45,8 @@ struct Configuration {
     Transports mTransports = {true, false};
     /// Bytes of the receive buffer of each track over UDP; 0 leaves it to the dialect.
     UInt mUDPBuffer = 0;
+    /// Milliseconds for the first media over UDP where TCP may take its place.
+    UInt mUDPPatience = 3000;
 
     Configuration() = default;
     /// A time-out of 0 and a port range that is out of bounds or empty are mistakes of the embedding

@@ -76,6 +76,7 @@ void RTSP::Seek(MediaHandler& aHandler, Time aTo) {
 void RTSP::DoSeek(MediaHandler& aHandler, Time aTo) {
     Preflight();
     mTransport->Fill();
+    mFrom = aTo;
     SendPlayFrom(aTo);
     if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Seeking PLAY failed"); }
     StartPlaying(aHandler);
@@ -141,6 +142,7 @@ void RTSP::DoFullReset() {
     DoSessionReset();
     DoCommonReset();
     DoConnectionReset();
+    mUDPFailed = false;
 }
 
 }  // namespace Player::MediaSessions

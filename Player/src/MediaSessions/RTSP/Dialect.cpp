@@ -6,6 +6,7 @@
 #include "MediaSessions/RTSP/URL.hpp"
 #include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/Report.hpp"
+#include "SDP/Normalized.hpp"
 
 namespace Player::MediaSessions {
 
@@ -53,6 +54,11 @@ std::pair<std::string, std::string> Classic::Address(const std::string& aAuthori
 
 std::pair<std::string, std::string> Modern::Address(const std::string& aAuthority) const {
     return URL::HostAndPort(aAuthority, kDefaultPort);
+}
+
+void Modern::Prepare(Buffer& aSDP) const {
+    const std::string lText = NormalizedSDP(std::string(aSDP.Begin(), aSDP.End()));
+    aSDP.Assign(reinterpret_cast<const Byte*>(lText.data()), static_cast<UInt>(lText.size()));
 }
 
 std::string Classic::Base(const std::string& aRequest, const Headers& aHeaders) const {

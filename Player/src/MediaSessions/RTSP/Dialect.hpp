@@ -7,6 +7,7 @@
 #include "MediaSessions/RTSP/Headers.hpp"
 #include "MediaSessions/RTSP/RTPInfo.hpp"
 #include "MediaSessions/RTSP/Transports.hpp"
+#include "Player/Buffer.hpp"
 #include "Player/Types.hpp"
 
 namespace Player::MediaSessions {
@@ -32,6 +33,9 @@ public:
 
     /// Host and port to connect to.
     virtual std::pair<std::string, std::string> Address(const std::string& aAuthority) const = 0;
+
+    /// Brings a description into the form in which the parser reads it.
+    virtual void Prepare(Buffer& aSDP) const = 0;
 
     // A description's URLs.
     /// The base of what was asked for at `aRequest`.
@@ -64,6 +68,7 @@ public:
     Transports DefaultTransports() const override { return {true, false}; }
     UInt UDPBuffer(const std::string& aMediaType) const override;
     std::pair<std::string, std::string> Address(const std::string& aAuthority) const override;
+    void Prepare(Buffer& /*aSDP*/) const override {}
     /// As it stands.
     std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;
     /// Base and identifier are joined as they stand: a Content-Base ends in "/".
@@ -92,6 +97,7 @@ public:
     Transports DefaultTransports() const override { return {true, true}; }
     UInt UDPBuffer(const std::string& aMediaType) const override;
     std::pair<std::string, std::string> Address(const std::string& aAuthority) const override;
+    void Prepare(Buffer& aSDP) const override;
     std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;
     std::string TrackURL(const std::string& aBase, const std::string& aId) const override;
     /// Many servers join base and identifier by a slash, whatever the base looks like.

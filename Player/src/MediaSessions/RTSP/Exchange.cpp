@@ -56,19 +56,19 @@ void RTSP::SendLines(std::vector<std::string> aLines) {
     mConnection.Flush();
 }
 
-bool RTSP::Receive(Headers& aHeaders, UInt aCSeq) {
+bool RTSP::Receive(Headers& aHeaders, UInt aCSeq, Severity aRefused) {
     Buffer lBody;
-    return Receive(aHeaders, lBody, aCSeq);
+    return Receive(aHeaders, lBody, aCSeq, aRefused);
 }
 
-bool RTSP::Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq) {
+bool RTSP::Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused) {
     // Responses to other requests stand between a pipelined one and its repetition.
     const bool lIsLast = mCSeq == aCSeq;
     const bool lMayBeAsked = lIsLast && mServerAuthentication.HasCredentials();
-    const Severity lRefused = lMayBeAsked ? Severity::Info : Severity::Error;
+    const Severity lRefused = lMayBeAsked ? Severity::Info : aRefused;
     for (UInt lTries = 0; !mMessages.RecvResponse(aHeaders, aBody, aCSeq, lRefused); ++lTries) {
         if (!lIsLast || !CanAnswer(lTries)) {
-            if (lMayBeAsked) { mMessages.ReportRefusal(Severity::Error); }
+            if (aRefused != lRefused) { mMessages.ReportRefusal(aRefused); }
             return false;
         }
         if (ClosesConnection(aHeaders)) { DoConnectionReset(); }

@@ -8,6 +8,8 @@ void RTSP::EnterState(PlayState aState, const char* aName) {
     Report(__FILE__, __LINE__, Severity::Info, "RTSP: State -> %s", aName);
     mState = aState;
     mStateTime = Time::Now();
+    mStateSince = Connection::Clock::now();
+    if (Buffering == aState || Playing == aState) { mHasMedia = true; }
     if (0 != mTracksAdded) { mTransport->Notify("State", aName); }
 }
 
@@ -33,7 +35,11 @@ bool RTSP::Fill(UInt aTrack) {
     if (aTrack >= mTracksAdded) { return false; }
     const bool lHasTaken = mTransport->FillTrack(aTrack);
     if (Playing == mState) { return lHasTaken; }
-    if (!IsActive() || (!lHasTaken && !HoldsTheRest(aTrack))) { return false; }
+    if (!IsActive()) { return false; }
+    if (!lHasTaken && !HoldsTheRest(aTrack)) {
+        FallOverWhenSilent();
+        return false;
+    }
     if (WaitData == mState) { EnterState(Buffering, "Buffering"); }
     if (!mServer.mServerIsStrand && !HasBuffered(aTrack)) { return false; }
     EnterState(Playing, "Playing");
@@ -54,7 +60,10 @@ void RTSP::TakeIn() {
 bool RTSP::Produce(UInt aTrack) {
     if (!IsActive() || aTrack >= mTracksAdded) { return false; }
     if (WaitData == mState) {
-        if (!mTransport->Fill() && !HoldsTheRest(0)) { return false; }
+        if (!mTransport->Fill() && !HoldsTheRest(0)) {
+            FallOverWhenSilent();
+            return false;
+        }
         EnterState(Buffering, "Buffering");
     }
     if (Buffering == mState) {

@@ -48,6 +48,9 @@ void RTSP::AddTrack(TrackIdx aIdx) {
     lStack.SetTimeRes(DecimalToUInt(lStream.mProperties->Get("TimeRes")));
     lStack.SetTimeoutTime(mConfiguration.mTimeOutRTPAfter);
     mTransport->AttachTrack(aIdx, lStream.mProcessor);
+    SetReceiveBuffer(aIdx);
+    // From now on the system keeps what it learns of the server's ports.
+    if (CanFallOver()) { mTransport->IsRefused(); }
 }
 
 void RTSP::SendSetup(TrackIdx aIdx) {

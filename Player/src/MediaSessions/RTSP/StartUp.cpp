@@ -17,6 +17,9 @@ constexpr std::size_t kMostTracks = 128;
 /// From one place to the next.
 constexpr UInt kMostRedirections = 5;
 
+/// "404 Not Found"
+constexpr UInt kUnknownURL = 0x404;
+
 }  // namespace
 
 void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
@@ -38,6 +41,7 @@ void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
     mConnection.SetURL(lURL);
     mAuthority = lAuthority;
     SetCredentials(aURL);
+    mPlaysFor = &aHandler;
 
     if (mDescription.mTrackProperties.empty()) { DoDescribe(aHandler); }
     const bool lCanSwitch = !mSessionId.empty() && 0 != mTracksAdded;
@@ -132,10 +136,11 @@ bool RTSP::BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream
 
 void RTSP::DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching) {
     if (mStreams.empty()) { return; }
+    mFrom = aFrom;
     if (!aSwitching) {
         CreateTransport();
         if (mServer.mPipelined) { return DoPipelinedPlay(aHandler, aFrom); }
-        SetUpTracks();
+        if (!SetUpTracks()) { return FallOver(aHandler, aFrom, "the server refuses UDP"); }
     }
     if (!mServer.mPipelined) { mTransport->Preflight(); }
     SendPlay(aFrom, aSwitching);
@@ -146,7 +151,7 @@ void RTSP::DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching) {
 
 void RTSP::CreateTransport() {
     ReleaseTransport();
-    if (mConfiguration.mUseInterleavedRTP) {
+    if (Interleaves()) {
         auto* const lTransport = new RTP::Transports::OverRTSP(this);
         mTransport.Set(lTransport);
         mMessages.SetFrameReceiver(lTransport);
@@ -156,35 +161,52 @@ void RTSP::CreateTransport() {
     }
 }
 
+bool RTSP::Interleaves() const {
+    const Transports& lWays = mConfiguration.mTransports;
+    return !lWays.mUDP || (lWays.mTCP && mUDPFailed);
+}
+
 void RTSP::ReleaseTransport() {
     EnterState(Stopped, "Stopped");
     mMessages.SetFrameReceiver(nullptr);
     mTransport.Set(nullptr);
     mTracksAdded = 0;
+    mHasMedia = false;
 }
 
-void RTSP::SetUpTracks() {
+bool RTSP::SetUpTracks() {
     for (TrackIdx lIdx = 0; lIdx < mStreams.size(); ++lIdx) {
         AddTrack(lIdx);
         SendSetup(lIdx);
-        if (mServer.mPipelined || RecvSetup(mCSeq, lIdx) || SetUpElsewhere(lIdx)) { continue; }
+        // A refusal that another try may mend is none yet.
+        const Severity lRefused =
+            CanFallOver() || !OtherURL(lIdx, kUnknownURL).empty() ? Severity::Info : Severity::Error;
+        if (mServer.mPipelined || RecvSetup(mCSeq, lIdx, lRefused) || SetUpElsewhere(lIdx)) { continue; }
+        if (CanFallOver() && IsAboutTransport(mMessages.StatusCode())) { return false; }
+        if (Severity::Error != lRefused) { mMessages.ReportRefusal(Severity::Error); }
         ThrowRefused("DoPlay", "SETUP failed");
     }
+    return true;
+}
+
+std::string RTSP::OtherURL(TrackIdx aIdx, UInt aStatus) const {
+    const Properties& lTrack = *mStreams[aIdx].mProperties;
+    const std::string lOther =
+        Speaks().OtherTrackURL(aStatus, mDescription.mSessionProperties->Get("URL"), lTrack.Get("Id"));
+    return lTrack.Is("URL", lOther) ? std::string() : lOther;
 }
 
 bool RTSP::SetUpElsewhere(TrackIdx aIdx) {
-    Properties& lTrack = *mStreams[aIdx].mProperties;
-    const std::string lOther =
-        Speaks().OtherTrackURL(mMessages.StatusCode(), mDescription.mSessionProperties->Get("URL"), lTrack.Get("Id"));
+    const std::string lOther = OtherURL(aIdx, mMessages.StatusCode());
     if (lOther.empty()) { return false; }
-    lTrack.Insert("URL", lOther);
+    mStreams[aIdx].mProperties->Insert("URL", lOther);
     SendSetup(aIdx);
-    return RecvSetup(mCSeq, aIdx);
+    return RecvSetup(mCSeq, aIdx, Severity::Info);
 }
 
-bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx) {
+bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused) {
     Headers lHeaders;
-    if (!Receive(lHeaders, aCSeq)) { return false; }
+    if (!Receive(lHeaders, aCSeq, aRefused)) { return false; }
     if (mSessionId.empty()) {
         if (0 == lHeaders.count("Session")) {
             PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvSetup(): %s: %s", "Invalid SETUP response",

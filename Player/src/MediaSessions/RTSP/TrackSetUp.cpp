@@ -12,7 +12,11 @@ void RTSP::HandleSDP(const Buffer& aBody, const std::string& aBase) {
     // An answer without a description keeps the one at hand; what can't be read to its end leaves none.
     Description lDescription;
     std::swap(lDescription, mDescription);
-    if (!aBody.Empty()) { lDescription = Description::Parse(aBody); }
+    if (!aBody.Empty()) {
+        Buffer lBody(aBody);
+        Speaks().Prepare(lBody);
+        lDescription = Description::Parse(lBody);
+    }
     if (!lDescription.IsComplete()) {
         PLAYER_THROW(SDPErr, ErrorCode::kUnusable, "RTSP::HandleSDP(): %s", "Invalid or incomplete SDP");
     }

@@ -117,6 +117,19 @@ void OverUDP::PreflightTrack(UDPTrack& aTrack, Time aNow) {
     if (1 < lPorts.size()) { PunchHole(aTrack.mRTCPSocket, aTrack.mRemoteIP, lPorts[1]); }
 }
 
+UInt OverUDP::SetTrackReceiveBuffer(TrackIdx aIdx, UInt aBytes) {
+    At(aIdx).mRTPSocket.RecvBufferSize(aBytes);
+    return At(aIdx).mRTPSocket.RecvBufferSize();
+}
+
+bool OverUDP::IsRefused() {
+    bool lIsRefused = false;
+    for (const auto& lTrack : Held()) {
+        lIsRefused = lTrack->mRTPSocket.TakeRefusal() || lIsRefused;
+    }
+    return lIsRefused;
+}
+
 bool OverUDP::TakeIn(UDPTrack& aTrack) {
     const bool lHasAccepted = DrainRTP(aTrack);
     DrainRTCP(aTrack);

@@ -38,6 +38,9 @@ public:
     void SetTrackRemoteIP(TrackIdx aIdx, const String& aIP) override;
     void SetTrackRemotePorts(TrackIdx aIdx, const String& aPorts) override;
     void Preflight() override;
+    UInt SetTrackReceiveBuffer(TrackIdx aIdx, UInt aBytes) override;
+    /// From the first call on the system is asked to keep what it learns.
+    bool IsRefused() override;
 
 protected:
     bool TakeIn(UDPTrack& aTrack) override;
