@@ -8,6 +8,7 @@
 #include "MediaSessions/RTSP/Configuration.hpp"
 #include "MediaSessions/RTSP/Connection.hpp"
 #include "MediaSessions/RTSP/Description.hpp"
+#include "MediaSessions/RTSP/KeepAlive.hpp"
 #include "MediaSessions/RTSP/Messages.hpp"
 #include "MediaSessions/RTSP/Request.hpp"
 #include "MediaSessions/RTSP/ServerFeatures.hpp"
@@ -123,6 +124,8 @@ private:
     void ForgetDescription();
     /// What the packets begin with is to be learnt from them.
     void ForgetBases();
+    /// The same for packets behind a pause.
+    void LearnAnew();
     /// The tracks that are set up, by what an RTP-Info header names them with.
     std::multimap<std::string, TrackIdx> TracksByKey() const;
 
@@ -165,6 +168,9 @@ private:
     /// The server's own name and password, else those that are configured.
     void SetCredentials(const std::string& aURL);
 
+    /// Sends a sign of life when one is due. What comes of it ends nothing.
+    void StayAlive();
+
     // Requests (Requests.cpp): each assembles one and sends it; none waits for the response.
     void SendDescribe();
     void SendSetup(TrackIdx aIdx);
@@ -197,6 +203,7 @@ private:
         /// As it stands in the report.
         std::string mURL;
     } mSent;
+    KeepAlive mKeepAlive;
     Authenticator mServerAuthentication;
     Authenticator mProxyAuthentication;
 

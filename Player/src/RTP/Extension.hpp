@@ -30,9 +30,9 @@ public:
     /// From the base to the highest number, both included.
     Wide Expected() const { return Count(mCycles, mHighest) - mBase + 1; }
 
-    /// A new play range begins here. The count goes on from where it is.
-    void SetBase(Number aBase) {
-        mOffset += Count(mCycles, mHighest) - mBase;
+    /// A new play range begins here. The count goes on from where it is, or so many numbers behind.
+    void SetBase(Number aBase, Wide aStep = 0) {
+        mOffset += Count(mCycles, mHighest) - mBase + aStep;
         StartAt(aBase);
     }
     /// The play range begins with the first number seen. A base of 0 stands for "not known".

@@ -58,7 +58,8 @@ bool IsCompound(const Byte* aData, UInt aSize) {
 
 }  // namespace
 
-void Stack::SetSeqBase(unsigned short aSeq) {
+void Stack::SetSeqBase(unsigned short aSeq, UInt aStep) {
+    mLearnsSeq = false;
     // Over the connection media of the new range may overtake the answer that tells where it begins.
     const UInt lAhead = static_cast<UInt>(static_cast<unsigned short>(mSeq.Highest() - aSeq)) + 1;
     const UInt lSincePreflight = mRun.mPacketsReceived - mRun.mReceivedAtPreflight;
@@ -66,7 +67,7 @@ void Stack::SetSeqBase(unsigned short aSeq) {
     mRun.mExpectedBefore = Expected() - lOvertaken;
     mRun.mReceivedBefore = mRun.mPacketsReceived - lOvertaken;
     mRun.mReceivedAtPreflight = mRun.mPacketsReceived;
-    mSeq.SetBase(aSeq);
+    mSeq.SetBase(aSeq, aStep);
 }
 
 UInt Stack::Expected() const {
@@ -83,6 +84,8 @@ bool Stack::HandleRTP(const unsigned char* aData, unsigned int aSize, Time aArri
     if (!MeasureRTP(aData, aSize, lLengths)) { return false; }
 
     if (0 == mRun.mPacketsReceived) { LearnFrom(aData, aArrival); }
+    if (mLearnsSeq) { SetSeqBase(BigEndian::Read16(aData + 2), mStep); }
+    if (mLearnsTime) { SetTimeBase(BigEndian::Read32(aData + 4)); }
     return TakeRTP(aData, aSize, lLengths, aArrival);
 }
 
@@ -253,6 +256,7 @@ void Stack::Preflight(Time aNow) {
 
 void Stack::Flush(Time aNow) {
     mRun = Run();
+    mLearnsSeq = mLearnsTime = false;
     mSeq.Restart();
     mTimestamp.Restart();
     Preflight(aNow);

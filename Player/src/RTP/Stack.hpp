@@ -38,9 +38,18 @@ public:
     /// The clock rate in Hz; 0 makes all times zero.
     void SetTimeRes(unsigned int aTimeRes) { mTimeRes = aTimeRes; }
     /// First sequence number of the play range; indices go on from where they are.
-    void SetSeqBase(unsigned short aSeq);
+    /// They are `aStep` behind the last one; without a step the first packet counts as that one.
+    void SetSeqBase(unsigned short aSeq, UInt aStep = 0);
     /// RTP timestamp at the start of the play range; play times go on from where they are.
-    void SetTimeBase(unsigned int aTimestamp) { mTimestamp.SetBase(aTimestamp); }
+    void SetTimeBase(unsigned int aTimestamp) {
+        mTimestamp.SetBase(aTimestamp);
+        mLearnsTime = false;
+    }
+    /// The next packet says where both begin, unless they are set before; its number then follows by `aStep`.
+    void LearnAnew(UInt aStep) {
+        mLearnsSeq = mLearnsTime = 0 != mRun.mPacketsReceived;
+        mStep = aStep;
+    }
     /// Play time of the packet whose timestamp is the time base.
     void SetBeginTime(const Time& aTime);
     /// Where the track ends; 0 for none.
@@ -144,6 +153,9 @@ private:
     Time mTimeoutTime;
     SequenceExtension mSeq;
     TimestampExtension mTimestamp;
+    bool mLearnsSeq = false;
+    bool mLearnsTime = false;
+    UInt mStep = 0;
     Run mRun;
 };
 

@@ -59,6 +59,7 @@ void RTSP::DoResume() {
         PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::DoResume(): %s: %s", "Invalid PLAY response",
                      "RTP-Info missing");
     }
+    if (!Speaks().NeedsRTPInfo()) { LearnAnew(); }
     HandleRTPInfo(lHeaders["RTP-Info"]);
     EnterState(WaitData, "WaitData");
 }
@@ -143,6 +144,7 @@ void RTSP::DoFullReset() {
     DoCommonReset();
     DoConnectionReset();
     mUDPFailed = false;
+    mKeepAlive.Reset();
 }
 
 }  // namespace Player::MediaSessions

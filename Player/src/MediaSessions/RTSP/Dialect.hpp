@@ -57,6 +57,14 @@ public:
 
     /// Whether a refusal names another place for the presentation.
     virtual bool IsRedirection(UInt aStatus) const = 0;
+    /// Whether the session is kept alive while nobody asks the server for anything.
+    virtual bool KeepsAlive() const = 0;
+    /// What is received first behind a resume is numbered on by so much from the last before.
+    virtual UInt StepOverPause() const = 0;
+    /// The longest interleaved frame; one that is longer ends the process.
+    virtual UInt LargestFrame() const = 0;
+    /// Whether bytes that are neither frame nor line are stepped over.
+    virtual bool Resynchronizes() const = 0;
     /// Whether a response without a number may be the one that is awaited.
     virtual bool TakesUnnumbered() const = 0;
 };
@@ -87,6 +95,10 @@ public:
     }
     std::string KeyOf(const std::string& /*aURL*/, const std::string& aId) const override { return aId; }
     bool IsRedirection(UInt /*aStatus*/) const override { return false; }
+    bool KeepsAlive() const override { return false; }
+    UInt StepOverPause() const override { return 0; }
+    UInt LargestFrame() const override { return 1500; }
+    bool Resynchronizes() const override { return false; }
     bool TakesUnnumbered() const override { return false; }
 };
 
@@ -108,6 +120,10 @@ public:
     std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const std::string& aBase) const override;
     std::string KeyOf(const std::string& aURL, const std::string& aId) const override;
     bool IsRedirection(UInt aStatus) const override;
+    bool KeepsAlive() const override { return true; }
+    UInt StepOverPause() const override { return 1; }
+    UInt LargestFrame() const override { return 65535; }
+    bool Resynchronizes() const override { return true; }
     bool TakesUnnumbered() const override { return true; }
 };
 

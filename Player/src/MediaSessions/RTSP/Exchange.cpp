@@ -54,6 +54,7 @@ void RTSP::SendLines(std::vector<std::string> aLines) {
            mSent.mURL.c_str());
     mMessages.NotifySent(mSent.mMethod, URLOf(aLines[0]));
     mConnection.Flush();
+    mKeepAlive.Sent(Connection::Clock::now());
 }
 
 bool RTSP::Receive(Headers& aHeaders, UInt aCSeq, Severity aRefused) {
@@ -75,6 +76,7 @@ bool RTSP::Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefus
         SendAgain();
         aCSeq = mCSeq;
     }
+    mKeepAlive.LearnFrom(aHeaders);
     return true;
 }
 

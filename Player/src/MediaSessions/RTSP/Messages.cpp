@@ -66,6 +66,11 @@ bool IsStatusLine(const std::string& aLine) {
     return 0 == strncasecmp(aLine.c_str(), kVersion, sizeof(kVersion) - 1);
 }
 
+/// What a line of a message may begin with, its end included.
+bool IsText(char aCh) {
+    return ('A' <= aCh && aCh <= 'Z') || ('a' <= aCh && aCh <= 'z') || '\r' == aCh || '\n' == aCh;
+}
+
 }  // namespace
 
 void Messages::BeginRequest() {
@@ -104,6 +109,7 @@ bool Messages::AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Sever
     mConnection.StartWait(Connection::Clock::now());
     mConnection.Normalize();
     Status lStatus;
+    bool lIsOver = false;
     do {
         aHeaders.clear();
         aBody.Clear();
@@ -123,8 +129,14 @@ bool Messages::AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Sever
             PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvResponse(): %s: %s", "Invalid response",
                          "Bad Content-Length");
         }
+        if (IsUnawaited(aHeaders)) {
+            lStatus = Status();
+            lIsOver = false;
+            continue;
+        }
         CheckCSeq(aHeaders, aCSeq);
-    } while (1 == lStatus.Class());
+        lIsOver = 1 != lStatus.Class();
+    } while (!lIsOver);
     mConnection.Normalize();
 
     if (nullptr != mListener) {
@@ -152,6 +164,8 @@ std::string Messages::NextLine() {
             HandleInterleavedData(true);
             // The connection ended within a frame: nothing behind it can be a line.
             if (mConnection.Left() > 0 && mConnection.PeekCh(lCh, 0) && kFrameMagic == lCh) { break; }
+        } else if (mConnection.Speaks().Resynchronizes() && HasFrameReceiver() && !IsText(lCh)) {
+            SkipGarbage();
         } else {
             mConnection.ReadLn(lLine);
         }
@@ -194,7 +208,75 @@ bool Messages::RecvBody(const Headers& aHeaders, Buffer& aBody) {
     return true;
 }
 
+void Messages::LeaveUnanswered(UInt aCSeq) {
+    constexpr std::size_t kMostUnawaited = 64;
+    // A server that answers none of them will not begin with the oldest.
+    if (mUnawaited.size() >= kMostUnawaited) { mUnawaited.erase(mUnawaited.begin()); }
+    mUnawaited.insert(aCSeq);
+}
+
+bool Messages::IsUnawaited(const Headers& aHeaders) {
+    if (mUnawaited.empty() || 0 == aHeaders.count("CSeq")) { return false; }
+    const unsigned long long lCSeq = Decimal(HeaderValue(aHeaders, "CSeq"));
+    return lCSeq <= std::numeric_limits<UInt>::max() && 0 != mUnawaited.erase(static_cast<UInt>(lCSeq));
+}
+
+void Messages::DropUnawaited() {
+    if (mUnawaited.empty() || HasFrameReceiver() || !mConnection.IsOpen()) { return; }
+    mConnection.FillInterleavedBuf();
+    std::string lLine;
+    while (!mUnawaited.empty() && mConnection.HoldsEmptyLine() && mConnection.PeekLn(lLine)) {
+        if (!IsStatusLine(lLine)) { return; }
+        mConnection.SkipLn();
+        DropResponse();
+    }
+    mConnection.Normalize();
+}
+
+bool Messages::MayBegin(UInt aOff) {
+    constexpr char kResponse[] = "RTSP/";
+    char lCh = 0;
+    mConnection.PeekCh(lCh, aOff);
+    if (kFrameMagic == lCh) {
+        // What is not there yet can't be ruled out.
+        if (!mConnection.Have(aOff + 2)) { return true; }
+        mConnection.PeekCh(lCh, aOff + 1);
+        return mFrameReceiver->GetTrackByChannelId(static_cast<unsigned char>(lCh)) >= 0;
+    }
+    for (UInt i = 0; i < sizeof(kResponse) - 1; ++i) {
+        if (!mConnection.Have(aOff + i + 1)) { return i > 0; }
+        mConnection.PeekCh(lCh, aOff + i);
+        if (kResponse[i] != lCh) { return false; }
+    }
+    return true;
+}
+
+void Messages::SkipGarbage() {
+    UInt lSize = 1;
+    while (lSize < mConnection.Left() && (nullptr == mFrameReceiver || !MayBegin(lSize))) {
+        ++lSize;
+    }
+    mConnection.Skip(lSize);
+    mGarbage += lSize;
+    Report(__FILE__, __LINE__, Severity::Warning, "RTSP: skipped %u bytes that are no message, %u in all", lSize,
+           mGarbage);
+}
+
+void Messages::DropResponse() {
+    Headers lHeaders;
+    Buffer lBody;
+    RecvHeaders(lHeaders);
+    RecvBody(lHeaders, lBody);
+    IsUnawaited(lHeaders);
+}
+
 void Messages::CheckCSeq(const Headers& aHeaders, UInt aCSeq) const {
+    const std::string lNumber = HeaderValue(aHeaders, "CSeq");
+    const bool lHasNumber = !lNumber.empty() && '0' <= lNumber[0] && lNumber[0] <= '9';
+    if (!lHasNumber && mConnection.Speaks().TakesUnnumbered()) {
+        Report(__FILE__, __LINE__, Severity::Warning, "RTSP::RecvResponse(): %s", "Response without a number");
+        return;
+    }
     if (0 == aHeaders.count("CSeq")) {
         PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvResponse(): %s: %s", "Invalid response",
                      "CSeq missing");
@@ -238,7 +320,7 @@ bool Messages::HandleInterleavedData(bool aBlocking) {
         Byte* lFrame = nullptr;
         if (mConnection.Peek(lHeader, kFrameHeaderSize)) {
             const UInt lSize = lHeader[2] * 256U + lHeader[3];
-            PLAYER_ASSERT(1500 >= lSize);
+            if (lSize > mConnection.Speaks().LargestFrame()) { PLAYER_ASSERT(1500 >= lSize); }
             if (!aBlocking && !mConnection.Have(lSize + kFrameHeaderSize)) { break; }
             lFrame = mConnection.Take(lSize + kFrameHeaderSize);
             if (nullptr != lFrame && nullptr != mFrameReceiver) {
@@ -267,11 +349,19 @@ bool Messages::RecvInterleavedPackets() {
 bool Messages::AnswerRequest(bool aMayWait) {
     char lCh = 0;
     if (0 == mConnection.Left() || !mConnection.PeekCh(lCh, 0) || kFrameMagic == lCh) { return false; }
+    if (mConnection.Speaks().Resynchronizes() && !IsText(lCh)) {
+        SkipGarbage();
+        return HandleInterleavedData(false);
+    }
     if (!aMayWait && !mConnection.HoldsEmptyLine()) { return false; }
     mConnection.StartWait(Connection::Clock::now());
     try {
         std::string lLine;
         mConnection.ReadLn(lLine);
+        if (IsStatusLine(lLine) && !mUnawaited.empty()) {
+            DropResponse();
+            return HandleInterleavedData(false);
+        }
         HandleRequest(lLine);
     } catch (...) {
         // What is left of the request is no message.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -65,6 +66,11 @@ public:
     /// Reports the last response that was no success.
     void ReportRefusal(Severity aSeverity) const;
 
+    /// The response to a request with this number will not be awaited: whenever it comes, it is dropped.
+    void LeaveUnanswered(UInt aCSeq);
+    /// Drops what has come of such responses, without waiting; frames between them are delivered.
+    void DropUnawaited();
+
     /// Status of the last response that was no success, its digits read as a hexadecimal number: 0x404.
     /// 0 when the connection ended before a response came.
     UInt StatusCode() const { return mStatusCode; }
@@ -85,6 +91,14 @@ private:
     /// Consumes the body that the headers announce. False when it is not all there.
     bool RecvBody(const Headers& aHeaders, Buffer& aBody);
     void CheckCSeq(const Headers& aHeaders, UInt aCSeq) const;
+    /// Whether it is one that nobody waits for.
+    bool IsUnawaited(const Headers& aHeaders);
+    /// Drops a response that came where none is awaited.
+    void DropResponse();
+    /// Steps over what is neither a frame nor a line, up to what may be one; where there is none, over all of it.
+    void SkipGarbage();
+    /// Whether a frame of a known channel begins so many bytes ahead, or a response.
+    bool MayBegin(UInt aOff);
     /// Every request of a server is answered with 501.
     void HandleRequest(const std::string& aRequestLine);
     /// Answers the request that comes next. One that is not whole is waited for if allowed, else it stays.
@@ -101,6 +115,10 @@ private:
     UInt mStatusCode = 0;
     std::string mStatusText;
     std::vector<std::string> mChallenges;
+    /// Bytes skipped.
+    UInt mGarbage = 0;
+    /// Numbers of requests whose responses are not awaited.
+    std::set<UInt> mUnawaited;
 };
 
 }  // namespace Player::MediaSessions

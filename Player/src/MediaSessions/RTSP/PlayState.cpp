@@ -32,6 +32,7 @@ bool RTSP::HasBuffered(TrackIdx aIdx) {
 }
 
 bool RTSP::Fill(UInt aTrack) {
+    StayAlive();
     if (aTrack >= mTracksAdded) { return false; }
     const bool lHasTaken = mTransport->FillTrack(aTrack);
     if (Playing == mState) { return lHasTaken; }
@@ -53,11 +54,13 @@ bool RTSP::Fetch(UInt aTrack) {
 }
 
 void RTSP::TakeIn() {
+    StayAlive();
     // Before that the first media to arrive changes the state, so it must be `Produce` that sees it.
     if (Playing == mState) { mTransport->Fill(); }
 }
 
 bool RTSP::Produce(UInt aTrack) {
+    StayAlive();
     if (!IsActive() || aTrack >= mTracksAdded) { return false; }
     if (WaitData == mState) {
         if (!mTransport->Fill() && !HoldsTheRest(0)) {

@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include "MediaSessions/RTSP.hpp"
+#include "Player/Exception.hpp"
 #include "Player/Report.hpp"
 #include "Player/String.hpp"
 
@@ -107,6 +108,25 @@ void RTSP::SendPause() {
     Request lRequest = NewRequest("PAUSE", ControlURL());
     lRequest.Line(SessionLine(mSessionId));
     Send(lRequest, "PAUSE", ControlURL());
+}
+
+void RTSP::StayAlive() {
+    if (!Speaks().KeepsAlive() || Stopped == mState || mSessionId.empty()) { return; }
+    const Connection::Clock::time_point lNow = Connection::Clock::now();
+    if (!mKeepAlive.IsDue(lNow)) { return; }
+    mKeepAlive.Sent(lNow);
+    try {
+        mMessages.DropUnawaited();
+        // Media may well go on without it.
+        if (!mConnection.IsUsable()) { return; }
+        const char* const lMethod = mKeepAlive.Method();
+        Request lRequest = NewRequest(lMethod, ControlURL());
+        lRequest.Line(SessionLine(mSessionId));
+        mMessages.LeaveUnanswered(mCSeq);
+        Send(lRequest, lMethod, ControlURL());
+    } catch (const Exception& lException) {
+        Report(__FILE__, __LINE__, Severity::Info, "The session could not be kept alive: %s", lException.Message());
+    }
 }
 
 void RTSP::SendTeardown() {

@@ -36,8 +36,10 @@ void RTSP::HandleTrackVars(TrackIdx aIdx, const std::string& aParams) {
 void RTSP::SetTrackVars(TrackIdx aIdx, const TransportHeader& aVars) {
     RTP::Stack& lStack = mTransport->ModifyTrackRTPStack(aIdx);
     if (aVars.mSSRC) { lStack.SetExpectedSSRC(*aVars.mSSRC); }
-    if (aVars.mSeq) { lStack.SetSeqBase(*aVars.mSeq); }
-    if (aVars.mRTPTime) { lStack.SetTimeBase(*aVars.mRTPTime); }
+    // Zero is what servers say that do not know.
+    const auto lIsKnown = [this](const auto& aVar) { return aVar && (Speaks().NeedsRTPInfo() || 0 != *aVar); };
+    if (lIsKnown(aVars.mSeq)) { lStack.SetSeqBase(*aVars.mSeq, Speaks().StepOverPause()); }
+    if (lIsKnown(aVars.mRTPTime)) { lStack.SetTimeBase(*aVars.mRTPTime); }
     if (aVars.mSource) { mTransport->SetTrackRemoteIP(aIdx, *aVars.mSource); }
     if (aVars.mServerPorts) { mTransport->SetTrackRemotePorts(aIdx, *aVars.mServerPorts); }
     if (aVars.mChannels) { mTransport->SetInterLeavedChannelIdentifier(aIdx, *aVars.mChannels); }
@@ -72,6 +74,12 @@ void RTSP::ForgetBases() {
     for (TrackIdx lIdx = 0; lIdx < mTracksAdded; ++lIdx) {
         mTransport->ModifyTrackRTPStack(lIdx).SetSeqBase(0);
         mTransport->ModifyTrackRTPStack(lIdx).SetTimeBase(0);
+    }
+}
+
+void RTSP::LearnAnew() {
+    for (TrackIdx lIdx = 0; lIdx < mTracksAdded; ++lIdx) {
+        mTransport->ModifyTrackRTPStack(lIdx).LearnAnew(Speaks().StepOverPause());
     }
 }
 
