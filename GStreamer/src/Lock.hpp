@@ -28,22 +28,6 @@ private:
     GStaticRecMutex* m_mutex;
 };
 
-/// Takes the mutex only if nobody holds it.
-class TryLock {
-public:
-    explicit TryLock(GStaticMutex* aMutex) : m_mutex(g_static_mutex_trylock(aMutex) ? aMutex : nullptr) {}
-    ~TryLock() {
-        if (nullptr != m_mutex) { g_static_mutex_unlock(m_mutex); }
-    }
-    TryLock(const TryLock&) = delete;
-    TryLock& operator=(const TryLock&) = delete;
-
-    bool Held() const { return nullptr != m_mutex; }
-
-private:
-    GStaticMutex* m_mutex;
-};
-
 /// A static mutex that is ready from construction on.
 class Mutex {
 public:

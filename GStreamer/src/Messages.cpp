@@ -1,6 +1,11 @@
 #include "Messages.hpp"
 
+#include "Debug.hpp"
 #include "Player/String.hpp"
+#include "Source.hpp"
+#include "ThreadMark.hpp"
+
+#define GST_CAT_DEFAULT SourceCategory()
 
 namespace nsGstVireRtspSrc {
 
@@ -52,44 +57,68 @@ GstResourceError ResourceCode(const Player::Exception& aWhy) {
 
 }  // namespace
 
-void Messages::error(gint aCode) const {
-    GstStructure* const lStructure = gst_structure_new("VIRE_RTSP_SRC_MESSAGE", "Error", G_TYPE_INT, aCode, nullptr);
-    gst_element_post_message(m_element, gst_message_new_application(GST_OBJECT(m_element), lStructure));
+void Messages::send() const {
+    if (ThreadMark::Kind::kTransition != ThreadMark::Of(m_element)) { m_outbox.send(); }
 }
 
-void Messages::buffering(gint aPercent) const {
-    gst_element_post_message(m_element, gst_message_new_buffering(GST_OBJECT(m_element), aPercent));
+void Messages::post(GstMessage* aMessage) const {
+    m_outbox.put(aMessage);
+    send();
+}
+
+void Messages::error(gint aCode) const {
+    GstStructure* const lStructure = gst_structure_new("VIRE_RTSP_SRC_MESSAGE", "Error", G_TYPE_INT, aCode, nullptr);
+    post(gst_message_new_application(GST_OBJECT(m_element), lStructure));
+}
+
+void Messages::put_buffering(gint aPercent) const {
+    m_outbox.put(gst_message_new_buffering(GST_OBJECT(m_element), aPercent));
 }
 
 void Messages::duration(gint64 aDuration) const {
-    gst_element_post_message(m_element, gst_message_new_duration(GST_OBJECT(m_element), GST_FORMAT_TIME, aDuration));
+    post(gst_message_new_duration(GST_OBJECT(m_element), GST_FORMAT_TIME, aDuration));
+}
+
+void Messages::warn(GQuark aDomain, gint aCode, gchar* aText, const char* aDebug) const {
+    GST_CAT_WARNING_OBJECT(GST_CAT_DEFAULT, m_element, "%s", aText);
+    GError* const lError = g_error_new_literal(aDomain, aCode, aText);
+    post(gst_message_new_warning(GST_OBJECT(m_element), lError, aDebug));
+    g_error_free(lError);
+    g_free(aText);
 }
 
 void Messages::warn_no_tracks(const std::string& aLocation) const {
-    GST_ELEMENT_WARNING(m_element, STREAM, WRONG_TYPE,
-                        ("%s has no track that can be played: H.264, MPEG-4 video and MPEG-4 audio (LATM) can.",
-                         DisplayedLocation(aLocation).c_str()),
-                        (nullptr));
+    const std::string lLocation = DisplayedLocation(aLocation);
+    warn(GST_STREAM_ERROR, GST_STREAM_ERROR_WRONG_TYPE,
+         g_strdup_printf("%s has no track that can be played: H.264, MPEG-4 video and MPEG-4 audio (LATM) can.",
+                         lLocation.c_str()),
+         nullptr);
 }
 
 void Messages::warn_timed_out(const std::string& aLocation) const {
-    GST_ELEMENT_WARNING(m_element, RESOURCE, READ,
-                        ("No media comes from %s any more: the server or the network has gone, or a firewall keeps "
+    const std::string lLocation = DisplayedLocation(aLocation);
+    warn(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_READ,
+         g_strdup_printf("No media comes from %s any more: the server or the network has gone, or a firewall keeps "
                          "the UDP packets away. Go to READY and play again.",
-                         DisplayedLocation(aLocation).c_str()),
-                        (nullptr));
+                         lLocation.c_str()),
+         nullptr);
 }
 
 void Messages::warn_failed(const char* aWhat, const std::string& aLocation, const Player::Exception& aWhy) const {
     const std::string lLocation = DisplayedLocation(aLocation);
-    gchar* const lText = g_strdup_printf("%s %s failed: %s.", aWhat, lLocation.c_str(), Reason(aWhy).c_str());
-    gst_element_message_full(m_element, GST_MESSAGE_WARNING, GST_RESOURCE_ERROR, ResourceCode(aWhy), lText,
-                             g_strdup(aWhy.Message()), __FILE__, GST_FUNCTION, __LINE__);
+    const std::string lReason = Reason(aWhy);
+    warn(GST_RESOURCE_ERROR, ResourceCode(aWhy),
+         g_strdup_printf("%s %s failed: %s.", aWhat, lLocation.c_str(), lReason.c_str()), aWhy.Message());
 }
 
 void Messages::warn_failed(const char* aWhat, const std::string& aLocation, const char* aWhy) const {
-    GST_ELEMENT_WARNING(m_element, RESOURCE, FAILED,
-                        ("%s %s failed: %s.", aWhat, DisplayedLocation(aLocation).c_str(), aWhy), (nullptr));
+    const std::string lLocation = DisplayedLocation(aLocation);
+    warn(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_FAILED,
+         g_strdup_printf("%s %s failed: %s.", aWhat, lLocation.c_str(), aWhy), nullptr);
+}
+
+bool IsRefusal(const Player::Exception& aWhy) {
+    return IsStatus(aWhy);
 }
 
 std::string DisplayedLocation(const std::string& aLocation) {

@@ -10,19 +10,21 @@ namespace nsGstVireRtspSrc {
 class Network {
 public:
     bool available() const;
-    /// The network was lost since `clear_lost` was called last.
-    bool was_lost() const;
-    void clear_lost();
+    /// As the application said it last; the return may not have been heeded yet.
+    bool said_available() const;
 
     /// False when nothing changes. `aState`: the element's state now.
     bool lose(GstState aState);
-    /// False when nothing changes. `aStateAtLoss`: the state given when the network was lost.
+    /// The network is back: it counts as lost until `regain`.
+    void returned();
+    bool has_returned() const;
+    /// False when it has not returned. `aStateAtLoss`: the state given when the network was lost.
     bool regain(GstState& aStateAtLoss);
 
 private:
     Mutex m_mutex;  // A leaf; guards the rest.
     bool m_networkAvailable = true;
-    bool m_networkWasLost = false;
+    bool m_returned = false;  ///< And `regain` is still to come.
     GstState m_stateAtNetworkLoss = GST_STATE_NULL;
 };
 

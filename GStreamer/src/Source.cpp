@@ -1,18 +1,12 @@
 #include "Source.hpp"
 
 #include "Debug.hpp"
+#include "ElementState.hpp"
 #include "LibraryReporter.hpp"
 
 #define GST_CAT_DEFAULT SourceCategory()
 
 namespace nsGstVireRtspSrc {
-
-namespace {
-
-/// Most presentations have sound and picture.
-constexpr guint kUsualTracks = 2;
-
-}  // namespace
 
 GstDebugCategory* SourceCategory() {
     static GstDebugCategory* const sCategory = MakeDebugCategory("virertsp_source");
@@ -23,19 +17,33 @@ Source::Source(GstElement* aElement)
     : m_element(aElement),
       m_messages(aElement),
       m_player([this](const Player::Exception& aException) { handle_exception(&aException, "Setting up"); }),
-      m_streams(g_ptr_array_sized_new(kUsualTracks)) {
+      m_buffering(m_messages),
+      m_pauseTimer(aElement,
+                   [this](GstClockID aId) {
+                       m_requests.ask_pause_check(aId);
+                       heed_requests();
+                   }),
+      m_requestTimer(aElement, [this](GstClockID /*aId*/) { heed_requests(); }) {
     SourceCategory();
     InstallLibraryReporter();
 }
 
 Source::~Source() {
     delete_all_streams();
-    g_ptr_array_free(m_streams, TRUE);
+}
+
+GstState Source::state() const {
+    GST_OBJECT_LOCK(m_element);
+    const GstState lState = GST_STATE(m_element);
+    const GstState lNext = GST_STATE_NEXT(m_element);
+    GST_OBJECT_UNLOCK(m_element);
+    return lNext == m_reached ? lNext : lState;
 }
 
 void Source::set_config_param(ConfigParamKey aKey, const char* aValue) {
     if (kLocation == aKey) {
-        if (m_settings.set_location(aValue)) { new_channel(); }
+        m_requests.ask_location([this, aValue] { return m_settings.set_location(aValue); });
+        heed_requests();
     } else if (Settings::has(aKey)) {
         m_settings.set(aKey, aValue);
         guarded("Setting up", [this, aKey, aValue] {
@@ -57,7 +65,7 @@ void Source::set_config_boolean_param(ConfigParamKey aKey, int aValue) {
 }
 
 int Source::get_config_boolean_param(ConfigParamKey aKey) const {
-    return kNetworkAvailable == aKey && m_network.available() ? TRUE : FALSE;
+    return kNetworkAvailable == aKey && m_network.said_available() ? TRUE : FALSE;
 }
 
 }  // namespace nsGstVireRtspSrc

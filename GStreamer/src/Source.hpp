@@ -2,17 +2,23 @@
 
 #include <gst/gst.h>
 
+#include <atomic>
 #include <functional>
 #include <string>
 
+#include "BufferingReports.hpp"
 #include "ConfigParamKey.hpp"
-#include "Lock.hpp"
 #include "Messages.hpp"
 #include "Network.hpp"
 #include "PlayerAccess.hpp"
+#include "Requests.hpp"
+#include "Resumption.hpp"
 #include "Settings.hpp"
-#include "Stream.hpp"
 #include "StreamController.hpp"
+#include "StreamList.hpp"
+#include "ThreadMark.hpp"
+#include "Timer.hpp"
+#include "Turn.hpp"
 
 namespace nsGstVireRtspSrc {
 
@@ -22,18 +28,20 @@ namespace nsGstVireRtspSrc {
 /// Threads: the application's (properties, transitions, events), one per stream (status reports), the system
 /// clock's (pause timer).
 ///
+/// One thread at a time changes the session: it has the turn, for as long as the server is waited for. State
+/// changes wait for their turn. What else the application asks for (a location, a seek, the return of the network)
+/// is done at once when the turn is free, and otherwise remembered and done by the thread that has the turn, at the
+/// end of it: those calls wait for no other thread. The same goes for calls from handlers of our signals and
+/// messages, on the thread that is inside a transition. Messages are posted when the turn is over; events and pads go
+/// out during it, but with no lock held.
+///
 /// Locks, in the order in which they may be taken:
-///   1. m_stateMutex      whole transitions; held while the server is waited for.
-///   2. a task's lock     GStreamer holds it while the task runs. Whoever takes it has paused or stopped the
-///                        task before, to wait for the iteration in progress, and holds 1 alone.
-///   3. m_bufferingMutex  a buffering message is decided and posted in one.
-///   4. the player mutex  every call into the library.
-///   5. leaves            m_streamsMutex (then a stream's status mutex); those inside Settings, Network and
-///                        PlayerAccess. Nothing is waited for under them.
-/// A streaming thread is inside 2, so it never waits for 1: it tries, again and again, and gives up once its
-/// task is no longer meant to run; a transition that waits for the iteration therefore gets it.
-/// Setters wait for leaves only, except a new location, which is a transition of its own, and the return of
-/// the network, which catches up with the server.
+///   1. a task's lock     GStreamer holds it while the task runs. Whoever takes it has paused or stopped the
+///                        task before, to wait for the iteration in progress, and holds none.
+///   2. BufferingReports  a message is decided on and put in one.
+///   3. the player mutex  every call into the library.
+///   4. leaves            those inside StreamList (then a stream's status mutex), Requests (then Settings'),
+///                        Network, Timer, Outbox, Turn and PlayerAccess. Nothing is waited for under them.
 class Source : public StreamController {
 public:
     explicit Source(GstElement* aElement);
@@ -47,8 +55,6 @@ public:
     bool playingToPaused();
     bool pausedToReady();
     bool readyToNull();
-    /// Plays the location, or the position of a seek, at once when PLAYING or PAUSED; otherwise false.
-    bool new_channel();
     /// Owns the event. True for a seek.
     gboolean handle_event(GstEvent* aEvent);
 
@@ -71,24 +77,48 @@ public:
     void stream_controller_status(StreamStatus aStatus, unsigned int aTrack) override;
     void stream_controller_exception(const Player::Exception& aException, unsigned int aTrack) override;
 
-    /// From the clock's thread: pauses the server of an element that stayed PAUSED. A request that was
-    /// cancelled meanwhile does nothing. (SourcePauseTimer.cpp)
-    void check_if_paused(GstClockID aId);
     /// The element lets go of others: no timer may find it any more.
     void element_goes();
 
 private:
+    class Transition;
     enum class Change { kLocation, kSeek };
 
-    // All private operations are called with m_stateMutex held, where nothing else is said.
+    /// The state that the element is in, or that the running transition got to: the element's own follows later.
+    GstState state() const;
+    /// Says that the running transition is done as far as the source is concerned.
+    void set_state(GstState aState) { m_reached = aState; }
 
+    // Requests, from any thread. (SourceRequests.cpp)
+    /// Does what was asked for, or leaves it to who can.
+    void heed_requests();
+    bool has_requests() const;
+    /// With the turn taken: does what was asked for, posts what was said, and gives the turn away.
+    void end_turn() noexcept;
+
+    // All that follows is called by the thread that has the turn, where nothing else is said.
+
+    void do_requests();
+    void seek(gint64 aPosition);
+    /// Pauses the server of an element that stayed PAUSED.
+    void check_if_paused(GstClockID aId);
+
+    // (SourceTransitions.cpp)
+    bool refuse_nested();
     bool may_start(const char* aRefusal);
     /// Connects, describes, sets up, plays; false when there is nothing to play.
     bool start_session();
-    bool change_channel(Change aChange);
+    /// Plays the location, or the position of a seek, at once when PLAYING or PAUSED; otherwise false.
+    bool new_channel(Change aChange = Change::kLocation);
     bool start_channel();
-    void resume_server();
     void remember_resume_position();
+    /// What belongs to one presentation, or one pause of it.
+    void forget_presentation();
+    /// Asks the server to go on in that way. A refused seek leaves it paused: then it goes on where it was.
+    void go_on(Resumption::Way aWay);
+    void do_go_on(Resumption::Way aWay);
+    bool is_live() const { return -1 == m_streamDuration; }
+    void set_check_if_paused_timeout();
 
     // Streams. (SourceStreams.cpp)
     /// Makes the streams fit the player's tracks. False when no track has one.
@@ -102,26 +132,12 @@ private:
     /// Returns when some track has a packet, or none will come.
     void wait_for_packets();
     bool has_packet_or_end();
-    Stream* stream_at(unsigned int aTrack) const;
-    /// Puts a stream, or null, at the index or behind the last.
-    void put_stream(unsigned int aTrack, Stream* aStream);
-    void remove_last_stream();
+    bool has_packet();
     /// Has what arrives for tracks without a stream dropped. False, with a warning, when no track has one.
     bool settle_unplayed_tracks();
-    void for_each_stream(const std::function<void(Stream&)>& aAction);
-    /// Pauses the tasks and flushes; no packet is on its way afterwards.
-    void halt_streams();
-    /// Runs the tasks. Pads that flush stop doing so, with `aFlush` all are told to.
     void run_streams(bool aFlush);
 
-    // Pause timer. (SourcePauseTimer.cpp)
-    class PauseRequest;
-    static gboolean pause_request_fires(GstClock* aClock, GstClockTime aTime, GstClockID aId, gpointer aRequest);
-    void set_check_if_paused_timeout();
-    void cancel_check_if_paused();
-
     // Server-only transitions, made up for when the network returns. (SourceNetwork.cpp)
-    void network_lost();
     void network_returned();
     bool s_pausedToPlaying();
     bool s_playingToPaused();
@@ -129,48 +145,56 @@ private:
     bool s_readyToNull();
 
     // Failures. (SourceReports.cpp)
-    void network_timeout();
-    /// With any locks but leaves. `aWhat` is what failed: "Playing", "Pausing" ...
+    void resetPlayerLib();
+    /// From any thread, as all that follow.
+    void report_timed_out(unsigned int aTrack);
+    void network_timeout(bool aFirst);
+    /// `aWhat` is what failed: "Playing", "Pausing" ...
     void handle_exception(const Player::Exception* aException, const char* aWhat);
     /// Runs the action; what it throws is told and goes no further. Whether it threw nothing.
     bool guarded(const char* aWhat, const std::function<void()>& aAction);
-    void resetPlayerLib();
-
-    // Buffering messages, from any thread. (SourceReports.cpp)
-    void report_no_data(unsigned int aTrack);
-    void report_ok(unsigned int aTrack);
-    void report_timed_out(unsigned int aTrack);
-    bool is_task_wanted(unsigned int aTrack) const;
-    bool have_all_streams_no_data() const;
-    void answer_buffering();
 
     GstElement* const m_element;  ///< Owns this.
     const Messages m_messages;
     Settings m_settings;
     Network m_network;
     PlayerAccess m_player;
+    StreamList m_streams;
+    BufferingReports m_buffering;
 
-    Mutex m_stateMutex;
-    bool m_serverPaused = false;     ///< The server was paused while the element is PAUSED.
-    bool m_goesToPlaying = false;    ///< The transition was done; the element's state may still be PAUSED.
-    bool m_channelChanged = false;   ///< A channel was started while the server was paused: pads flush.
-    bool m_networkTimedOut = false;  ///< The player is worn out; rebuilt on PAUSED to READY.
-    bool m_seekPending = false;      ///< m_resumePosition was asked for by a seek while the server was paused.
-    gint64 m_streamStartTime = -1;   ///< In ns, as the next three; -1 is unknown.
+    Turn m_turn;
+    Requests m_requests;
+    Timer m_pauseTimer;
+    Timer m_requestTimer;  ///< Brings the clock's thread to requests that a streaming thread left.
+    std::atomic<GstState> m_reached{GST_STATE_NULL};
+
+    // Of the thread that has the turn, but for the time-out.
+    Resumption m_resumption;
+    bool m_goesToPlaying = false;                ///< The transition was done; the element's state may still be PAUSED.
+    bool m_channelChanged = false;               ///< A channel was started while the server was paused: pads flush.
+    std::atomic<bool> m_networkTimedOut{false};  ///< The player is worn out; rebuilt on PAUSED to READY.
+    gint64 m_streamStartTime = -1;               ///< In ns, as the next two; -1 is unknown.
     gint64 m_streamEndTime = -1;
     gint64 m_streamDuration = -1;  ///< -1 is a live stream.
-    gint64 m_resumePosition = -1;  ///< Where to resume or seek; -1 is none.
-    GstClockID m_checkIfPausedId = nullptr;
-    PauseRequest* m_pauseRequest = nullptr;  ///< The clock's, which keeps it for the id.
+};
 
-    mutable Mutex m_streamsMutex;
-    /// One entry per track, null where no stream plays it. Changed under m_stateMutex and m_streamsMutex, so
-    /// read under either.
-    GPtrArray* const m_streams;
+/// The turn of a state change, with all that ends it. Does not wait for the own thread: then it is not held.
+class Source::Transition {
+public:
+    explicit Transition(Source& aSource)
+        : m_source(aSource), m_mark(aSource.m_element, ThreadMark::Kind::kTransition), m_held(aSource.m_turn.take()) {}
+    ~Transition() {
+        if (m_held) { m_source.end_turn(); }
+    }
+    Transition(const Transition&) = delete;
+    Transition& operator=(const Transition&) = delete;
 
-    Mutex m_bufferingMutex;
-    bool m_buffering = false;            ///< 0 % was posted since the player was made; under m_bufferingMutex.
-    bool m_bufferingUnanswered = false;  ///< 0 % was the last that was posted; under m_bufferingMutex.
+    bool held() const { return m_held; }
+
+private:
+    Source& m_source;
+    const ThreadMark m_mark;
+    const bool m_held;
 };
 
 /// What all of `Source` logs to.

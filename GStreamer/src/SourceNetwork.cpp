@@ -1,31 +1,26 @@
-#include "ElementState.hpp"
 #include "Source.hpp"
 
 #define GST_CAT_DEFAULT SourceCategory()
 
 namespace nsGstVireRtspSrc {
 
+/// A loss waits for nothing: a transition that hangs on the lost network may be under way.
 void Source::set_network_available(int aAvailable) {
     if (aAvailable) {
-        network_returned();
-    } else {
-        network_lost();
+        m_network.returned();
+        heed_requests();
+    } else if (m_network.lose(state())) {
+        m_resumption.network_lost();
+        GST_DEBUG_OBJECT(m_element, "Network-available: FALSE");
     }
-}
-
-/// Waits for nothing: a transition that hangs on the lost network may be under way.
-void Source::network_lost() {
-    if (m_network.lose(CurrentState(m_element))) { GST_DEBUG_OBJECT(m_element, "Network-available: FALSE"); }
 }
 
 /// Brings the server from the state that the element had to the one that it has.
 void Source::network_returned() {
-    if (m_network.available()) { return; }
-    const Lock lState(m_stateMutex);
     GstState lFrom = GST_STATE_NULL;
     if (!m_network.regain(lFrom)) { return; }
     GST_DEBUG_OBJECT(m_element, "Network-available: TRUE");
-    const GstState lTo = CurrentState(m_element);
+    const GstState lTo = state();
     if (GST_STATE_PAUSED == lFrom && GST_STATE_PLAYING == lTo) {
         s_pausedToPlaying();
     } else if (lTo > lFrom) {
@@ -39,20 +34,10 @@ void Source::network_returned() {
 
 bool Source::s_pausedToPlaying() {
     GST_DEBUG_OBJECT(m_element, "Server paused => playing");
-    if (m_serverPaused) {
-        guarded("Resuming", [this] {
-            const PlayerAccess::Hold lPlayer(m_player);
-            if (-1 == m_streamDuration) {
-                lPlayer->Play(m_settings.location(), Player::Time(0));
-            } else if (-1 == m_resumePosition) {
-                lPlayer->Resume();
-            } else {
-                lPlayer->Seek(Player::Time(m_resumePosition, GST_SECOND));
-            }
-        });
+    if (m_resumption.server_paused()) {
+        guarded("Resuming", [this] { go_on(m_resumption.Choose(Resumption::Occasion::kNetworkReturned, is_live())); });
     }
-    m_resumePosition = -1;
-    m_seekPending = false;
+    forget_presentation();
     return true;
 }
 

@@ -36,29 +36,25 @@ bool Source::configure_streams() {
     const unsigned int tracks = [this] { return PlayerAccess::Hold(m_player)->GetTrackCount(); }();
     remove_changed_streams(tracks);
     create_missing_streams(tracks);
-    while (m_streams->len > tracks) {
-        remove_last_stream();
-    }
-    PLAYER_ASSERT(tracks == m_streams->len);
+    m_streams.cut(tracks);
+    PLAYER_ASSERT(tracks == m_streams.size());
     update_times();
     return settle_unplayed_tracks();
 }
 
 void Source::remove_changed_streams(unsigned int aTracks) {
-    for (unsigned int lTrack = 0; lTrack < aTracks && lTrack < m_streams->len; ++lTrack) {
-        Stream* const lStream = stream_at(lTrack);
-        if (nullptr == lStream || lStream->caps_are_valid()) { continue; }
-        put_stream(lTrack, nullptr);
-        Stream::destroy(lStream);
+    for (unsigned int lTrack = 0; lTrack < aTracks && lTrack < m_streams.size(); ++lTrack) {
+        Stream* const lStream = m_streams.at(lTrack);
+        if (nullptr != lStream && !lStream->caps_are_valid()) { m_streams.clear(lTrack); }
     }
 }
 
 void Source::create_missing_streams(unsigned int aTracks) {
     bool lAdded = false;
     for (unsigned int lTrack = 0; lTrack < aTracks; ++lTrack) {
-        if (nullptr != stream_at(lTrack)) { continue; }
+        if (nullptr != m_streams.at(lTrack)) { continue; }
         Stream* const lStream = create_stream(lTrack);
-        put_stream(lTrack, lStream);
+        m_streams.put(lTrack, lStream);
         lAdded = lAdded || nullptr != lStream;
     }
     if (lAdded) { gst_element_no_more_pads(m_element); }
@@ -76,10 +72,10 @@ Stream* Source::create_stream(unsigned int aTrack) {
 
 bool Source::settle_unplayed_tracks() {
     std::vector<unsigned int> lUnplayed;
-    for (unsigned int lTrack = 0; lTrack < m_streams->len; ++lTrack) {
-        if (nullptr == stream_at(lTrack)) { lUnplayed.push_back(lTrack); }
+    for (unsigned int lTrack = 0; lTrack < m_streams.size(); ++lTrack) {
+        if (nullptr == m_streams.at(lTrack)) { lUnplayed.push_back(lTrack); }
     }
-    const bool lAnyPlayed = lUnplayed.size() < m_streams->len;
+    const bool lAnyPlayed = lUnplayed.size() < m_streams.size();
     m_player.SetUnplayedTracks(std::move(lUnplayed));
     if (!lAnyPlayed) { m_messages.warn_no_tracks(m_settings.location()); }
     return lAnyPlayed;
@@ -101,14 +97,12 @@ void Source::update_times() {
                      "StreamStartTime: %" G_GINT64_FORMAT ", StreamEndTime: %" G_GINT64_FORMAT
                      ", StreamDuration: %" G_GINT64_FORMAT,
                      m_streamStartTime, m_streamEndTime, m_streamDuration);
-    for_each_stream([this](Stream& aStream) { aStream.set_duration(m_streamDuration); });
+    m_streams.for_each([this](Stream& aStream) { aStream.set_duration(m_streamDuration); });
     m_messages.duration(m_streamDuration);
 }
 
 void Source::delete_all_streams() {
-    while (0 != m_streams->len) {
-        remove_last_stream();
-    }
+    m_streams.cut(0);
 }
 
 /// Ended tracks and a lost network end the waiting as well: nothing would ever come.
@@ -128,61 +122,22 @@ void Source::wait_for_packets() {
 }
 
 bool Source::has_packet_or_end() {
-    if (!m_network.available()) { return true; }
+    if (!m_network.available() || has_packet()) { return true; }
     const PlayerAccess::Hold lPlayer(m_player);
-    for (unsigned int lTrack = 0; lTrack < m_streams->len; ++lTrack) {
-        if (lPlayer->TrackHasPacket(lTrack)) { return true; }
-    }
     return lPlayer->HasTimedOut() || lPlayer->IsEnded();
 }
 
-Stream* Source::stream_at(unsigned int aTrack) const {
-    return aTrack < m_streams->len ? static_cast<Stream*>(g_ptr_array_index(m_streams, aTrack)) : nullptr;
-}
-
-void Source::put_stream(unsigned int aTrack, Stream* aStream) {
-    const Lock lStreams(m_streamsMutex);
-    if (aTrack < m_streams->len) {
-        g_ptr_array_index(m_streams, aTrack) = aStream;
-    } else {
-        g_ptr_array_add(m_streams, aStream);
+bool Source::has_packet() {
+    const PlayerAccess::Hold lPlayer(m_player);
+    for (unsigned int lTrack = 0; lTrack < m_streams.size(); ++lTrack) {
+        if (lPlayer->TrackHasPacket(lTrack)) { return true; }
     }
-}
-
-void Source::remove_last_stream() {
-    Stream* const lStream = stream_at(m_streams->len - 1);
-    {
-        const Lock lStreams(m_streamsMutex);
-        g_ptr_array_remove_index(m_streams, m_streams->len - 1);
-    }
-    if (nullptr != lStream) { Stream::destroy(lStream); }
-}
-
-void Source::for_each_stream(const std::function<void(Stream&)>& aAction) {
-    for (unsigned int lTrack = 0; lTrack < m_streams->len; ++lTrack) {
-        Stream* const lStream = stream_at(lTrack);
-        if (nullptr == lStream) {
-            GST_DEBUG_OBJECT(m_element, "Could not find stream");
-        } else {
-            aAction(*lStream);
-        }
-    }
-}
-
-void Source::halt_streams() {
-    for_each_stream([](Stream& aStream) {
-        aStream.task_pause();
-        aStream.flush_start();
-    });
-    for_each_stream([](Stream& aStream) { aStream.task_wait(); });
+    return false;
 }
 
 void Source::run_streams(bool aFlush) {
-    answer_buffering();
-    for_each_stream([aFlush](Stream& aStream) {
-        if (aFlush || aStream.is_flushing()) { aStream.flush_stop(); }
-        aStream.task_run();
-    });
+    m_buffering.answer();
+    m_streams.run(aFlush);
 }
 
 }  // namespace nsGstVireRtspSrc

@@ -1,4 +1,3 @@
-#include "ElementState.hpp"
 #include "Source.hpp"
 
 #define GST_CAT_DEFAULT SourceCategory()
@@ -18,22 +17,27 @@ bool Source::may_start(const char* aRefusal) {
     return true;
 }
 
+/// A handler changes the state on the thread that is inside a change: it would wait for itself.
+bool Source::refuse_nested() {
+    GST_ERROR_OBJECT(m_element, "A change of state from inside another one is refused");
+    return false;
+}
+
 bool Source::readyToPaused() {
-    const Lock lState(m_stateMutex);
+    const Transition lTransition(*this);
+    if (!lTransition.held()) { return refuse_nested(); }
+    set_state(GST_STATE_READY);
     GST_DEBUG_OBJECT(m_element, "Ready -> Paused");
     if (!may_start("Not allowed when network is not available")) { return false; }
     bool lStarted = false;
     guarded("Playing", [this, &lStarted] { lStarted = start_session(); });
+    if (lStarted) { set_state(GST_STATE_PAUSED); }
     return lStarted;
 }
 
 bool Source::start_session() {
-    unsigned int lTracks = 0;
-    {
-        const PlayerAccess::Hold lPlayer(m_player);
-        lPlayer->Play(m_settings.location(), Player::Time(0));
-        lTracks = lPlayer->GetTrackCount();
-    }
+    do_go_on(Resumption::Way::kPlay);
+    const unsigned int lTracks = [this] { return PlayerAccess::Hold(m_player)->GetTrackCount(); }();
     if (0 == lTracks) {
         GST_ERROR_OBJECT(m_element, "No tracks");
         m_messages.warn_no_tracks(m_settings.location());
@@ -46,54 +50,71 @@ bool Source::start_session() {
 }
 
 bool Source::pausedToPlaying() {
-    const Lock lState(m_stateMutex);
+    const Transition lTransition(*this);
+    if (!lTransition.held()) { return refuse_nested(); }
+    set_state(GST_STATE_PAUSED);
     GST_DEBUG_OBJECT(m_element, "Paused -> Playing");
     if (!m_network.available()) {
         GST_DEBUG_OBJECT(m_element, "Not allowed when network is not available");
         return false;
     }
     m_goesToPlaying = true;
-    if (m_serverPaused) {
+    const bool lServerPaused = m_resumption.server_paused();
+    if (lServerPaused) {
         GST_DEBUG_OBJECT(m_element, "Resuming");
         guarded("Resuming", [this] {
-            resume_server();
+            go_on(m_resumption.Choose(Resumption::Occasion::kPlaying, is_live()));
             wait_for_packets();
         });
-        run_streams(true);
-        m_serverPaused = false;
-    } else {
-        run_streams(m_channelChanged);
+        m_resumption.set_server_paused(false);
     }
+    forget_presentation();
+    run_streams(lServerPaused || m_channelChanged);
     m_channelChanged = false;
-    m_resumePosition = -1;
-    m_seekPending = false;
-    m_network.clear_lost();
+    set_state(GST_STATE_PLAYING);
     return true;
 }
 
-void Source::resume_server() {
-    const bool lSeek = m_seekPending || (m_network.was_lost() && -1 != m_resumePosition);
+void Source::forget_presentation() {
+    m_resumption.Forget();
+    m_networkTimedOut = false;
+}
+
+void Source::go_on(Resumption::Way aWay) {
+    try {
+        do_go_on(aWay);
+        return;
+    } catch (const Player::Exception& lException) {
+        if (Resumption::Way::kSeek != aWay || !IsRefusal(lException)) { throw; }
+        handle_exception(&lException, "Seeking in");
+    }
+    do_go_on(is_live() ? Resumption::Way::kPlay : Resumption::Way::kResume);
+}
+
+void Source::do_go_on(Resumption::Way aWay) {
     const PlayerAccess::Hold lPlayer(m_player);
-    if (-1 == m_streamDuration) {
-        lPlayer->Play(m_settings.location(), Player::Time(0));
-    } else if (lSeek) {
-        lPlayer->Seek(Player::Time(m_resumePosition, GST_SECOND));
-    } else {
-        lPlayer->Resume();
+    switch (aWay) {
+        case Resumption::Way::kPlay:
+            lPlayer->Play(m_requests.take_location([this] { return m_settings.location(); }), Player::Time(0));
+            break;
+        case Resumption::Way::kResume: lPlayer->Resume(); break;
+        case Resumption::Way::kSeek: lPlayer->Seek(Player::Time(m_resumption.position(), GST_SECOND)); break;
     }
 }
 
 bool Source::playingToPaused() {
-    const Lock lState(m_stateMutex);
+    const Transition lTransition(*this);
+    if (!lTransition.held()) { return refuse_nested(); }
     m_goesToPlaying = false;
+    set_state(GST_STATE_PAUSED);
     if (m_networkTimedOut) { return true; }
     GST_DEBUG_OBJECT(m_element, "Playing -> Paused");
-    halt_streams();
+    m_streams.halt();
     if (m_network.available()) {
         guarded("Pausing", [this] { PlayerAccess::Hold(m_player)->Pause(); });
     }
-    if (-1 != m_streamDuration) { remember_resume_position(); }
-    m_serverPaused = true;
+    if (!is_live()) { remember_resume_position(); }
+    m_resumption.set_server_paused(true);
     return true;
 }
 
@@ -101,63 +122,59 @@ bool Source::playingToPaused() {
 void Source::remember_resume_position() {
     {
         const PlayerAccess::Hold lPlayer(m_player);
-        for (guint lTrack = 0; lTrack < m_streams->len; ++lTrack) {
-            const gint64 lPosition =
-                (lPlayer->TrackLatestTime(lTrack) - lPlayer->TrackTimeAvailable(lTrack)).NanoSeconds();
-            if (-1 == m_resumePosition || lPosition < m_resumePosition) { m_resumePosition = lPosition; }
+        for (guint lTrack = 0; lTrack < m_streams.size(); ++lTrack) {
+            m_resumption.reached(
+                (lPlayer->TrackLatestTime(lTrack) - lPlayer->TrackTimeAvailable(lTrack)).NanoSeconds());
         }
     }
-    const double lSeconds = static_cast<double>(m_resumePosition) / 1000000000.0;
+    const double lSeconds = static_cast<double>(m_resumption.position()) / 1000000000.0;
     g_print("Pausing, will resume at %f\n", lSeconds);
     GST_DEBUG_OBJECT(m_element, "Pausing, will resume at %f\n", lSeconds);
 }
 
 bool Source::pausedToReady() {
-    const Lock lState(m_stateMutex);
+    const Transition lTransition(*this);
+    if (!lTransition.held()) { return refuse_nested(); }
     GST_DEBUG_OBJECT(m_element, "Paused -> Ready");
-    cancel_check_if_paused();
+    m_pauseTimer.cancel();
     m_goesToPlaying = false;
-    m_serverPaused = false;
-    // The next start may be of another presentation.
-    m_seekPending = false;
-    for_each_stream([](Stream& aStream) { aStream.task_stop(); });
+    m_resumption.set_server_paused(false);
+    m_streams.stop();
     if (m_networkTimedOut) { resetPlayerLib(); }
+    // The next start may be of another presentation.
+    forget_presentation();
+    set_state(GST_STATE_READY);
     return true;
 }
 
 bool Source::readyToNull() {
-    const Lock lState(m_stateMutex);
+    const Transition lTransition(*this);
+    if (!lTransition.held()) { return refuse_nested(); }
     GST_DEBUG_OBJECT(m_element, "Ready -> Null");
-    cancel_check_if_paused();
+    m_pauseTimer.cancel();
     if (m_network.available()) {
         guarded("Closing", [this] { PlayerAccess::Hold(m_player)->Close(); });
     }
     delete_all_streams();
+    set_state(GST_STATE_NULL);
     return true;
 }
 
-bool Source::new_channel() {
-    const Lock lState(m_stateMutex);
-    return change_channel(Change::kLocation);
-}
-
-bool Source::change_channel(Change aChange) {
-    const GstState lElement = CurrentState(m_element);
-    if (GST_STATE_PLAYING != lElement && GST_STATE_PAUSED != lElement) { return false; }
+bool Source::new_channel(Change aChange) {
+    const GstState lState = state();
+    if (GST_STATE_PLAYING != lState && GST_STATE_PAUSED != lState) { return false; }
     if (!may_start("Not allowed to change channels when network is not available")) { return false; }
-    // A position that was left over belongs to the old location.
-    if (Change::kLocation == aChange) { m_resumePosition = -1; }
-    if (m_serverPaused) {
-        m_serverPaused = false;
+    // What was left over belongs to the old location.
+    if (Change::kLocation == aChange) { forget_presentation(); }
+    if (m_resumption.server_paused()) {
+        m_resumption.set_server_paused(false);
         m_channelChanged = true;
-        m_resumePosition = -1;
-        m_seekPending = false;
     }
-    if (!m_channelChanged) { halt_streams(); }
+    if (!m_channelChanged) { m_streams.halt(); }
     bool lStarted = false;
     guarded(Change::kSeek == aChange ? "Seeking in" : "Changing the channel to",
             [this, &lStarted] { lStarted = start_channel(); });
-    m_resumePosition = -1;
+    m_resumption.arrived();
     if (!m_channelChanged) {
         run_streams(true);
     } else if (lStarted) {
@@ -167,18 +184,12 @@ bool Source::change_channel(Change aChange) {
 }
 
 bool Source::start_channel() {
-    const bool lSeek = -1 != m_resumePosition;
-    {
-        const PlayerAccess::Hold lPlayer(m_player);
-        if (lSeek) {
-            lPlayer->Seek(Player::Time(m_resumePosition, GST_SECOND));
-        } else {
-            lPlayer->Play(m_settings.location(), Player::Time(0));
-        }
-    }
+    const Resumption::Way lWay = m_resumption.Choose(Resumption::Occasion::kChange, is_live());
+    go_on(lWay);
     // The new channel may have other tracks.
-    if (!lSeek && !configure_streams()) { return false; }
+    if (Resumption::Way::kPlay == lWay && !configure_streams()) { return false; }
     wait_for_packets();
+    if (has_packet()) { m_networkTimedOut = false; }
     return true;
 }
 
@@ -191,11 +202,8 @@ gboolean Source::handle_event(GstEvent* aEvent) {
     gint64 lStart = -1;
     gst_event_parse_seek(aEvent, nullptr, nullptr, nullptr, nullptr, &lStart, nullptr, nullptr);
     gst_event_unref(aEvent);
-
-    const Lock lState(m_stateMutex);
-    m_resumePosition = lStart;
-    m_seekPending = m_serverPaused && -1 != lStart;
-    if (!m_serverPaused) { change_channel(Change::kSeek); }
+    m_requests.ask_seek(lStart);
+    heed_requests();
     return TRUE;
 }
 

@@ -11,6 +11,7 @@
 #include "Held.hpp"
 #include "StreamDebug.hpp"
 #include "StreamPad.hpp"
+#include "ThreadMark.hpp"
 
 #define GST_CAT_DEFAULT StreamCategory()
 
@@ -144,6 +145,7 @@ GHashTable* Stream::split_fmt_params(const std::string& aText) {
 }
 
 void Stream::iterate() {
+    const ThreadMark lMark(m_element, ThreadMark::Kind::kStreaming);
     if (!task_is_running()) {
         GST_DEBUG_OBJECT(m_pad, "Unexpected - task is not running\n");
         rest();

@@ -28,7 +28,7 @@ struct Pipeline::Branch {
     std::atomic<unsigned> mShown{0};
 };
 
-Pipeline::Pipeline(unsigned aSources) : mPipeline(gst_pipeline_new(nullptr)) {
+Pipeline::Pipeline(unsigned aSources, Sinks aSinks) : mPipeline(gst_pipeline_new(nullptr)), mSinks(aSinks) {
     for (unsigned lSource = 0; lSource < aSources; ++lSource) {
         mSources.push_back(gst_element_factory_make("virertspsrc", nullptr));
         gst_bin_add(GST_BIN(mPipeline), mSources.back());
@@ -48,10 +48,14 @@ void Pipeline::OnPadAdded(GstElement* aSource, GstPad* aPad, gpointer aThis) {
     lBranch->mPad = GST_PAD_NAME(aPad);
     GstElement* const lCounter = gst_element_factory_make("identity", nullptr);
     GstElement* const lSink = gst_element_factory_make("fakesink", nullptr);
-    g_object_set(lSink, "sync", TRUE, "async", FALSE, "max-lateness", kMaxLateness, "qos", TRUE, nullptr);
+    g_object_set(lSink, "sync", TRUE, "async", Sinks::kWaiting == lThis->mSinks, "max-lateness", kMaxLateness, "qos",
+                 TRUE, nullptr);
     CountHandOffs(lCounter, lBranch->mCame);
     CountHandOffs(lSink, lBranch->mShown);
-    lThis->mBranches.push_back(std::move(lBranch));
+    {
+        const std::lock_guard<std::mutex> lLock(lThis->mMutex);
+        lThis->mBranches.push_back(std::move(lBranch));
+    }
     gst_bin_add_many(GST_BIN(lThis->mPipeline), lCounter, lSink, nullptr);
     gst_element_link(lCounter, lSink);
     gst_element_sync_state_with_parent(lSink);
@@ -81,6 +85,7 @@ bool Pipeline::Seek(GstClockTime aPosition, unsigned aSource) {
 }
 
 Pipeline::Branch& Pipeline::Find(const std::string& aPad, unsigned aSource) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
     // The newest: a pad of that name may have come anew.
     return **std::find_if(mBranches.rbegin(), mBranches.rend(), [&](const auto& aBranch) {
         return aBranch->mPad == aPad && aBranch->mSource == Source(aSource);
@@ -88,11 +93,14 @@ Pipeline::Branch& Pipeline::Find(const std::string& aPad, unsigned aSource) {
 }
 
 Pipeline::Share Pipeline::Watch(unsigned aPictures, const std::string& aPad, unsigned aSource) {
-    for (const auto& lBranch : mBranches) {
-        lBranch->mCame = 0;
-        lBranch->mShown = 0;
-    }
     const Branch& lBranch = Find(aPad, aSource);
+    {
+        const std::lock_guard<std::mutex> lLock(mMutex);
+        for (const auto& lEach : mBranches) {
+            lEach->mCame = 0;
+            lEach->mShown = 0;
+        }
+    }
     Eventually([&lBranch, aPictures] { return lBranch.mCame >= aPictures; });
     return Seen(aPad, aSource);
 }

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,11 @@ namespace ElementTest {
 /// and drops those that come more than 20 ms late, as sinks of displays do.
 class Pipeline {
 public:
+    /// Whether sinks wait for a first picture in PAUSED, as they do where nothing is set.
+    enum class Sinks { kAtOnce, kWaiting };
+
     /// `aSources`: how many elements; the first is number 0.
-    explicit Pipeline(unsigned aSources = 1);
+    explicit Pipeline(unsigned aSources = 1, Sinks aSinks = Sinks::kAtOnce);
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
     ~Pipeline();
@@ -44,8 +48,10 @@ private:
     Branch& Find(const std::string& aPad, unsigned aSource);
 
     GstElement* const mPipeline;
+    const Sinks mSinks;
     std::vector<GstElement*> mSources;
-    std::vector<std::unique_ptr<Branch>> mBranches;
+    mutable std::mutex mMutex;
+    std::vector<std::unique_ptr<Branch>> mBranches;  ///< Under mMutex.
 };
 
 }  // namespace ElementTest

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include "Lock.hpp"
+
+namespace nsGstVireRtspSrc {
+
+/// Messages on their way to the bus, in the order in which they were put. None is posted with a lock held: its
+/// handler may call the element, or wait for a thread that does. From any thread.
+class Outbox {
+public:
+    explicit Outbox(GstElement* aElement) : m_element(aElement) {}
+    ~Outbox();
+    Outbox(const Outbox&) = delete;
+    Outbox& operator=(const Outbox&) = delete;
+
+    /// Takes the message over.
+    void put(GstMessage* aMessage);
+    /// Posts all. What another thread is about to post is left to it.
+    void send();
+
+private:
+    GstMessage* next();
+
+    GstElement* const m_element;
+    Mutex m_mutex;  // A leaf; guards the rest.
+    GQueue m_messages = G_QUEUE_INIT;
+    bool m_sending = false;
+};
+
+}  // namespace nsGstVireRtspSrc

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <functional>
+
+#include "Lock.hpp"
+#include "Stream.hpp"
+
+namespace nsGstVireRtspSrc {
+
+/// One entry per track, null where no stream plays it. Changed by who has the turn, alone; read by all.
+class StreamList {
+public:
+    StreamList();
+    /// The streams are gone before.
+    ~StreamList();
+    StreamList(const StreamList&) = delete;
+    StreamList& operator=(const StreamList&) = delete;
+
+    unsigned int size() const { return m_streams->len; }
+    Stream* at(unsigned int aTrack) const;
+    /// Puts a stream, or null, at the index or after the last.
+    void put(unsigned int aTrack, Stream* aStream);
+    /// Deletes the stream and leaves its place empty.
+    void clear(unsigned int aTrack);
+    /// Deletes all from that index on, the last one first.
+    void cut(unsigned int aSize);
+    /// Says which tracks have no stream.
+    void for_each(const std::function<void(Stream&)>& aAction);
+
+    /// Pauses the tasks and flushes; no packet is on its way afterwards.
+    void halt();
+    /// Runs the tasks. Pads that flush stop doing so, with `aFlush` all are told to.
+    void run(bool aFlush);
+    void stop();
+
+    /// From any thread: whether no track has had data for a while.
+    bool all_have_no_data() const;
+
+private:
+    mutable Mutex m_streamsMutex;  // Then a stream's status mutex.
+    GPtrArray* const m_streams;    ///< Changed under m_streamsMutex.
+};
+
+}  // namespace nsGstVireRtspSrc
