@@ -1,5 +1,7 @@
 #include "AudioConfig.hpp"
 
+#include <strings.h>
+
 #include "BitReader.hpp"
 #include "Failure.hpp"
 #include "FormatParameters.hpp"
@@ -70,7 +72,7 @@ AudioConfig AudioConfig::Of(const Player::Properties& aTrack) {
     if (lConfig.size() < 2) { Refuse("Its description has no audio configuration."); }
     Player::BitReader lBits(reinterpret_cast<const Player::Byte*>(lConfig.data()),
                             static_cast<Player::UInt>(lConfig.size()));
-    if (aTrack.Is("Format", "MP4A-LATM")) { StepIntoStreamMuxConfig(lBits); }
+    if (0 == strcasecmp(aTrack.Get("Format").c_str(), "MP4A-LATM")) { StepIntoStreamMuxConfig(lBits); }
     const AudioConfig lAudio = ReadAudioSpecificConfig(lBits);
     if (0 == lAudio.mObjectType || 0 == lAudio.mRate) { Refuse("Its audio configuration can't be understood."); }
     return lAudio;

@@ -16,6 +16,7 @@ constexpr char kSummary[] =
     "  MP4V-ES                   .m4v   elementary stream, configuration first\n"
     "  MP4A-LATM, mpeg4-generic  .aac   AAC in ADTS\n"
     "  AMR                       .amr   storage format\n"
+    "or with an --output that ends in .mp4 or .mkv all tracks into that one file.\n"
     "Tracks that can't be written are told and dropped while the others go on.";
 
 /// Numbers with commas between them.
@@ -41,7 +42,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     OptionText lTracks;
     const GOptionEntry lEntries[] = {
         {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText,
-         "Where the files go; made if it is not there; /dev/null drops everything", "DIR"},
+         "Directory for the files, or an .mp4 or .mkv file; /dev/null drops all", "DIR|FILE"},
         {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much play time", "N"},
         {"tracks", 0, 0, G_OPTION_ARG_STRING, &lTracks.mText, "Write these tracks alone, such as 0,2", "LIST"},
         {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace files that are there", nullptr},

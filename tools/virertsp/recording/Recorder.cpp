@@ -35,7 +35,11 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
       mLimit(static_cast<long long>(aSettings.mSeconds * 4294967296.0)),
       mLastTaken(Clock::now()) {
     const bool lDrop = IsDevice(aSettings.mDirectory);
-    if (!lDrop) { MakeDirectory(aSettings.mDirectory); }
+    if (Container::IsFor(aSettings.mDirectory)) {
+        mContainer = Container::Make(aSettings.mDirectory, Existing());
+    } else if (!lDrop) {
+        MakeDirectory(aSettings.mDirectory);
+    }
     for (const Player::TrackIdx lChosen : mSettings.mChosen) {
         if (lChosen < mPlayer.GetTrackCount()) { continue; }
         throw Failure(kExitNothingPlayable,
@@ -55,11 +59,12 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
 }
 
 bool Recorder::AddTrack(Player::TrackIdx aIndex) {
-    const std::string lBase = mSettings.mDirectory + Player::StringWithFormat("/track%u", aIndex);
-    const auto lExisting = mSettings.mForce ? OutputFile::Existing::kReplace : OutputFile::Existing::kKeep;
+    const std::string lBase =
+        mSettings.mDirectory + Player::StringWithFormat(mContainer ? ".track%u" : "/track%u", aIndex);
     try {
-        auto lWriter = MakeWriter(*mPlayer.GetTrackInfo(aIndex), lBase, lExisting);
-        auto lTimes = mSettings.mTimes ? std::make_unique<OutputFile>(lBase + ".times", lExisting) : nullptr;
+        const Player::Properties& lInfo = *mPlayer.GetTrackInfo(aIndex);
+        auto lWriter = mContainer ? mContainer->AddTrack(lInfo) : MakeWriter(lInfo, lBase, Existing());
+        auto lTimes = mSettings.mTimes ? std::make_unique<OutputFile>(lBase + ".times", Existing()) : nullptr;
         mTracks.push_back({TrackRecord(std::move(lWriter), std::move(lTimes))});
         return true;
     } catch (const Failure& lFailure) {
@@ -69,6 +74,10 @@ bool Recorder::AddTrack(Player::TrackIdx aIndex) {
     // It plays all the same, and its samples would pile up in the player.
     mTracks.push_back({TrackRecord(MakeNullWriter(), nullptr)});
     return false;
+}
+
+OutputFile::Existing Recorder::Existing() const {
+    return mSettings.mForce ? OutputFile::Existing::kReplace : OutputFile::Existing::kKeep;
 }
 
 bool Recorder::IsChosen(Player::TrackIdx aIndex) const {

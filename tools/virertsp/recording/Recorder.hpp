@@ -7,6 +7,7 @@
 #include "Player/Pace.hpp"
 #include "recording/Intake.hpp"
 #include "recording/TrackRecord.hpp"
+#include "writers/Container.hpp"
 
 namespace Virertsp {
 
@@ -14,7 +15,8 @@ namespace Virertsp {
 class Recorder {
 public:
     struct Settings {
-        /// Everything is dropped when this is no directory but a device such as /dev/null.
+        /// A directory with a file for each track, or one file for all of them (see `Container`). Everything is dropped
+        /// when this is a device such as /dev/null.
         std::string mDirectory;
         /// Play time to record; 0 for all there is.
         double mSeconds = 0;
@@ -54,6 +56,7 @@ private:
 
     /// False for a track that can't be written and is dropped.
     bool AddTrack(Player::TrackIdx aIndex);
+    OutputFile::Existing Existing() const;
     bool IsChosen(Player::TrackIdx aIndex) const;
     void RunUntilOver(Observer& aObserver);
     void Take(Player::TrackIdx aTrack, const Intake::Sample& aSample);
@@ -69,6 +72,8 @@ private:
     Settings mSettings;
     Intake mIntake;
     Intake::Sink mSink;
+    /// Null when each track has a file of its own.
+    std::shared_ptr<Container> mContainer;
     std::vector<Track> mTracks;
     Player::Time mLimit;
     Player::Pace mPace;

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <string>
+
+#include "writers/AvContainer.hpp"
+#include "writers/DecodeTimes.hpp"
+
+namespace Virertsp {
+
+/// One track of a container.
+class AvTrack : public Writer {
+public:
+    enum Kind { kH264, kVisual, kAudio };
+
+    /// `aRate`: ticks per second. `aDuration`: ticks of each unit of sound.
+    AvTrack(AvContainer& aContainer, int aStream, int aRate, Kind aKind, int aDuration);
+
+    void Write(const Player::Packet& aSample) override;
+    void Finish() override;
+    std::string Name() const override { return mContainer->Path(); }
+
+private:
+    std::int64_t TimeOf(const Player::Packet& aSample);
+    bool IsRandomAccess(const std::string& aSample) const;
+    void WriteReady(bool aLast);
+
+    std::shared_ptr<AvContainer> mContainer;
+    int mStream;
+    int mRate;
+    Kind mKind;
+    int mDuration;
+    DecodeTimes mTimes;
+    std::deque<std::string> mSamples;
+    Player::Time mLastPlay;
+    std::int64_t mNext = 0;
+};
+
+}  // namespace Virertsp

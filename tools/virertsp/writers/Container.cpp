@@ -1,0 +1,24 @@
+#include "writers/Container.hpp"
+
+#include "Failure.hpp"
+#ifdef VIRERTSP_HAS_LIBAV
+#include "writers/AvContainer.hpp"
+#endif
+
+namespace Virertsp {
+
+bool Container::IsFor(const std::string& aPath) {
+    const std::string lEnd = aPath.size() < 4 ? std::string() : aPath.substr(aPath.size() - 4);
+    return ".mp4" == lEnd || ".mkv" == lEnd;
+}
+
+std::shared_ptr<Container> Container::Make(const std::string& aPath, OutputFile::Existing aExisting) {
+#ifdef VIRERTSP_HAS_LIBAV
+    return std::make_shared<AvContainer>(aPath, aExisting);
+#else
+    static_cast<void>(aExisting);
+    throw Failure(kExitUsage, "Can't write " + aPath + ": this program was built without libavformat.");
+#endif
+}
+
+}  // namespace Virertsp
