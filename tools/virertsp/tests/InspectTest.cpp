@@ -114,7 +114,7 @@ TEST(ProbeTest, WhyATrackCantBePlayed) {
         S| a=fmtp:97 config=1210
         S| m=audio 0 RTP/AVP 0
     )");
-    const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL()});
+    const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL(), "--classic"});
     EXPECT_EQ("", lServer.Failure());
     EXPECT_EQ(kExitNothingPlayable, lOutcome.mCode);
     EXPECT_THAT(lOutcome.mOutput,
@@ -128,7 +128,7 @@ TEST(ProbeTest, WhyATrackCantBePlayed) {
 TEST(ProbeTest, AnAnswerThatIsNotUnderstoodIsOne) {
     for (const bool lJson : {false, true}) {
         ScriptedServer lServer("C: DESCRIBE {*}\nC...\nS: RTSP/1.0 200 OK\nS:");
-        const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL(), lJson ? "--json" : "--tcp"});
+        const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL(), "--classic", lJson ? "--json" : "--tcp"});
         EXPECT_EQ(kExitProtocol, lOutcome.mCode);
         EXPECT_THAT(lOutcome.mOutput, HasSubstr(lJson ? "\"misunderstood\":true" : "not understood  rtsp://"));
     }
@@ -136,7 +136,7 @@ TEST(ProbeTest, AnAnswerThatIsNotUnderstoodIsOne) {
 
 TEST(ProbeTest, WhatCameToLightIsToldBeforeTheFailure) {
     ScriptedServer lServer(std::string(kDescribe) + kRefusal);
-    const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL(), "--json"});
+    const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL(), "--classic", "--json"});
     EXPECT_EQ("", lServer.Failure());
     EXPECT_EQ(kExitRefused, lOutcome.mCode);
     EXPECT_THAT(lOutcome.mErrors, HasSubstr("refuses: SETUP failed: 461 Unsupported transport. Try it with --tcp.\n"));

@@ -206,7 +206,7 @@ TEST(RecordTest, FailuresOfTheDialogue) {
                   "has no track of a format that can be played: VP8."},
          }) {
         ScriptedServer lServer(lCase.mScript);
-        const Outcome lOutcome = Record({lServer.URL(), "-o", "/dev/null", "-c", "RTSP:TimeOutAfter=1"});
+        const Outcome lOutcome = Record({lServer.URL(), "--classic", "-o", "/dev/null", "-c", "RTSP:TimeOutAfter=1"});
         EXPECT_EQ("", lServer.Failure());
         EXPECT_EQ(lCase.mCode, lOutcome.mCode) << lCase.mScript;
         EXPECT_EQ("", lOutcome.mOutput);
@@ -292,7 +292,7 @@ TEST(RecordTest, ATransportThatTheServerRefusesComesWithAdvice) {
     for (const bool lTCP : {false, true}) {
         ScriptedServer lServer(Describe(kVideo) +
                                "C: SETUP {*}\nC...\nS: RTSP/1.0 461 Unsupported transport\nS: CSeq: 2\nS:\n");
-        const Outcome lOutcome = Record({lServer.URL(), "-o", "/dev/null", lTCP ? "--tcp" : "--times"});
+        const Outcome lOutcome = Record({lServer.URL(), "--classic", "-o", "/dev/null", lTCP ? "--tcp" : "--times"});
         EXPECT_EQ(kExitRefused, lOutcome.mCode);
         EXPECT_THAT(lOutcome.mErrors, ::testing::EndsWith(std::string("461 Unsupported transport. Try it with") +
                                                           (lTCP ? "out --tcp.\n" : " --tcp.\n")));

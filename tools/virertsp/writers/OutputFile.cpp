@@ -11,8 +11,19 @@ namespace Virertsp {
 
 static_assert(sizeof(off_t) >= 8, "A recording may grow beyond 2 GiB");
 
-OutputFile::OutputFile(const std::string& aPath, Existing aExisting)
-    : mPath(aPath), mFile(std::fopen(aPath.c_str(), Existing::kReplace == aExisting ? "wbe" : "wbxe")) {
+namespace {
+
+bool IsFile(const std::string& aPath) {
+    struct stat lStatus = {};
+    return 0 == stat(aPath.c_str(), &lStatus) && S_ISREG(lStatus.st_mode);
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const std::string& aPath, Existing aExisting) : mPath(aPath) {
+    // Nothing is lost by writing to what is there and no file, such as a device.
+    const bool lReplaces = Existing::kReplace == aExisting || !IsFile(aPath);
+    mFile.reset(std::fopen(aPath.c_str(), lReplaces ? "wbe" : "wbxe"));
     if (mFile) { return; }
     if (EEXIST == errno) { throw Failure(kExitOutput, aPath + " is there already; --force replaces it."); }
     Fail();
