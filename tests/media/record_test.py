@@ -56,6 +56,17 @@ class RecordTest(unittest.TestCase):
     def test_tcp(self):
         self.record_clip(LONG, ["--tcp-only"], ["--tcp"])
 
+    def test_tcp_where_udp_is_refused(self):
+        self.record_clip(SHORT, ["--tcp-only"])
+
+    def test_digest(self):
+        self.record_clip(SHORT, ["--user", "me:secret"],
+                         ["--config", "RTSP:UserName=me", "--config", "RTSP:Password=secret"])
+
+    def test_basic(self):
+        self.record_clip(SHORT, ["--user", "me:secret", "--basic"],
+                         ["--config", "RTSP:UserName=me", "--config", "RTSP:Password=secret"])
+
     def test_aggregated(self):
         self.record_clip(SHORT, ["--aggregate", "max-stap"])
 
@@ -129,7 +140,7 @@ class RecordTest(unittest.TestCase):
 
     def test_transport_that_the_server_refuses(self):
         with media.server("--file", str(media.clip(SHORT)), "--tcp-only") as url:
-            result = media.record(url, self.output)
+            result = media.record(url, self.output, "--transport", "udp")
         self.assertEqual(5, result.returncode)
         self.assertRegex(result.stderr, r"^virertsp: The server .* refuses: SETUP failed: 461 Unsupported transport\. "
                          r"Try it with --tcp\.\n$")

@@ -21,6 +21,8 @@ struct Options {
     gboolean mTCPOnly = FALSE;
     gboolean mUDPOnly = FALSE;
     gboolean mShared = FALSE;
+    gchar* mUser = nullptr;
+    gboolean mBasic = FALSE;
 };
 
 [[noreturn]] void Fail(const std::string& aText) {
@@ -41,6 +43,8 @@ void Parse(int aCount, char** aTexts, Options& aOptions) {
         {"tcp-only", 0, 0, G_OPTION_ARG_NONE, &aOptions.mTCPOnly, "Refuse RTP over UDP", nullptr},
         {"udp-only", 0, 0, G_OPTION_ARG_NONE, &aOptions.mUDPOnly, "Refuse RTP over the RTSP connection", nullptr},
         {"shared", 0, 0, G_OPTION_ARG_NONE, &aOptions.mShared, "All clients see one and the same play", nullptr},
+        {"user", 0, 0, G_OPTION_ARG_STRING, &aOptions.mUser, "Ask for a name and password, by Digest", "NAME:PASSWORD"},
+        {"basic", 0, 0, G_OPTION_ARG_NONE, &aOptions.mBasic, "Ask by Basic instead", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     GOptionContext* const lContext = g_option_context_new("- serve one presentation over RTSP");
@@ -64,11 +68,38 @@ std::string LaunchForFile(const Options& aOptions) {
            " aggregate-mode=" + (nullptr == aOptions.mAggregate ? "none" : aOptions.mAggregate) + " )";
 }
 
+constexpr char kRole[] = "viewer";
+
+/// Lets in whoever knows the name and the password.
+void AskForUser(GstRTSPServer* aServer, const Options& aOptions) {
+    gchar** const lParts = g_strsplit(aOptions.mUser, ":", 2);
+    if (2 != g_strv_length(lParts)) { Fail("--user is NAME:PASSWORD"); }
+    GstRTSPAuth* const lAuth = gst_rtsp_auth_new();
+    GstRTSPToken* const lToken = gst_rtsp_token_new(GST_RTSP_TOKEN_MEDIA_FACTORY_ROLE, G_TYPE_STRING, kRole, nullptr);
+    if (aOptions.mBasic) {
+        gst_rtsp_auth_set_supported_methods(lAuth, GST_RTSP_AUTH_BASIC);
+        gchar* const lBasic = gst_rtsp_auth_make_basic(lParts[0], lParts[1]);
+        gst_rtsp_auth_add_basic(lAuth, lBasic, lToken);
+        g_free(lBasic);
+    } else {
+        gst_rtsp_auth_set_supported_methods(lAuth, GST_RTSP_AUTH_DIGEST);
+        gst_rtsp_auth_add_digest(lAuth, lParts[0], lParts[1], lToken);
+    }
+    gst_rtsp_token_unref(lToken);
+    gst_rtsp_server_set_auth(aServer, lAuth);
+    g_object_unref(lAuth);
+    g_strfreev(lParts);
+}
+
 GstRTSPMediaFactory* MakeFactory(const Options& aOptions) {
     GstRTSPMediaFactory* const lFactory = gst_rtsp_media_factory_new();
     const std::string lLaunch = nullptr != aOptions.mLaunch ? aOptions.mLaunch : LaunchForFile(aOptions);
     gst_rtsp_media_factory_set_launch(lFactory, lLaunch.c_str());
     gst_rtsp_media_factory_set_shared(lFactory, aOptions.mShared);
+    if (nullptr != aOptions.mUser) {
+        gst_rtsp_media_factory_add_role(lFactory, kRole, GST_RTSP_PERM_MEDIA_FACTORY_ACCESS, G_TYPE_BOOLEAN, TRUE,
+                                        GST_RTSP_PERM_MEDIA_FACTORY_CONSTRUCT, G_TYPE_BOOLEAN, TRUE, nullptr);
+    }
     int lProtocols = GST_RTSP_LOWER_TRANS_UDP | GST_RTSP_LOWER_TRANS_TCP;
     if (aOptions.mTCPOnly) { lProtocols = GST_RTSP_LOWER_TRANS_TCP; }
     if (aOptions.mUDPOnly) { lProtocols = GST_RTSP_LOWER_TRANS_UDP; }
@@ -104,6 +135,7 @@ int main(int argc, char** argv) {
     GstRTSPMountPoints* const lMounts = gst_rtsp_server_get_mount_points(lServer);
     gst_rtsp_mount_points_add_factory(lMounts, lPath, MakeFactory(lOptions));
     g_object_unref(lMounts);
+    if (nullptr != lOptions.mUser) { AskForUser(lServer, lOptions); }
     if (0 == gst_rtsp_server_attach(lServer, nullptr)) { Fail("can't listen on this address and port"); }
 
     std::printf("rtsp://%s:%d%s\n", lAddress, gst_rtsp_server_get_bound_port(lServer), lPath);
