@@ -42,7 +42,7 @@ class InspectTest(unittest.TestCase):
                      "TimeRes": "44100", "Id": "stream=1", "URL": url + "/stream=1"}
         self.assertEqual(described, {key: audio["properties"].get(key) for key in described})
         self.assertEqual([("DESCRIBE", url), ("SETUP", url + "/stream=0"), ("SETUP", url + "/stream=1"),
-                          ("PLAY", url), ("TEARDOWN", url)],
+                          ("PLAY", url + "/"), ("TEARDOWN", url + "/")],
                          [(request["method"], request["url"]) for request in probe["requests"]])
         for request in probe["requests"]:
             self.assertEqual((200, "OK"), (request["status"], request["reason"]))
@@ -63,7 +63,7 @@ class InspectTest(unittest.TestCase):
         self.assertIn("  Server                 GStreamer RTSP server", lines)
         self.assertIn("track 0: H.264 Constrained Baseline, level 2.1, 320x240; .h264", lines)
         self.assertIn("track 1: AAC LC, 44100 Hz, 2 channels; .aac", lines)
-        self.assertRegex(lines[-1], rf"^  TEARDOWN +\d+\.\d{{3}} ms  200 OK  {url}$")
+        self.assertRegex(lines[-1], rf"^  TEARDOWN +\d+\.\d{{3}} ms  200 OK  {url}/$")
 
     def test_stats_json(self):
         _, result, parsed = self.run_tool("stats", "--json", "--tcp")

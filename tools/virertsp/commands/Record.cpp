@@ -4,6 +4,7 @@
 #include "Player/String.hpp"
 #include "commands/Interrupt.hpp"
 #include "recording/Progress.hpp"
+#include "recording/Reconnection.hpp"
 #include "recording/Recording.hpp"
 
 namespace Virertsp {
@@ -34,11 +35,13 @@ std::set<Player::TrackIdx> Chosen(const std::string& aText) {
 }
 
 /// False when only help was wanted.
-bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Recorder::Settings& aSettings) {
+bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Recorder::Settings& aSettings,
+                    bool& aReconnect) {
     OptionText lDirectory;
     gdouble lSeconds = 0;
     gboolean lTimes = FALSE;
     gboolean lForce = FALSE;
+    gboolean lReconnect = FALSE;
     OptionText lTracks;
     const GOptionEntry lEntries[] = {
         {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText,
@@ -46,6 +49,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
         {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much play time", "N"},
         {"tracks", 0, 0, G_OPTION_ARG_STRING, &lTracks.mText, "Write these tracks alone, such as 0,2", "LIST"},
         {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace files that are there", nullptr},
+        {"reconnect", 'r', 0, G_OPTION_ARG_NONE, &lReconnect, "After a failure go on in new files", nullptr},
         {"times", 0, 0, G_OPTION_ARG_NONE, &lTimes, "Write each sample's play time in ns into trackN.times", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
@@ -54,6 +58,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     aSettings.mSeconds = Seconds(lSeconds);
     aSettings.mTimes = FALSE != lTimes;
     aSettings.mForce = FALSE != lForce;
+    aReconnect = FALSE != lReconnect;
     aSettings.mChosen = Chosen(lTracks.Value());
     if (lGoOn && aSettings.mDirectory.empty()) { throw Failure(kExitUsage, "Missing --output DIR."); }
     return lGoOn;
@@ -65,9 +70,11 @@ int RunRecord(int aCount, char** aArguments) {
     return Guard([&] {
         SessionOptions lSession;
         Recorder::Settings lSettings;
-        if (!ParseArguments(aCount, aArguments, lSession, lSettings)) { return; }
+        bool lReconnect = false;
+        if (!ParseArguments(aCount, aArguments, lSession, lSettings, lReconnect)) { return; }
         CatchInterrupts();
         Progress lProgress(stderr);
+        if (lReconnect) { return RecordSessions(lSession, lSettings, lProgress); }
         RecordSession(lSession, lSettings, lProgress, true);
     });
 }

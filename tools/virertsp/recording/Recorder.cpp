@@ -36,7 +36,9 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
       mLastTaken(Clock::now()) {
     const bool lDrop = IsDevice(aSettings.mDirectory);
     if (Container::IsFor(aSettings.mDirectory)) {
-        mContainer = Container::Make(aSettings.mDirectory, Existing());
+        mContainerPath = mSettings.mDirectory;
+        mContainerPath.insert(mContainerPath.size() - 4, PartSuffix());
+        mContainer = Container::Make(mContainerPath, Existing());
     } else if (!lDrop) {
         MakeDirectory(aSettings.mDirectory);
     }
@@ -59,8 +61,9 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
 }
 
 bool Recorder::AddTrack(Player::TrackIdx aIndex) {
-    const std::string lBase =
-        mSettings.mDirectory + Player::StringWithFormat(mContainer ? ".track%u" : "/track%u", aIndex);
+    const std::string lBase = mContainer
+                                  ? mContainerPath + Player::StringWithFormat(".track%u", aIndex)
+                                  : mSettings.mDirectory + Player::StringWithFormat("/track%u", aIndex) + PartSuffix();
     try {
         const Player::Properties& lInfo = *mPlayer.GetTrackInfo(aIndex);
         auto lWriter = mContainer ? mContainer->AddTrack(lInfo) : MakeWriter(lInfo, lBase, Existing());
@@ -78,6 +81,10 @@ bool Recorder::AddTrack(Player::TrackIdx aIndex) {
 
 OutputFile::Existing Recorder::Existing() const {
     return mSettings.mForce ? OutputFile::Existing::kReplace : OutputFile::Existing::kKeep;
+}
+
+std::string Recorder::PartSuffix() const {
+    return 1 == mSettings.mPart ? std::string() : Player::StringWithFormat("-%u", mSettings.mPart);
 }
 
 bool Recorder::IsChosen(Player::TrackIdx aIndex) const {

@@ -22,6 +22,8 @@ public:
         double mSeconds = 0;
         /// One line per sample with its play time in ns, in a file beside each track's.
         bool mTimes = false;
+        /// From the second on the part's number is in the names of its files.
+        unsigned mPart = 1;
         /// Files that are there are replaced instead of refused.
         bool mForce = false;
         /// The tracks to write, by number; all when empty.
@@ -57,6 +59,8 @@ private:
     /// False for a track that can't be written and is dropped.
     bool AddTrack(Player::TrackIdx aIndex);
     OutputFile::Existing Existing() const;
+    /// "-2" for the second part; empty for the first.
+    std::string PartSuffix() const;
     bool IsChosen(Player::TrackIdx aIndex) const;
     void RunUntilOver(Observer& aObserver);
     void Take(Player::TrackIdx aTrack, const Intake::Sample& aSample);
@@ -74,6 +78,7 @@ private:
     Intake::Sink mSink;
     /// Null when each track has a file of its own.
     std::shared_ptr<Container> mContainer;
+    std::string mContainerPath;
     std::vector<Track> mTracks;
     Player::Time mLimit;
     Player::Pace mPace;

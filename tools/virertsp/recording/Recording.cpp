@@ -8,11 +8,12 @@
 namespace Virertsp {
 
 void RecordSession(const SessionOptions& aSession, const Recorder::Settings& aSettings, Observer& aObserver,
-                   bool aSummary) {
+                   bool aSummary, bool* aBegun) {
     ProbePlayer lPlayer;
     const Visit lVisit(lPlayer);
     aSession.Open(lPlayer);
     Recorder lRecorder(lPlayer, aSettings);
+    if (nullptr != aBegun) { *aBegun = true; }
     std::exception_ptr lBroken;
     try {
         lRecorder.Run(aObserver);

@@ -7,8 +7,9 @@ namespace Virertsp {
 
 /// Opens the session and records it to its end. Also when the connection breaks, what came is completed and told
 /// before the failure goes on. Throws `Failure`.
-/// With `aSummary` a line per track goes to standard output.
+/// With `aSummary` a line per track goes to standard output. `aBegun`, if it is not null, becomes true when files were
+/// begun.
 void RecordSession(const SessionOptions& aSession, const Recorder::Settings& aSettings, Observer& aObserver,
-                   bool aSummary);
+                   bool aSummary, bool* aBegun = nullptr);
 
 }  // namespace Virertsp

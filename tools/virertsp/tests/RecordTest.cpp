@@ -5,6 +5,7 @@
 #include "Outcome.hpp"
 #include "Scratch.hpp"
 #include "commands/Command.hpp"
+#include "recording/Reconnection.hpp"
 #include "support/Packets.hpp"
 #include "support/ScriptedServer.hpp"
 
@@ -297,6 +298,34 @@ TEST(RecordTest, ATransportThatTheServerRefusesComesWithAdvice) {
         EXPECT_THAT(lOutcome.mErrors, ::testing::EndsWith(std::string("461 Unsupported transport. Try it with") +
                                                           (lTCP ? "out --tcp.\n" : " --tcp.\n")));
     }
+}
+
+TEST(RecordTest, AfterAFailureItGoesOnInNewFiles) {
+    const Scratch lScratch;
+    const auto lPacket = RtpPacket().Seq(1).Timestamp(9000).Ssrc(6).Marker().Payload({0x65, 0x88}).Build();
+    ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + "S$ 0 " + Hex(lPacket) + "\nCLOSE\nACCEPT\n" +
+                           kTeardown + "ACCEPT\n" + Describe(kVideo) + kPlayInterleaved + Media() + kTeardown);
+    const Outcome lOutcome = Record({lServer.URL(), "--classic", "--tcp", "--reconnect", "-o", lScratch.Path("out"),
+                                     "-c", "RTSP:TimeOutRTPAfter=1"});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitOk, lOutcome.mCode);
+    EXPECT_EQ("virertsp: Media of track 0 stopped coming. Trying again in 1 s.\n", lOutcome.mErrors);
+    EXPECT_THAT(lScratch.Contents("out/track0.h264"), ::testing::EndsWith("\x65\x88"));
+    EXPECT_THAT(lScratch.Contents("out/track0-2.h264"), ::testing::EndsWith("\x41\x9a"));
+}
+
+TEST(RecordTest, WhatAServerMeansIsNotTriedAgain) {
+    ScriptedServer lServer("C: DESCRIBE {*}\nC...\nS: RTSP/1.0 404 Not Found\nS: CSeq: 1\nS:");
+    EXPECT_EQ(kExitRefused, Record({lServer.URL(), "--reconnect", "-o", "/dev/null"}).mCode);
+}
+
+TEST(RecordTest, PausesGrow) {
+    Pauses lPauses;
+    for (const int lSeconds : {1, 2, 4, 8, 16, 32, 60, 60}) {
+        EXPECT_EQ(lSeconds, lPauses.Next().count());
+    }
+    lPauses.Reset();
+    EXPECT_EQ(1, lPauses.Next().count());
 }
 
 TEST(RecordTest, FilesThatAreThereAreReplacedOnlyByForce) {
