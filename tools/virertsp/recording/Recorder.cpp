@@ -102,9 +102,12 @@ void Recorder::Run(Observer& aObserver) {
 }
 
 void Recorder::RunUntilOver(Observer& aObserver) {
+    // Until media comes the session may still ask the server for another transport; there is nothing to lose yet.
+    std::optional<ImpatientWait> lWait(std::in_place, kExitOk);
     while (!Interrupted()) {
         const Clock::time_point lNow = Clock::now();
         const bool lTaken = mIntake.Take(mSink, lNow);
+        if (lTaken) { lWait.reset(); }
         if (IsEnough(lNow) || IsOver(lTaken, lNow) || !aObserver.Update(mPlayer, lNow)) { return; }
         std::this_thread::sleep_for(mPace.Next(PacketsSinceLast()));
     }
