@@ -13,8 +13,9 @@ namespace Virertsp {
 namespace {
 
 constexpr char kSummary[] =
-    "Opens a location, tells what the server says and what each track becomes, and leaves again: the server, the\n"
-    "base URL, the range, every property of every track, and how long each request took. No media is waited for.";
+    "Opens a location, shows what the server says and what each track becomes, and\n"
+    "leaves again: the server, the base URL, the range, every property of every\n"
+    "track, and how long each request took. No media is waited for.";
 
 /// False when only help was wanted.
 bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, bool& aJson) {

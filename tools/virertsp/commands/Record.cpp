@@ -12,7 +12,7 @@ namespace Virertsp {
 namespace {
 
 constexpr char kSummary[] =
-    "Plays a location and writes each track into a file of its own, such as track0.h264:\n"
+    "Plays a location and writes each track into a file of its own:\n"
     "  H264                      .h264  byte stream (Annex B)\n"
     "  MP4V-ES                   .m4v   elementary stream, configuration first\n"
     "  MP4A-LATM, mpeg4-generic  .aac   AAC in ADTS\n"
@@ -44,13 +44,13 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     gboolean lReconnect = FALSE;
     OptionText lTracks;
     const GOptionEntry lEntries[] = {
-        {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText,
-         "Directory for the files, or an .mp4 or .mkv file; /dev/null drops all", "DIR|FILE"},
+        {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText, "Directory, or an .mp4 or .mkv file; or /dev/null",
+         "DIR|FILE"},
         {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much play time", "N"},
         {"tracks", 0, 0, G_OPTION_ARG_STRING, &lTracks.mText, "Write these tracks alone, such as 0,2", "LIST"},
         {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace files that are there", nullptr},
         {"reconnect", 'r', 0, G_OPTION_ARG_NONE, &lReconnect, "After a failure go on in new files", nullptr},
-        {"times", 0, 0, G_OPTION_ARG_NONE, &lTimes, "Write each sample's play time in ns into trackN.times", nullptr},
+        {"times", 0, 0, G_OPTION_ARG_NONE, &lTimes, "Write the samples' play times into trackN.times", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries);

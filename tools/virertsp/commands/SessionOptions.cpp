@@ -56,11 +56,9 @@ SessionOptions::~SessionOptions() {
 bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries) {
     gboolean lHelp = FALSE;
     const GOptionEntry lCommon[] = {
-        {"transport", 0, 0, G_OPTION_ARG_STRING, &mTransport.mText,
-         "Ways for media: udp, tcp (the RTSP connection), or udp,tcp", "LIST"},
+        {"transport", 0, 0, G_OPTION_ARG_STRING, &mTransport.mText, "Ways for media: udp, tcp, or udp,tcp", "LIST"},
         {"tcp", 't', 0, G_OPTION_ARG_NONE, &mTCP, "The same as --transport tcp", nullptr},
-        {"user", 'u', 0, G_OPTION_ARG_STRING, &mUser.mText, "User; the password is VIRERTSP_PASSWORD's, or asked for",
-         "NAME"},
+        {"user", 'u', 0, G_OPTION_ARG_STRING, &mUser.mText, "User; password: VIRERTSP_PASSWORD or terminal", "NAME"},
         {"classic", 0, 0, G_OPTION_ARG_NONE, &mClassic, "Speak the classic profile instead of the modern", nullptr},
         {"config", 'c', 0, G_OPTION_ARG_STRING_ARRAY, &mConfig, "Set a value of the session, may be repeated",
          "KEY=VALUE"},

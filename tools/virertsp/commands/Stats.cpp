@@ -10,8 +10,9 @@ namespace Virertsp {
 namespace {
 
 constexpr char kSummary[] =
-    "Plays a location, drops its media, and shows each track's reception every second; a summary at the end.\n"
-    "Counters run from the beginning; the bit rate is that of the last second, RTP headers included.";
+    "Plays a location, drops its media, and shows each track's reception every\n"
+    "second; a summary at the end. Counters run from the beginning; the bit rate is\n"
+    "that of the last second, RTP headers included.";
 
 struct Settings {
     bool mJson = false;
