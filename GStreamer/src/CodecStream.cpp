@@ -59,6 +59,7 @@ bool CodecStream::task_process() {
     GST_BUFFER_OFFSET(lBuffer) = next_offset();
     GST_BUFFER_OFFSET_END(lBuffer) = GST_BUFFER_OFFSET(lBuffer);
     if (take_new_segment()) { start_segment(lBuffer); }
+    count_access_unit();
     handle_push_result(gst_pad_push(pad(), lBuffer));
     return true;
 }
@@ -72,7 +73,9 @@ void CodecStream::handle_push_result(GstFlowReturn aResult) {
 }
 
 GstBuffer* CodecStream::make_buffer(const Player::Packet& aPacket) const {
-    const gsize lSize = aPacket.Size();
+    guint8 lHeader = 0;
+    const gsize lHeaderSize = header(aPacket, lHeader);
+    const gsize lSize = lHeaderSize + aPacket.Size();
     GstCaps* const lCaps = CurrentCaps(pad());
     GstBuffer* lBuffer = nullptr;
     if (gst_pad_is_linked(pad())) {
@@ -84,11 +87,9 @@ GstBuffer* CodecStream::make_buffer(const Player::Packet& aPacket) const {
         gst_buffer_unref(lBuffer);
         lBuffer = nullptr;
     }
-    if (nullptr == lBuffer) {
-        lBuffer = NewBuffer(aPacket.Begin(), lSize);
-    } else if (0 != lSize) {
-        std::memcpy(GST_BUFFER_DATA(lBuffer), aPacket.Begin(), lSize);
-    }
+    if (nullptr == lBuffer) { lBuffer = gst_buffer_new_and_alloc(static_cast<guint>(lSize)); }
+    if (0 != lHeaderSize) { *GST_BUFFER_DATA(lBuffer) = lHeader; }
+    if (0 != aPacket.Size()) { std::memcpy(GST_BUFFER_DATA(lBuffer) + lHeaderSize, aPacket.Begin(), aPacket.Size()); }
     if (nullptr != lCaps) {
         gst_buffer_set_caps(lBuffer, lCaps);
         gst_caps_unref(lCaps);

@@ -28,6 +28,8 @@ protected:
     virtual guint64 next_offset() = 0;
     /// `aStart`: the timestamp of the segment's first buffer.
     virtual Segment segment_from(GstClockTime aStart) const = 0;
+    /// How many bytes, `aByte` or none, a buffer has before those of its packet.
+    virtual gsize header(const Player::Packet& /*aPacket*/, guint8& /*aByte*/) const { return 0; }
 
 private:
     GstBuffer* make_buffer(const Player::Packet& aPacket) const;

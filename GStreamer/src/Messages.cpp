@@ -1,5 +1,7 @@
 #include "Messages.hpp"
 
+#include <cstring>
+
 #include "Debug.hpp"
 #include "Player/String.hpp"
 #include "Source.hpp"
@@ -49,9 +51,26 @@ std::string Reason(const Player::Exception& aWhy) {
     }
 }
 
-/// The code of a resource warning that applications may sort by.
-GstResourceError ResourceCode(const Player::Exception& aWhy) {
-    if (IsStatus(aWhy) && 0x404 == aWhy.Error()) { return GST_RESOURCE_ERROR_NOT_FOUND; }
+/// 0.10 has no code of its own for it.
+gint NotAuthorized() {
+    const gpointer lClass = g_type_class_ref(GST_TYPE_RESOURCE_ERROR);
+    const GEnumValue* const lValue = g_enum_get_value_by_nick(static_cast<GEnumClass*>(lClass), "not-authorized");
+    const gint lCode = nullptr == lValue ? gint{GST_RESOURCE_ERROR_OPEN_READ} : lValue->value;
+    g_type_class_unref(lClass);
+    return lCode;
+}
+
+/// The code of a resource message that applications may sort by.
+gint ResourceCode(const Player::Exception& aWhy) {
+    if (IsStatus(aWhy)) {
+        switch (aWhy.Error()) {
+            case 0x401:
+            case 0x403:
+            case 0x407: return NotAuthorized();
+            case 0x404: return GST_RESOURCE_ERROR_NOT_FOUND;
+            default: return GST_RESOURCE_ERROR_FAILED;
+        }
+    }
     return IsOf(Area::kNetwork, aWhy) ? GST_RESOURCE_ERROR_OPEN_READ : GST_RESOURCE_ERROR_FAILED;
 }
 
@@ -79,42 +98,54 @@ void Messages::duration(gint64 aDuration) const {
     post(gst_message_new_duration(GST_OBJECT(m_element), GST_FORMAT_TIME, aDuration));
 }
 
-void Messages::warn(GQuark aDomain, gint aCode, gchar* aText, const char* aDebug) const {
-    GST_CAT_WARNING_OBJECT(GST_CAT_DEFAULT, m_element, "%s", aText);
+void Messages::fail(GstMessageType aType, GQuark aDomain, gint aCode, gchar* aText, const char* aDebug) const {
+    GST_ERROR_OBJECT(m_element, "%s", aText);
     GError* const lError = g_error_new_literal(aDomain, aCode, aText);
-    post(gst_message_new_warning(GST_OBJECT(m_element), lError, aDebug));
+    const auto lNew = GST_MESSAGE_ERROR == aType ? gst_message_new_error : gst_message_new_warning;
+    post(lNew(GST_OBJECT(m_element), lError, aDebug));
     g_error_free(lError);
     g_free(aText);
 }
 
+/// What was to be changed while it plays, and what is over anyway, leaves the rest as it is.
+GstMessageType Messages::TypeOf(const char* aWhat) const {
+    for (const char* const lGoesOn : {"Setting up", "Pausing", "Closing", "Seeking in"}) {
+        if (0 == std::strcmp(lGoesOn, aWhat)) { return GST_MESSAGE_WARNING; }
+    }
+    return m_options.profile().failure();
+}
+
 void Messages::warn_no_tracks(const std::string& aLocation) const {
-    const std::string lLocation = DisplayedLocation(aLocation);
-    warn(GST_STREAM_ERROR, GST_STREAM_ERROR_WRONG_TYPE,
-         g_strdup_printf("%s has no track that can be played: H.264, MPEG-4 video and MPEG-4 audio (LATM) can.",
-                         lLocation.c_str()),
+    fail(m_options.profile().failure(), GST_STREAM_ERROR, GST_STREAM_ERROR_WRONG_TYPE,
+         g_strdup_printf("%s has no track that can be played: %s can.", DisplayedLocation(aLocation).c_str(),
+                         m_options.profile().formats()),
          nullptr);
 }
 
 void Messages::warn_timed_out(const std::string& aLocation) const {
-    const std::string lLocation = DisplayedLocation(aLocation);
-    warn(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_READ,
+    fail(m_options.profile().failure(), GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_READ,
          g_strdup_printf("No media comes from %s any more: the server or the network has gone, or a firewall keeps "
                          "the UDP packets away. Go to READY and play again.",
-                         lLocation.c_str()),
+                         DisplayedLocation(aLocation).c_str()),
          nullptr);
 }
 
 void Messages::warn_failed(const char* aWhat, const std::string& aLocation, const Player::Exception& aWhy) const {
-    const std::string lLocation = DisplayedLocation(aLocation);
     const std::string lReason = Reason(aWhy);
-    warn(GST_RESOURCE_ERROR, ResourceCode(aWhy),
-         g_strdup_printf("%s %s failed: %s.", aWhat, lLocation.c_str(), lReason.c_str()), aWhy.Message());
+    fail(TypeOf(aWhat), GST_RESOURCE_ERROR, ResourceCode(aWhy),
+         g_strdup_printf("%s %s failed: %s.", aWhat, DisplayedLocation(aLocation).c_str(), lReason.c_str()),
+         aWhy.Message());
 }
 
 void Messages::warn_failed(const char* aWhat, const std::string& aLocation, const char* aWhy) const {
-    const std::string lLocation = DisplayedLocation(aLocation);
-    warn(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_FAILED,
-         g_strdup_printf("%s %s failed: %s.", aWhat, lLocation.c_str(), aWhy), nullptr);
+    fail(TypeOf(aWhat), GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_FAILED,
+         g_strdup_printf("%s %s failed: %s.", aWhat, DisplayedLocation(aLocation).c_str(), aWhy), nullptr);
+}
+
+void Messages::refuse(GstResourceError aCode, const char* aText) const {
+    GST_WARNING_OBJECT(m_element, "%s", aText);
+    if (!m_options.profile().posts_refusals()) { return; }
+    fail(GST_MESSAGE_ERROR, GST_RESOURCE_ERROR, aCode, g_strdup_printf("%s.", aText), nullptr);
 }
 
 bool IsRefusal(const Player::Exception& aWhy) {

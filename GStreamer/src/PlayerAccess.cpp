@@ -117,6 +117,20 @@ Player::Properties PlayerAccess::TrackInfo(unsigned int aTrack) {
     return *lPlayer->GetTrackInfo(aTrack);
 }
 
+std::vector<Player::Reception> PlayerAccess::Receptions() {
+    if (g_static_mutex_trylock(m_playerMutex)) {
+        const Hold lPlayer(*this, std::adopt_lock);
+        std::vector<Player::Reception> lNow;
+        for (unsigned int lTrack = 0; lTrack < lPlayer->GetTrackCount(); ++lTrack) {
+            lNow.push_back(lPlayer->GetTrackReception(lTrack));
+        }
+        const Lock lLock(m_pendingMutex);
+        m_receptions.swap(lNow);
+    }
+    const Lock lLock(m_pendingMutex);
+    return m_receptions;
+}
+
 void PlayerAccess::SetUnplayedTracks(std::vector<unsigned int> aTracks) {
     const Hold lPlayer(*this);
     m_unplayed = std::move(aTracks);

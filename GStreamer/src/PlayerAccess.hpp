@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -31,6 +32,8 @@ public:
     class Hold {
     public:
         explicit Hold(PlayerAccess& aAccess);
+        /// Where the player mutex is held already.
+        Hold(PlayerAccess& aAccess, std::adopt_lock_t) : m_access(aAccess) {}
         ~Hold();
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
@@ -51,6 +54,9 @@ public:
     unsigned int TakeIn(unsigned int aTrack);
     /// A copy of the track's description, good without the lock.
     Player::Properties TrackInfo(unsigned int aTrack);
+
+    /// Figures of all tracks' reception, without ever waiting: while the player is held, those of the last time.
+    std::vector<Player::Reception> Receptions();
 
     /// The tracks that no stream plays: what arrives for them is read and dropped along with the others, so
     /// that it does not pile up and their end is noticed.
@@ -80,6 +86,7 @@ private:
     std::unique_ptr<Player::MediaPlayer> m_player;  ///< Under m_playerMutex.
     std::vector<unsigned int> m_unplayed;           ///< Under m_playerMutex.
     Mutex m_pendingMutex;                           ///< A leaf.
+    std::vector<Player::Reception> m_receptions;    ///< Under m_pendingMutex.
     Pairs m_pending;                                ///< Under m_pendingMutex, in the order in which they came.
 };
 

@@ -15,7 +15,7 @@ GstDebugCategory* SourceCategory() {
 
 Source::Source(GstElement* aElement)
     : m_element(aElement),
-      m_messages(aElement),
+      m_messages(aElement, m_options),
       m_player([this](const Player::Exception& aException) { handle_exception(&aException, "Setting up"); }),
       m_buffering(m_messages),
       m_pauseTimer(aElement,
@@ -50,6 +50,11 @@ void Source::set_config_param(ConfigParamKey aKey, const char* aValue) {
             m_player.SetConfigParam(Settings::library_key(aKey), nullptr == aValue ? "" : aValue);
         });
     }
+}
+
+void Source::set_option(guint aId, const GValue* aValue) {
+    const std::string lText = m_options.set(aId, aValue);
+    guarded("Setting up", [&] { m_player.SetConfigParam(Options::library_key(aId), lText); });
 }
 
 const char* Source::get_config_param(ConfigParamKey aKey) const {

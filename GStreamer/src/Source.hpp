@@ -10,6 +10,7 @@
 #include "ConfigParamKey.hpp"
 #include "Messages.hpp"
 #include "Network.hpp"
+#include "Options.hpp"
 #include "PlayerAccess.hpp"
 #include "Requests.hpp"
 #include "Resumption.hpp"
@@ -69,6 +70,13 @@ public:
     /// No setting is a number.
     void set_config_int_param(ConfigParamKey /*aKey*/, int /*aValue*/) {}
     int get_config_int_param(ConfigParamKey /*aKey*/) const { return 0; }
+
+    // The properties of `Options`.
+    void set_option(guint aId, const GValue* aValue);
+    void get_option(guint aId, GValue* aValue) const { m_options.get(aId, aValue); }
+
+    /// Figures of each track, for people and tools; the caller's. (SourceStats.cpp)
+    GstStructure* stats();
 
     /// Tells whether the network may be used. (SourceNetwork.cpp)
     void set_network_available(int aAvailable);
@@ -155,6 +163,7 @@ private:
     bool guarded(const char* aWhat, const std::function<void()>& aAction);
 
     GstElement* const m_element;  ///< Owns this.
+    Options m_options;
     const Messages m_messages;
     Settings m_settings;
     Network m_network;

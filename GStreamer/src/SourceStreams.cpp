@@ -63,7 +63,7 @@ void Source::create_missing_streams(unsigned int aTracks) {
 /// Null for a track that no stream can play: the others go on without it.
 Stream* Source::create_stream(unsigned int aTrack) {
     try {
-        return StreamFactory::CreateStream(m_element, this, m_player, aTrack);
+        return StreamFactory::CreateStream(m_element, this, m_player, aTrack, m_options.profile());
     } catch (const char* lRefusal) {
         GST_ERROR_OBJECT(m_element, "Track %u: %s", aTrack, lRefusal);
         return nullptr;

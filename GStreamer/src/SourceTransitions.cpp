@@ -7,11 +7,11 @@ namespace nsGstVireRtspSrc {
 /// Whether there is something to play and a network to play it over.
 bool Source::may_start(const char* aRefusal) {
     if (m_settings.location().empty()) {
-        GST_DEBUG_OBJECT(m_element, "No location");
+        m_messages.refuse(GST_RESOURCE_ERROR_NOT_FOUND, "No location");
         return false;
     }
     if (!m_network.available()) {
-        GST_DEBUG_OBJECT(m_element, "%s", aRefusal);
+        m_messages.refuse(GST_RESOURCE_ERROR_OPEN_READ, aRefusal);
         return false;
     }
     return true;
@@ -55,7 +55,7 @@ bool Source::pausedToPlaying() {
     set_state(GST_STATE_PAUSED);
     GST_DEBUG_OBJECT(m_element, "Paused -> Playing");
     if (!m_network.available()) {
-        GST_DEBUG_OBJECT(m_element, "Not allowed when network is not available");
+        m_messages.refuse(GST_RESOURCE_ERROR_OPEN_READ, "Not allowed when network is not available");
         return false;
     }
     m_goesToPlaying = true;

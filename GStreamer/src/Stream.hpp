@@ -43,6 +43,9 @@ public:
     /// Whether the loop is still meant to go on: neither paused nor stopped nor about to be deleted.
     bool task_is_wanted() const;
 
+    /// Pushed since the stream was made.
+    guint64 access_units() const { return m_accessUnits; }
+
     StreamStatus status_get() const;
     void status_set(StreamStatus aStatus);
 
@@ -70,6 +73,7 @@ protected:
     unsigned int track() const { return m_track; }
     /// Whether the next buffer starts a new segment; asking clears it.
     bool take_new_segment() { return m_newSegment.exchange(false); }
+    void count_access_unit() { ++m_accessUnits; }
     /// The loop idles until the next `task_run`.
     void stop_processing() { m_running = false; }
 
@@ -96,6 +100,7 @@ private:
     std::atomic<bool> m_running{false};
     StreamStatus m_status = kOk;       ///< Under m_statusMutex.
     std::atomic<int> m_noDataTime{0};  ///< Microseconds since the last packet or report.
+    std::atomic<guint64> m_accessUnits{0};
     std::atomic<bool> m_failureTold{false};
     Player::Pace m_pace;          ///< Of the looks at the sockets; the loop's own, as the next.
     unsigned int m_received = 0;  ///< Packets, at the last look.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Profile.hpp"
 #include "Stream.hpp"
 
 namespace nsGstVireRtspSrc {
@@ -9,7 +10,7 @@ public:
     /// A new stream for the track, by the "Format" of its description; null when it has none. A format that no
     /// stream is there for throws a plain text.
     static Stream* CreateStream(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer,
-                                unsigned int aTrack);
+                                unsigned int aTrack, const Profile& aProfile = Profile::Named(Profile::kClassic));
 };
 
 }  // namespace nsGstVireRtspSrc

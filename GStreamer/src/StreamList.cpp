@@ -86,4 +86,10 @@ bool StreamList::all_have_no_data() const {
     return true;
 }
 
+guint64 StreamList::access_units(unsigned int aTrack) const {
+    const Lock lStreams(m_streamsMutex);
+    const Stream* const lStream = at(aTrack);
+    return nullptr == lStream ? 0 : lStream->access_units();
+}
+
 }  // namespace nsGstVireRtspSrc

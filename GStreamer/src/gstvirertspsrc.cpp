@@ -3,11 +3,13 @@
 #include <new>
 
 #include "Boundary.hpp"
+#include "Options.hpp"
 #include "PropertyTable.hpp"
 #include "Source.hpp"
 
 using nsGstVireRtspSrc::AtBoundary;
 using nsGstVireRtspSrc::ConfigParamKey;
+using nsGstVireRtspSrc::Options;
 using nsGstVireRtspSrc::Source;
 
 struct GstVireRtspSrcPrivate {
@@ -80,6 +82,8 @@ void gst_vire_rtsp_src_set_property(GObject* aObject, guint aId, const GValue* a
         AtBoundary(aObject, [&] { lSource->set_config_param(KeyOf(aId), g_value_get_string(aValue)); });
     } else if (nsGstVireRtspSrc::kPropertyNetworkAvailable == aId) {
         AtBoundary(aObject, [&] { lSource->set_config_boolean_param(KeyOf(aId), g_value_get_boolean(aValue)); });
+    } else if (Options::has(aId)) {
+        AtBoundary(aObject, [&] { lSource->set_option(aId, aValue); });
     } else {
         G_OBJECT_WARN_INVALID_PROPERTY_ID(aObject, aId, aSpec);
     }
@@ -94,6 +98,10 @@ void gst_vire_rtsp_src_get_property(GObject* aObject, guint aId, GValue* aValue,
         g_value_set_boolean(aValue, lSource->get_config_boolean_param(KeyOf(aId)));
     } else if (nsGstVireRtspSrc::kPropertyVersion == aId) {
         g_value_set_string(aValue, reinterpret_cast<GstVireRtspSrc*>(aObject)->m_private->version);
+    } else if (Options::has(aId)) {
+        lSource->get_option(aId, aValue);
+    } else if (Options::kStats == aId) {
+        AtBoundary(aObject, [&] { g_value_take_boxed(aValue, lSource->stats()); });
     } else {
         G_OBJECT_WARN_INVALID_PROPERTY_ID(aObject, aId, aSpec);
     }
@@ -173,6 +181,7 @@ void gst_vire_rtsp_src_class_init(gpointer aClass) {
     lObjectClass->set_property = GST_DEBUG_FUNCPTR(gst_vire_rtsp_src_set_property);
     lObjectClass->get_property = GST_DEBUG_FUNCPTR(gst_vire_rtsp_src_get_property);
     nsGstVireRtspSrc::InstallProperties(lObjectClass);
+    Options::install(lObjectClass);
 
     auto* const lElementClass = static_cast<GstElementClass*>(aClass);
     lElementClass->change_state = GST_DEBUG_FUNCPTR(gst_vire_rtsp_src_change_state);

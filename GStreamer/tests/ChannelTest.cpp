@@ -134,7 +134,7 @@ TEST_F(Channel, WithoutNetworkTheChannelStays) {
     mElement.SetNetwork(false);
     const DebugCapture lLog("virertsp_source");
     mElement.SetText("location", "rtsp://host/b");
-    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Not allowed to change channels when network is not available"));
+    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_WARNING, "Not allowed to change channels when network is not available"));
     EXPECT_EQ(Texts(), mServer.TakeCalls());
     EXPECT_EQ("rtsp://host/b", mElement.Text("location"));
     EXPECT_EQ("", mElement.Sink(0)->Kinds());

@@ -138,7 +138,7 @@ TEST_F(SourceChannelTest, WithoutTheNetworkItIsRefused) {
     Element().SetNetwork(false);
     const DebugCapture lLog("virertsp_source");
     ChangeTo("clip", 0);
-    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Not allowed to change channels when network is not available"));
+    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_WARNING, "Not allowed to change channels when network is not available"));
     EXPECT_THAT(Messages({"warning"}), IsEmpty());
     EXPECT_EQ("", Kinds());
     // Nobody asked the new server for anything.

@@ -38,7 +38,7 @@ TEST_F(SourceStartTest, FailsWithoutALocation) {
     ExpectRefused();
     ExpectNothingTold();
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Ready -> Paused"));
-    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "No location"));
+    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_WARNING, "No location"));
 }
 
 TEST_F(SourceStartTest, FailsAfterALocationThatIsNone) {
@@ -55,7 +55,7 @@ TEST_F(SourceStartTest, FailsWithoutTheNetworkAndAsksNobody) {
     const DebugCapture lLog("virertsp_source");
     ExpectRefused();
     ExpectNothingTold();
-    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_DEBUG, "Not allowed when network is not available"));
+    EXPECT_EQ(1U, lLog.Count(GST_LEVEL_WARNING, "Not allowed when network is not available"));
     mElement.reset();
     EXPECT_THAT(mServers.back()->Failure(), HasSubstr("did not connect"));
     mServers.clear();

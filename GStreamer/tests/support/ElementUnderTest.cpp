@@ -26,6 +26,16 @@ std::string Warning(GstMessage* aMessage) {
     return "warning " + lText;
 }
 
+std::string Failure(GstMessage* aMessage) {
+    GError* lError = nullptr;
+    gst_message_parse_error(aMessage, &lError, nullptr);
+    const bool lIsResource = GST_RESOURCE_ERROR == lError->domain;
+    const std::string lText = (lIsResource ? "resource " : "other domain ") + std::to_string(lError->code) + " " +
+                              std::string(lError->message);
+    g_error_free(lError);
+    return "failure " + lText;
+}
+
 std::string Buffering(GstMessage* aMessage) {
     gint lPercent = -1;
     gst_message_parse_buffering(aMessage, &lPercent);
@@ -37,6 +47,7 @@ std::string Buffering(GstMessage* aMessage) {
 std::string Describe(GstMessage* aMessage) {
     switch (GST_MESSAGE_TYPE(aMessage)) {
         case GST_MESSAGE_APPLICATION: return Application(aMessage);
+        case GST_MESSAGE_ERROR: return Failure(aMessage);
         case GST_MESSAGE_WARNING: return Warning(aMessage);
         case GST_MESSAGE_BUFFERING: return Buffering(aMessage);
         case GST_MESSAGE_DURATION: return "duration";

@@ -14,7 +14,7 @@
 namespace ElementTest {
 
 /// A message of the bus in one line: "error 33043", "buffering 0", "duration 5000000000", "warning <text>",
-/// "state paused".
+/// "failure resource 3 <text>" (an error that ends pipelines, with its code), "state paused".
 std::string Describe(GstMessage* aMessage);
 
 /// A "virertspsrc" of its own, with a bus, and a `SinkPad` for every pad that it adds.

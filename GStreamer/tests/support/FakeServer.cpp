@@ -65,6 +65,10 @@ public:
         if (aTrack >= mConsumers.size()) { return false; }
         return mServer.HasFilm() ? Show(aTrack) : mServer.Deliver(mServer.mMedia, aTrack, *mConsumers[aTrack]);
     }
+    Player::Reception TrackReception(Player::UInt aTrack) const override {
+        const std::lock_guard<std::mutex> lLock(mServer.mMutex);
+        return mServer.mReceptions[aTrack];
+    }
     void TakeIn() override {
         mServer.Enter("TakeIn", "");
         for (unsigned lTrack = 0; lTrack < mConsumers.size(); ++lTrack) {
@@ -191,6 +195,11 @@ void FakeServer::PushOnTakeIn(unsigned aTrack, const std::vector<std::string>& a
         mTakenIn[aTrack].push_back({0, 0, lBytes, ""});
     }
     if (!aEnd.empty()) { mTakenIn[aTrack].push_back({0, 0, "", aEnd}); }
+}
+
+void FakeServer::Receive(unsigned aTrack, const Player::Reception& aReception) {
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    mReceptions[aTrack] = aReception;
 }
 
 void FakeServer::Forget() {

@@ -46,6 +46,9 @@ public:
     /// anybody asking for a packet. From the next `TakeIn` on.
     void PushOnTakeIn(unsigned aTrack, const std::vector<std::string>& aBytes, const std::string& aEnd);
 
+    /// What the session says of a track's reception from now on.
+    void Receive(unsigned aTrack, const Player::Reception& aReception);
+
     /// Drops the media and the ends that were not taken.
     void Forget();
 
@@ -83,6 +86,7 @@ private:
     Player::Time mEnd;
     MediaOfTracks mMedia;
     MediaOfTracks mTakenIn;
+    std::map<unsigned, Player::Reception> mReceptions;
     std::map<unsigned, long long> mLatest;
     long long mInterval = 0;
     std::vector<long long> mBegins;

@@ -107,6 +107,9 @@ void ChangeWhilePlaying(GstElement* aPipeline, Action aAction) {
     gst_element_set_state(aPipeline, GST_STATE_PLAYING);
 }
 
+/// 0.10 has none of its own for a resource that may not be opened: the one of those that can't be.
+constexpr char kNotAuthorized[] = "5 ";
+
 /// 0.10 clears the caps of an element's pads in READY: they are made anew.
 constexpr bool kPadsSurviveReady = false;
 

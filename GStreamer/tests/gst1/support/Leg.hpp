@@ -115,6 +115,9 @@ void ChangeWhilePlaying(GstElement* /*aPipeline*/, Action aAction) {
     aAction();
 }
 
+/// The code of a resource that may not be opened.
+constexpr char kNotAuthorized[] = "15 ";
+
 /// Whether pads of a kept track stay through READY.
 constexpr bool kPadsSurviveReady = true;
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <atomic>
+#include <string>
+
+#include "Lock.hpp"
+#include "Profile.hpp"
+
+namespace nsGstVireRtspSrc {
+
+/// The properties that came after the first fourteen, and their values. Left alone they change nothing, and the
+/// library hears of none. From any thread.
+class Options {
+public:
+    /// Ids of properties, apart from the first fourteen's.
+    enum Id : guint { kProfile = 101, kUserId, kUserPw, kTransports, kUdpBufferSize, kEnd, kStats = kEnd };
+
+    static void install(GObjectClass* aClass);
+    static bool has(guint aId) { return kProfile <= aId && aId < kEnd; }
+    /// Under which key the library knows it.
+    static const char* library_key(guint aId);
+
+    Options();
+    ~Options();
+    Options(const Options&) = delete;
+    Options& operator=(const Options&) = delete;
+
+    /// What the library is to be told.
+    std::string set(guint aId, const GValue* aValue);
+    void get(guint aId, GValue* aValue) const;
+
+    const Profile& profile() const { return *m_profile; }
+
+private:
+    Mutex m_mutex;                          ///< A leaf.
+    GValue m_values[kEnd - kProfile] = {};  ///< Under m_mutex.
+    std::atomic<const Profile*> m_profile{&Profile::Named(Profile::kClassic)};
+};
+
+}  // namespace nsGstVireRtspSrc

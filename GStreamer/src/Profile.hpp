@@ -1,0 +1,32 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <string>
+
+namespace nsGstVireRtspSrc {
+
+/// What the element does in one way for applications that know it, "classic", and in another for those written for
+/// any source, "modern": each such decision is an operation here. The objects live for ever.
+class Profile {
+public:
+    enum Name { kClassic = 0, kModern = 1 };
+
+    static const Profile& Named(Name aName);
+
+    Profile() = default;
+    Profile(const Profile&) = delete;
+    Profile& operator=(const Profile&) = delete;
+    virtual ~Profile() = default;
+
+    /// Whether tracks of a format that the element has not always played get a pad.
+    virtual bool plays_newer_formats() const = 0;
+    /// The formats that get one, for people.
+    virtual const char* formats() const = 0;
+    /// What a message is that tells of a failure after which no media comes.
+    virtual GstMessageType failure() const = 0;
+    /// Whether a start that is refused before the server is asked is told on the bus as well.
+    virtual bool posts_refusals() const = 0;
+};
+
+}  // namespace nsGstVireRtspSrc
