@@ -72,6 +72,10 @@ private:
     bool GoTo(const Headers& aHeaders);
     bool RecvDescribe(Headers& aHeaders, UInt aCSeq);
     void OfferTracks(MediaHandler& aHandler);
+    /// Has the handler discard the tracks that it accepted, if any.
+    void DiscardTracks(MediaHandler& aHandler);
+    /// The chains of all offered tracks that are played.
+    std::vector<Stream> BuildChains(MediaHandler& aHandler);
     /// Makes the chain of an offered track: depacketizer and consumer. False when there is none for it, or
     /// the handler refuses the track.
     bool BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream& aStream);
@@ -132,6 +136,12 @@ private:
     // Play state (PlayState.cpp).
     void EnterState(PlayState aState, const char* aName);
     bool IsActive() const { return 1 == mState >> 8; }
+    /// The whole presentation is, not just a part of it.
+    bool IsSetUp() const { return 0 != mTracksSetUp && mStreams.size() <= mTracksSetUp; }
+    /// The server can, and what is set up is what is to be switched.
+    bool CanSwitch() const {
+        return !mSessionId.empty() && mServer.mSwitchSupported && IsSetUp() && mStreams.size() == mTracksSetUp;
+    }
     /// It has ended, or holds all that it may hold.
     bool GetsNoMore(TrackIdx aIdx);
     /// The track gets no more, and media is left to play: nothing is gained by waiting for data.
@@ -225,6 +235,8 @@ private:
     bool mHasMedia = false;
     /// The receive buffer that the system gives was reported.
     bool mBufferReported = false;
+    /// Tracks whose set-up the server has accepted.
+    UInt mTracksSetUp = 0;
     /// The handler has accepted tracks that it was not told to discard.
     bool mHandlerHasTracks = false;
 

@@ -395,6 +395,19 @@ TEST_F(RTSPControlTest, WhatWasSetUpInPartIsNotSought) {
     ExpectThrows<SystemErr>(1, "RTSP::Seek(): No valid media session", [this] { mPlayer.Seek(Time(0)); });
 }
 
+TEST_F(RTSPControlTest, NeitherIsWhatHasItsLastSetupRefused) {
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video audio
+        > SETUP clip/video 2
+        < 200 2 | Session: 5
+        > SETUP clip/audio 3
+        < 500 3
+    )");
+    EXPECT_THROW(Play(), RTSPErr);
+    ExpectThrows<SystemErr>(1, "RTSP::Seek(): No valid media session", [this] { mPlayer.Seek(Time(0)); });
+}
+
 TEST_F(RTSPControlTest, WithoutTracksThereIsNothingToSeek) {
     Start("> TEARDOWN clip 4\n< 200 4");
     mHandler.Stop();

@@ -70,6 +70,26 @@ TEST_F(RTSPPipelinedTest, ARefusedSetupEndsWhatIsPlayed) {
     EXPECT_THAT(States(), ElementsAre("WaitData"));
 }
 
+// The session is still there, as far as is known: it is torn down before the next.
+TEST_F(RTSPPipelinedTest, ARefusedSetupIsWhatIsThrownWhateverBecomesOfTheTeardown) {
+    Serve(kPipelinedRequests + std::string(R"(
+        < 200 2 | Session: 5 | UDP 0
+        < 461 3
+        < 200 4)") +
+          kInfo + R"(
+        > TEARDOWN clip 5 | Session: 5
+        < 200 9
+        END
+        ACCEPT
+        > TEARDOWN clip 6 | Session: 5
+        < 200 6
+        > DESCRIBE clip 7
+        < 200 7 | SDP clip/ text
+    )");
+    ExpectPipelinedFailure();
+    Play();
+}
+
 TEST_F(RTSPPipelinedTest, TheFirstAcceptedSetupNamesTheSession) {
     Serve(kPipelinedRequests + std::string(R"(
         < 404 2

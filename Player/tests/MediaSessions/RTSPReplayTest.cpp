@@ -2,6 +2,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <new>
 
 #include "MediaSessions/SessionFixture.hpp"
 
@@ -188,6 +189,64 @@ TEST_F(RTSPReplayTest, TheDescriptionBelongsToItsURL) {
     EXPECT_THROW(mHandler.Play(URL("clip2"), Time(0)), RTSPErr);
     EXPECT_THAT(mHandler.TakeCalls(),
                 ElementsAre("Reset", "SelectTracks audio", "AvailableRange 0 0", "AcceptTrack audio"));
+}
+
+TEST_F(RTSPReplayTest, AfterATeardownThePlayingRangeIsForgotten) {
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video
+        > SETUP clip/video 2
+        < 200 2 | Session: 5
+        > PLAY clip 3
+        < 200 3 | RTP-Info: url=r/video | Range: npt=5-9
+        > TEARDOWN clip 4
+        < 200 4
+        > DESCRIBE other 5
+        < 200 5 | SDP other/ video
+        > SETUP other/video 6
+        < 200 6 | Session: 6
+        > PLAY other 7
+        < 200 7 | RTP-Info: url=r/video
+    )");
+    mHandler.Play(URL(), Time(0));
+    mHandler.Play(URL("other"), Time(0));
+    const auto lCalls = mHandler.TakeCalls();
+    EXPECT_THAT(lCalls, testing::Contains("PlayingRange 5 9"));
+    EXPECT_THAT(lCalls, testing::Contains("PlayingRange 0 0"));
+}
+
+/// Finds no memory for a track.
+class ForgetfulHandler : public RecordingHandler {
+public:
+    SharedPtr<Processor, SharedObject> AcceptTrack(const SharedPtr<Properties, SharedObject>& aTrack) override {
+        if (aTrack->Get("Id") == mForgets) {
+            mForgets.clear();
+            throw std::bad_alloc();
+        }
+        return RecordingHandler::AcceptTrack(aTrack);
+    }
+
+    std::string mForgets;
+};
+
+// What was accepted in part must not be played in part, as if it were all.
+TEST_F(RTSPReplayTest, APresentationThatWasAcceptedInPartIsDescribedAnew) {
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video audio
+        > DESCRIBE clip 2
+        < 200 2 | SDP clip/ video audio
+        > SETUP clip/video 3
+        < 404 3
+    )");
+    ForgetfulHandler lHandler;
+    lHandler.mForgets = "audio";
+    EXPECT_THROW(lHandler.Play(URL(), Time(0)), std::bad_alloc);
+    EXPECT_THAT(lHandler.TakeCalls(),
+                ElementsAre("SelectTracks video audio", "AvailableRange 0 0", "AcceptTrack video", "Reset"));
+    EXPECT_THROW(lHandler.Play(URL(), Time(0)), RTSPErr);
+    EXPECT_THAT(lHandler.TakeCalls(), ElementsAre("SelectTracks video audio", "AvailableRange 0 0", "AcceptTrack video",
+                                                  "AcceptTrack audio"));
 }
 
 TEST_F(RTSPReplayTest, TracksThatWentWithTheirSessionAreDiscardedBeforeNewOnes) {

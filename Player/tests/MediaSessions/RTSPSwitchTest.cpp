@@ -120,6 +120,65 @@ TEST_F(RTSPSwitchTest, TheNewPresentationsFormatCounts) {
     EXPECT_EQ(2U, mPlayer.GetTrackReception(0).mPacketsReceived);
 }
 
+// The range counts in seconds, whatever the clock rate was before.
+TEST_F(RTSPSwitchTest, TheNewPresentationBeginsWhereItsRangeDoes) {
+    Interleave();
+    mPlayer.SetConfigParam("RTSP:TargetRTPBuffer", "0");
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | Supported: 3gpp-switch-req-sdp | SDP clip/ video
+        > SETUP clip/video 2
+        < 200 2 | Session: 5 | TCP 0
+        > PLAY clip 3
+        < 200 3 | RTP-Info: url=r/video;seq=1;rtptime=0
+        > PLAY other 4
+        < 200 4 | RTP-Info: url=r/video;seq=1;rtptime=1000 | Range: npt=10- | SDP - video:99:1000
+        SPLIT
+        S$ 0 {first}
+        S$ 0 {last}
+        NOTIFY sent
+    )");
+    using TestSupport::Hex;
+    using TestSupport::RtpPacket;
+    mServer->Set("first", Hex(RtpPacket().Type(99).Seq(1).Timestamp(1000).Marker().Payload({0x65}).Build()));
+    mServer->Set("last", Hex(RtpPacket().Type(99).Seq(2).Timestamp(3000).Marker().Payload({0x65}).Build()));
+    Play();
+    Play("other");
+    ASSERT_TRUE(mServer->Await("sent"));
+    EXPECT_EQ(Time(10, 1), TakeSample(0));
+    EXPECT_EQ(Time(12, 1), TakeSample(0));
+}
+
+TEST_F(RTSPSwitchTest, APlayingRangeIsThatOfItsPresentation) {
+    Start(kSwitchingPlay + std::string(R"(
+        < 200 5 | RTP-Info: url=r/video | SDP - video audio range=0-8
+    )"));
+    Switch();
+    EXPECT_EQ("PlayingRange 0 0", mHandler.TakeCalls().back());
+}
+
+TEST_F(RTSPSwitchTest, WhatIsSetUpInPartIsNotSwitched) {
+    Interleave();
+    Serve(R"(
+        > DESCRIBE clip 1
+        < 200 1 | Supported: 3gpp-switch-req-sdp | SDP clip/ video audio
+        > SETUP clip/video 2
+        < 200 2 | Session: 5 | TCP 0
+        > SETUP clip/audio 3
+        < 461 3
+        > TEARDOWN clip 4 | Session: 5
+        < 200 4
+        > DESCRIBE other 5
+        < 200 5 | SDP other/ video
+        > SETUP other/video 6 | TCP 0
+        < 200 6 | Session: 6 | TCP 0
+        > PLAY other 7 | Session: 6 | Range: npt=1.500000-
+        < 200 7 | RTP-Info: url=r/video
+    )");
+    EXPECT_THROW(mHandler.Play(URL(), Time(0)), RTSPErr);
+    Switch();
+}
+
 TEST_F(RTSPSwitchTest, TracksOfOneTypeAllGetTheFirstDescribed) {
     Interleave();
     Serve(R"(

@@ -67,9 +67,7 @@ void RTSP::DoResume() {
 void RTSP::Seek(MediaHandler& aHandler, Time aTo) {
     const Messages::Listening lListening(mMessages, aHandler);
     // A start that failed between two tracks leaves one that would play, and one that the player waits for in vain.
-    if (0 == mTracksAdded || mTracksAdded < mStreams.size()) {
-        PLAYER_THROW(SystemErr, ErrorCode::kNoSession, "RTSP::Seek(): %s", "No valid media session");
-    }
+    if (!IsSetUp()) { PLAYER_THROW(SystemErr, ErrorCode::kNoSession, "RTSP::Seek(): %s", "No valid media session"); }
     if (IsActive()) { DoPause(); }
     DoSeek(aHandler, aTo);
 }
@@ -101,8 +99,13 @@ void RTSP::Close(MediaHandler& aHandler) {
 }
 
 void RTSP::DoTeardown(MediaHandler& /*aHandler*/, bool aReconnect) {
-    SendTeardown();
-    RecvTeardown(mCSeq, aReconnect);
+    try {
+        SendTeardown();
+        RecvTeardown(mCSeq, aReconnect);
+    } catch (...) {
+        EnterState(Stopped, "Stopped");
+        throw;
+    }
     EnterState(Stopped, "Stopped");
 }
 

@@ -46,13 +46,14 @@ void RTSP::SendLines(std::vector<std::string> aLines) {
     lAdd("Authorization", mServerAuthentication);
 
     mMessages.BeginRequest();
+    // Nothing that can fail stands between the writing and the sending: half a request would go out with the next.
+    Report(__FILE__, __LINE__, Severity::Info, "Sending RTSP %s for URL: %s", mSent.mMethod.c_str(),
+           mSent.mURL.c_str());
+    mMessages.NotifySent(mSent.mMethod, URLOf(aLines[0]));
     for (const std::string& lLine : aLines) {
         mConnection.WriteLn(lLine);
     }
     mConnection.WriteLn();
-    Report(__FILE__, __LINE__, Severity::Info, "Sending RTSP %s for URL: %s", mSent.mMethod.c_str(),
-           mSent.mURL.c_str());
-    mMessages.NotifySent(mSent.mMethod, URLOf(aLines[0]));
     mConnection.Flush();
     mKeepAlive.Sent(Connection::Clock::now());
 }

@@ -33,7 +33,7 @@ void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
     } else if (mSessionId.empty()) {
         // What is described belongs to the URL that it was fetched for, and its tracks went with their session.
         if (URL() != lURL || mStreams.empty()) { ForgetDescription(); }
-    } else if (!mServer.mSwitchSupported) {
+    } else if (!CanSwitch()) {
         DoTeardown(aHandler, true);
         ForgetDescription();
     }
@@ -44,8 +44,7 @@ void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
     mPlaysFor = &aHandler;
 
     if (mDescription.mTrackProperties.empty()) { DoDescribe(aHandler); }
-    const bool lCanSwitch = !mSessionId.empty() && 0 != mTracksAdded;
-    DoPlay(aHandler, aFrom, lCanSwitch && mServer.mSwitchSupported);
+    DoPlay(aHandler, aFrom, CanSwitch());
 }
 
 void RTSP::LeaveServer(MediaHandler& aHandler) {
@@ -59,17 +58,30 @@ void RTSP::LeaveServer(MediaHandler& aHandler) {
 }
 
 void RTSP::DoDescribe(MediaHandler& aHandler) {
-    FetchDescription();
-    OfferTracks(aHandler);
     mStreams.clear();
+    FetchDescription();
+    try {
+        OfferTracks(aHandler);
+        mStreams = BuildChains(aHandler);
+    } catch (...) {
+        // Half a presentation is none.
+        DiscardTracks(aHandler);
+        ForgetDescription();
+        throw;
+    }
+}
+
+std::vector<RTSP::Stream> RTSP::BuildChains(MediaHandler& aHandler) {
+    std::vector<Stream> lStreams;
     for (const auto& lOffered : mDescription.mTrackProperties) {
-        if (kMostTracks == mStreams.size()) {
+        if (kMostTracks == lStreams.size()) {
             Report(__FILE__, __LINE__, Severity::Warning, "RTSP::DoDescribe(): %s", "Too many tracks");
             break;
         }
         Stream lStream;
-        if (BuildChain(aHandler, *lOffered, lStream)) { mStreams.push_back(lStream); }
+        if (BuildChain(aHandler, *lOffered, lStream)) { lStreams.push_back(lStream); }
     }
+    return lStreams;
 }
 
 void RTSP::FetchDescription() {
@@ -115,12 +127,14 @@ bool RTSP::RecvDescribe(Headers& aHeaders, UInt aCSeq) {
 }
 
 void RTSP::OfferTracks(MediaHandler& aHandler) {
-    if (mHandlerHasTracks) {
-        aHandler.Reset();
-        mHandlerHasTracks = false;
-    }
+    DiscardTracks(aHandler);
     aHandler.SelectTracks(mDescription.mSessionProperties, mDescription.mTrackProperties);
     aHandler.AvailableRange(mDescription.mAvailableStart, mDescription.mAvailableEnd);
+}
+
+void RTSP::DiscardTracks(MediaHandler& aHandler) {
+    if (mHandlerHasTracks) { aHandler.Reset(); }
+    mHandlerHasTracks = false;
 }
 
 bool RTSP::BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream& aStream) {
@@ -172,6 +186,7 @@ void RTSP::ReleaseTransport() {
     mTransport.Set(nullptr);
     mTracksAdded = 0;
     mHasMedia = false;
+    mTracksSetUp = 0;
 }
 
 bool RTSP::SetUpTracks() {
@@ -216,6 +231,7 @@ bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused) {
         mSessionId = lSession.substr(0, lSession.find(';'));
     }
     if (0 != lHeaders.count("Transport")) { HandleTrackVars(aIdx, lHeaders["Transport"]); }
+    ++mTracksSetUp;
     return true;
 }
 
@@ -241,12 +257,12 @@ void RTSP::DoPipelinedPlay(MediaHandler& aHandler, Time aFrom) {
         SetUpTracks();
         SendPlay(aFrom, false);
         lAllSetUp = RecvPipelinedSetups();
+        mTransport->Preflight();
     } catch (...) {
         // Answers that are still to come would be taken for those to later requests.
         DoConnectionReset();
         throw;
     }
-    mTransport->Preflight();
     if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Pipelined PLAY failed"); }
     if (!lAllSetUp) { GiveUpPipelined(); }
     StartPlaying(aHandler);
@@ -268,8 +284,12 @@ void RTSP::GiveUpPipelined() {
     constexpr char kWords[] = "One or more pipelined SETUP requests failed";
     Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s", kWords);
     if (!mSessionId.empty()) {
-        SendTeardown();
-        RecvTeardown(mCSeq, false);
+        try {
+            SendTeardown();
+            RecvTeardown(mCSeq, false);
+        } catch (...) {
+            // The caller learns why nothing is played. What is still set up is torn down before the next presentation.
+        }
     }
     throw RTSPErr(ErrorCode::kPipelinedSetUpFailed, "RTSP::DoPlay(): %s", kWords);
 }

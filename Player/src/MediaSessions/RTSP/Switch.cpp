@@ -31,7 +31,7 @@ void RTSP::FinishSwitch(MediaHandler& aHandler, Time aFrom) {
 }
 
 void RTSP::SwitchTracks(MediaHandler& aHandler) {
-    if (mDescription.mTrackProperties.size() != mStreams.size() || mTracksAdded != mStreams.size()) { throw kRetry; }
+    if (mDescription.mTrackProperties.size() != mStreams.size()) { throw kRetry; }
     mTransport->Preflight();
     OfferTracks(aHandler);
     for (TrackIdx lIdx = 0; lIdx < mStreams.size(); ++lIdx) {
@@ -49,6 +49,8 @@ void RTSP::SwitchTrack(MediaHandler& aHandler, TrackIdx aIdx) {
     RTP::Stack& lStack = mTransport->ModifyTrackRTPStack(aIdx);
     lStack.SetExpectedPT(static_cast<unsigned char>(DecimalToUInt(lOffered->Get("PayloadType"))));
     lStack.SetTimeRes(DecimalToUInt(lOffered->Get("TimeRes")));
+    // It is kept in units of the clock rate.
+    lStack.SetBeginTime(mDescription.mPlayingStart);
 }
 
 }  // namespace Player::MediaSessions
