@@ -71,6 +71,7 @@ if command -v ccache >/dev/null; then
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
 fi
 step "format" check_format
+step "includes" scripts/check-includes.py
 for preset in $presets; do
     step "build $preset" configure_and_build "$preset"
     step "test $preset" run_tests "$preset"

@@ -1,4 +1,4 @@
-#include "BitReader.hpp"
+#include "Player/BitReader.hpp"
 
 #include <gtest/gtest.h>
 

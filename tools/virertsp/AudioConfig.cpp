@@ -2,9 +2,9 @@
 
 #include <strings.h>
 
-#include "BitReader.hpp"
 #include "Failure.hpp"
 #include "FormatParameters.hpp"
+#include "Player/BitReader.hpp"
 #include "Player/String.hpp"
 
 namespace Virertsp {

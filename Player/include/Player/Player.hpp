@@ -2,6 +2,7 @@
 
 /// All of the media client library.
 #include "Player/Assert.hpp"
+#include "Player/BitReader.hpp"
 #include "Player/Buffer.hpp"
 #include "Player/Consumer.hpp"
 #include "Player/ErrorCode.hpp"

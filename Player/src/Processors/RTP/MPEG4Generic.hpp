@@ -3,9 +3,9 @@
 #include <map>
 #include <vector>
 
-#include "BitReader.hpp"
 #include "Packets/MPEG4GenericSample.hpp"
 #include "Packets/RTP.hpp"
+#include "Player/BitReader.hpp"
 #include "Processors/RTP/Depacketizer.hpp"
 
 namespace Player::Processors::RTP {
