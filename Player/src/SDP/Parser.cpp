@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "Player/Keys.hpp"
 #include "SDP/Reader.hpp"
 #include "Throw.hpp"
 
@@ -28,37 +29,37 @@ void InsertRest(Reader& aReader, Properties& aProps, const char* aKey) {
 
 /// o=<username> <sess-id> <sess-version> <nettype> <addrtype> <unicast-address>
 void ParseOrigin(Reader& aReader, PropertiesPtr& aSession) {
-    InsertTo(aReader, *aSession, "UserName", ' ');
-    InsertTo(aReader, *aSession, "SessionId", ' ');
-    InsertTo(aReader, *aSession, "SessionVersion", ' ');
-    InsertTo(aReader, *aSession, "OriginNetworkType", ' ');
-    InsertTo(aReader, *aSession, "OriginAddressType", ' ');
-    InsertRest(aReader, *aSession, "OriginAddress");
+    InsertTo(aReader, *aSession, Key::kUserName, ' ');
+    InsertTo(aReader, *aSession, Key::kSessionId, ' ');
+    InsertTo(aReader, *aSession, Key::kSessionVersion, ' ');
+    InsertTo(aReader, *aSession, Key::kOriginNetworkType, ' ');
+    InsertTo(aReader, *aSession, Key::kOriginAddressType, ' ');
+    InsertRest(aReader, *aSession, Key::kOriginAddress);
 }
 
 /// s=<session name>
 void ParseName(Reader& aReader, PropertiesPtr& aSession) {
-    InsertRest(aReader, *aSession, "SessionName");
+    InsertRest(aReader, *aSession, Key::kSessionName);
 }
 
 /// c=<nettype> <addrtype> <connection-address>
 void ParseConnection(Reader& aReader, PropertiesPtr& aProps) {
-    InsertTo(aReader, *aProps, "ConnectionNetworkType", ' ');
-    InsertTo(aReader, *aProps, "ConnectionAddressType", ' ');
-    InsertRest(aReader, *aProps, "ConnectionAddress");
+    InsertTo(aReader, *aProps, Key::kConnectionNetworkType, ' ');
+    InsertTo(aReader, *aProps, Key::kConnectionAddressType, ' ');
+    InsertRest(aReader, *aProps, Key::kConnectionAddress);
 }
 
 /// rtpmap:<payload type> <encoding name>/<clock rate>[/<encoding parameters>]
 void ParseRTPMap(Reader& aReader, Properties& aProps) {
     SkipLnTo(aReader, ' ');
-    InsertTo(aReader, aProps, "Format", '/');
-    InsertTo(aReader, aProps, "TimeRes", '/');
-    InsertRest(aReader, aProps, "EncParams");
+    InsertTo(aReader, aProps, Key::kFormat, '/');
+    InsertTo(aReader, aProps, Key::kTimeRes, '/');
+    InsertRest(aReader, aProps, Key::kEncParams);
 }
 
 /// control:<URL, absolute or relative>
 void ParseControl(Reader& aReader, Properties& aProps) {
-    InsertRest(aReader, aProps, "Id");
+    InsertRest(aReader, aProps, Key::kId);
 }
 
 /// range:npt=<start>-[<end>]
@@ -67,24 +68,24 @@ void ParseRange(Reader& aReader, Properties& aProps) {
     ReadLnTo(aReader, lKind, '=');
     if ("npt" != lKind) { return SkipLn(aReader); }
     SkipLnWhile(aReader, ' ');
-    InsertTo(aReader, aProps, "StartTime", '-');
+    InsertTo(aReader, aProps, Key::kStartTime, '-');
     SkipLnWhile(aReader, ' ');
-    InsertRest(aReader, aProps, "EndTime");
+    InsertRest(aReader, aProps, Key::kEndTime);
 }
 
 /// fmtp:<payload type> <parameters>
 void ParseFormatParams(Reader& aReader, Properties& aProps) {
     SkipLnTo(aReader, ' ');
-    InsertRest(aReader, aProps, "FmtParams");
+    InsertRest(aReader, aProps, Key::kFmtParams);
 }
 
 /// framesize:<payload type> <width>-<height>
 void ParseFrameSize(Reader& aReader, Properties& aProps) {
     SkipLnWhile(aReader, ' ');
     SkipLnTo(aReader, ' ');
-    InsertTo(aReader, aProps, "Width", '-');
+    InsertTo(aReader, aProps, Key::kWidth, '-');
     SkipLnWhile(aReader, ' ');
-    InsertRest(aReader, aProps, "Height");
+    InsertRest(aReader, aProps, Key::kHeight);
 }
 
 struct Attribute {
@@ -111,10 +112,10 @@ void ParseAttribute(Reader& aReader, PropertiesPtr& aProps) {
 /// m=<media> <port> <proto> <fmt> ..., and the lines that belong to it.
 void ParseMediaDescription(Reader& aReader, PropertiesList& aMedia) {
     PropertiesPtr lMedia(new Properties);
-    InsertTo(aReader, *lMedia, "MediaType", ' ');
-    InsertTo(aReader, *lMedia, "Port", ' ');
-    InsertTo(aReader, *lMedia, "Transport", ' ');
-    InsertTo(aReader, *lMedia, "PayloadType", ' ');
+    InsertTo(aReader, *lMedia, Key::kMediaType, ' ');
+    InsertTo(aReader, *lMedia, Key::kPort, ' ');
+    InsertTo(aReader, *lMedia, Key::kTransport, ' ');
+    InsertTo(aReader, *lMedia, Key::kPayloadType, ' ');
     SkipLn(aReader);
 
     bool lMine = true;

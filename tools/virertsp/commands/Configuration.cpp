@@ -1,52 +1,55 @@
 #include "commands/Configuration.hpp"
 
 #include "Failure.hpp"
+#include "Player/Keys.hpp"
 #include "Player/String.hpp"
 
 namespace Virertsp {
 
 namespace {
 
-struct Setting {
+namespace Setting = Player::Setting;
+
+struct Option {
     const char* mKey;
     const char* mMeaning;
 };
 
-constexpr char kTimeOut[] = "RTSP:TimeOutAfter";
-constexpr char kPortsFrom[] = "RTSP:UseUDPPortsFrom";
-constexpr char kPortsTo[] = "RTSP:UseUDPPortsTo";
+constexpr const char* kTimeOut = Setting::kTimeOutAfter;
+constexpr const char* kPortsFrom = Setting::kUseUDPPortsFrom;
+constexpr const char* kPortsTo = Setting::kUseUDPPortsTo;
 constexpr unsigned kDefaultPortsFrom = 49152;
 constexpr unsigned kDefaultPortsTo = 65536;
 constexpr unsigned kDefaultTimeOut = 10;
 
-constexpr Setting kSettings[] = {
-    {"RTSP:UseLocalIP", "local address to receive at"},
+constexpr Option kSettings[] = {
+    {Setting::kUseLocalIP, "local address to receive at"},
     {kTimeOut, "seconds to wait for the server (10)"},
-    {"RTSP:TimeOutRTPAfter", "seconds without media that end a track (20)"},
-    {"RTSP:TargetRTPBuffer", "seconds of media to buffer before playing (3)"},
+    {Setting::kTimeOutRTPAfter, "seconds without media that end a track (20)"},
+    {Setting::kTargetRTPBuffer, "seconds of media to buffer before playing (3)"},
     {kPortsFrom, "first local UDP port (49152)"},
     {kPortsTo, "end of the local UDP ports (65536)"},
-    {"RTSP:UseInterleavedRTP", "1: media over the RTSP connection (0)"},
-    {"RTSP:Profile", "modern or classic (modern)"},
-    {"RTSP:Transports", "udp, tcp or udp,tcp"},
-    {"RTSP:UDPBuffer", "bytes of each UDP socket's buffer"},
-    {"RTSP:UserName", "user, for servers that ask"},
-    {"RTSP:Password", "password, for servers that ask"},
-    {"RTSP:UseProxy", "RTSP proxy, HOST or HOST:PORT"},
-    {"RTSP:SendProxyAuth", "value of Proxy-Authorization"},
-    {"RTSP:SendNetworkType", "value of X-Network-Type"},
-    {"RTSP:SendReferrer", "value of Referrer"},
-    {"RTSP:SendWAPProfile", "value of X-WAP-Profile"},
-    {"RTSP:UseUserAgentNameStr", "product in User-Agent"},
-    {"RTSP:UseUserAgentVersionStr", "version in User-Agent"},
-    {"RTSP:UseDeviceStr", "device in User-Agent"},
+    {Setting::kUseInterleavedRTP, "1: media over the RTSP connection (0)"},
+    {Setting::kProfile, "modern or classic (modern)"},
+    {Setting::kTransports, "udp, tcp or udp,tcp"},
+    {Setting::kUDPBuffer, "bytes of each UDP socket's buffer"},
+    {Setting::kUserName, "user, for servers that ask"},
+    {Setting::kPassword, "password, for servers that ask"},
+    {Setting::kUseProxy, "RTSP proxy, HOST or HOST:PORT"},
+    {Setting::kSendProxyAuth, "value of Proxy-Authorization"},
+    {Setting::kSendNetworkType, "value of X-Network-Type"},
+    {Setting::kSendReferrer, "value of Referrer"},
+    {Setting::kSendWAPProfile, "value of X-WAP-Profile"},
+    {Setting::kUseUserAgentNameStr, "product in User-Agent"},
+    {Setting::kUseUserAgentVersionStr, "version in User-Agent"},
+    {Setting::kUseDeviceStr, "device in User-Agent"},
 };
 
 void Take(const std::string& aPair, Values& aValues) {
     const std::size_t lEquals = aPair.find('=');
     if (std::string::npos == lEquals) { throw Failure(kExitUsage, "\"" + aPair + "\" is not KEY=VALUE."); }
     const std::string lKey = aPair.substr(0, lEquals);
-    for (const Setting& lSetting : kSettings) {
+    for (const Option& lSetting : kSettings) {
         if (lKey == lSetting.mKey) {
             aValues[lKey] = aPair.substr(lEquals + 1);
             return;
@@ -77,7 +80,7 @@ void Check(const Values& aValues) {
 
 std::string ConfigurationHelp() {
     std::string lHelp = "Keys of --config:\n";
-    for (const Setting& lSetting : kSettings) {
+    for (const Option& lSetting : kSettings) {
         lHelp += Player::StringWithFormat("  %-29s %s\n", lSetting.mKey, lSetting.mMeaning);
     }
     return lHelp;

@@ -1,6 +1,7 @@
 #include "MediaSessions/RTSP/Configuration.hpp"
 
 #include "Player/Assert.hpp"
+#include "Player/Keys.hpp"
 #include "Player/Report.hpp"
 #include "Player/String.hpp"
 
@@ -14,7 +15,7 @@ void ReadText(const Properties& aConfig, const char* aKey, std::string& aOut) {
 
 /// Interleaving was a setting of its own before the ways could be chosen, and still is one.
 Transports ReadTransports(const Properties& aConfig, bool aInterleaved, const Dialect& aDialect) {
-    const std::string lText = aConfig.Get("RTSP:Transports");
+    const std::string lText = aConfig.Get(Setting::kTransports);
     const Transports lGiven = Transports::Parse(lText);
     if (!lGiven.Empty()) { return lGiven; }
     if (!lText.empty()) {
@@ -30,35 +31,35 @@ void ReadNumber(const Properties& aConfig, const char* aKey, UInt& aOut) {
 }  // namespace
 
 Configuration::Configuration(const Properties& aConfig) {
-    ReadText(aConfig, "RTSP:UseLocalIP", mUseLocalIP);
-    ReadNumber(aConfig, "RTSP:TimeOutAfter", mTimeOutAfter);
+    ReadText(aConfig, Setting::kUseLocalIP, mUseLocalIP);
+    ReadNumber(aConfig, Setting::kTimeOutAfter, mTimeOutAfter);
     PLAYER_ASSERT(0 != mTimeOutAfter);
-    ReadText(aConfig, "RTSP:UseDeviceStr", mUseDeviceStr);
-    ReadText(aConfig, "RTSP:UseUserAgentNameStr", mUseUserAgentNameStr);
-    ReadText(aConfig, "RTSP:UseUserAgentVersionStr", mUseUserAgentVersionStr);
-    ReadText(aConfig, "RTSP:UseProxy", mUseProxy);
-    ReadText(aConfig, "RTSP:SendProxyAuth", mSendProxyAuth);
-    ReadText(aConfig, "RTSP:SendNetworkType", mSendNetworkType);
-    ReadText(aConfig, "RTSP:SendReferrer", mSendReferrer);
-    ReadText(aConfig, "RTSP:SendWAPProfile", mSendWAPProfile);
-    ReadNumber(aConfig, "RTSP:TargetRTPBuffer", mTargetRTPBuffer);
-    ReadNumber(aConfig, "RTSP:UseUDPPortsFrom", mUseUDPPortsFrom);
+    ReadText(aConfig, Setting::kUseDeviceStr, mUseDeviceStr);
+    ReadText(aConfig, Setting::kUseUserAgentNameStr, mUseUserAgentNameStr);
+    ReadText(aConfig, Setting::kUseUserAgentVersionStr, mUseUserAgentVersionStr);
+    ReadText(aConfig, Setting::kUseProxy, mUseProxy);
+    ReadText(aConfig, Setting::kSendProxyAuth, mSendProxyAuth);
+    ReadText(aConfig, Setting::kSendNetworkType, mSendNetworkType);
+    ReadText(aConfig, Setting::kSendReferrer, mSendReferrer);
+    ReadText(aConfig, Setting::kSendWAPProfile, mSendWAPProfile);
+    ReadNumber(aConfig, Setting::kTargetRTPBuffer, mTargetRTPBuffer);
+    ReadNumber(aConfig, Setting::kUseUDPPortsFrom, mUseUDPPortsFrom);
     mUseUDPPortsFrom &= ~1U;
     PLAYER_ASSERT(mUseUDPPortsFrom < 65536);
-    ReadNumber(aConfig, "RTSP:UseUDPPortsTo", mUseUDPPortsTo);
+    ReadNumber(aConfig, Setting::kUseUDPPortsTo, mUseUDPPortsTo);
     mUseUDPPortsTo += mUseUDPPortsTo & 1U;
     PLAYER_ASSERT(mUseUDPPortsTo <= 65536 && mUseUDPPortsTo > mUseUDPPortsFrom);
     UInt lTimeOutRTPAfter = 20;
-    ReadNumber(aConfig, "RTSP:TimeOutRTPAfter", lTimeOutRTPAfter);
+    ReadNumber(aConfig, Setting::kTimeOutRTPAfter, lTimeOutRTPAfter);
     mTimeOutRTPAfter = Time(lTimeOutRTPAfter, 1);
     mUseInterleavedRTP =
-        0 != static_cast<int>(std::strtoll(aConfig.Get("RTSP:UseInterleavedRTP").c_str(), nullptr, 10));
-    mDialect = &Dialect::Named(aConfig.Get("RTSP:Profile"));
-    ReadText(aConfig, "RTSP:UserName", mUserName);
-    ReadText(aConfig, "RTSP:Password", mPassword);
+        0 != static_cast<int>(std::strtoll(aConfig.Get(Setting::kUseInterleavedRTP).c_str(), nullptr, 10));
+    mDialect = &Dialect::Named(aConfig.Get(Setting::kProfile));
+    ReadText(aConfig, Setting::kUserName, mUserName);
+    ReadText(aConfig, Setting::kPassword, mPassword);
     mTransports = ReadTransports(aConfig, mUseInterleavedRTP, *mDialect);
-    ReadNumber(aConfig, "RTSP:UDPBuffer", mUDPBuffer);
-    ReadNumber(aConfig, "RTSP:UDPPatience", mUDPPatience);
+    ReadNumber(aConfig, Setting::kUDPBuffer, mUDPBuffer);
+    ReadNumber(aConfig, Setting::kUDPPatience, mUDPPatience);
 }
 
 }  // namespace Player::MediaSessions
