@@ -19,7 +19,7 @@ struct GstVireRtspSrcPrivate {
 
 namespace {
 
-constexpr const char* kVersion = "1.6.0";
+constexpr const char* kVersion = VIRE_VERSION;
 constexpr const char* kBuild = "6415";
 
 gpointer parent_class = nullptr;

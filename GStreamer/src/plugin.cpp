@@ -18,4 +18,4 @@ gboolean virertspsrc_init(GstPlugin* aPlugin) {
 }  // namespace
 
 GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, "virertspsrc", "Template virertspsrc", virertspsrc_init,
-                  "1.6.0", "Proprietary", "Quenra", "https://quenra.example/")
+                  VIRE_VERSION, "Proprietary", "Quenra", "https://quenra.example/")
