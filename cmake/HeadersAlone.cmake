@@ -1,6 +1,10 @@
 # vire_headers_alone(TARGET DIR...): an object library with one source per header below the folders,
 # which includes that header first and alone. TARGET's include folders apply.
+# Once is enough: what a header lacks it lacks on every machine, and with sanitizers as without.
 function(vire_headers_alone aTarget)
+    if(VIRE_SANITIZE OR CMAKE_CROSSCOMPILING)
+        return()
+    endif()
     set(lSources)
     foreach(lDir ${ARGN})
         file(GLOB_RECURSE lHeaders CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}/${lDir}
