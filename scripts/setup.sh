@@ -6,7 +6,7 @@
 set -eu
 
 packages="
-    build-essential cmake ninja-build pkg-config ccache mold
+    build-essential cmake ninja-build pkg-config ccache mold doxygen
     clang clang-format clang-tidy cppcheck libclang-rt-14-dev llvm
     libglib2.0-dev libgnutls28-dev
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev

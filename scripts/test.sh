@@ -103,6 +103,7 @@ for preset in $presets; do
     step "test $preset" run_tests "$preset"
 done
 if [ "$presets" != "debug" ]; then
+    step "reference" cmake --build --preset debug --target reference -- --quiet
     step "endurance" run_long_tests
     step "32-bit ARM" scripts/test-armhf.sh
     step "clang-tidy" end_check "$tidy" build/tidy.out
