@@ -74,7 +74,7 @@ bool Source::guarded(const char* aWhat, const std::function<void()>& aAction) {
         m_messages.warn_failed(aWhat, m_settings.location(), lException.what());
     } catch (...) {
         GST_ERROR_OBJECT(m_element, "%s failed", aWhat);
-        m_messages.warn_failed(aWhat, m_settings.location(), "nobody knows why");
+        m_messages.warn_failed(aWhat, m_settings.location(), "the reason is unknown");
     }
     return false;
 }

@@ -280,7 +280,7 @@ void Connection::WriteAll(const Byte* aData, UInt aSize) {
         const SInt lResult = mSocket->Write(aData + lSent, aSize - lSent, mConfig.mTimeOutAfter);
         if (Socket::kTimeOut == lResult) {
             PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kWriteFailed, ETIMEDOUT, "RTSP::Flush(): %s",
-                                "The server takes nothing in");
+                                "The server reads nothing");
         }
         if (lResult > 0) { lSent += static_cast<UInt>(lResult); }
     }

@@ -291,7 +291,7 @@ TEST_F(MessagesTest, AConnectionThatBreaksAmidFramesIsSurvived) {
 TEST_F(MessagesTest, AReportThatTheServerDoesNotTakeEndsTheWait) {
     mPeer.FillClient();
     mPeer.Send(Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, TestSupport::SenderReport(7, 1, 1))));
-    EXPECT_EQ("3/39 RTSP::Flush(): The server takes nothing in", Testing::Thrown([&] { mMessages.RecvResponse(1); }));
+    EXPECT_EQ("3/39 RTSP::Flush(): The server reads nothing", Testing::Thrown([&] { mMessages.RecvResponse(1); }));
     EXPECT_FALSE(mConnection.IsOpen());
     EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));
 }
