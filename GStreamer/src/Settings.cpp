@@ -38,10 +38,20 @@ Settings::~Settings() {
     for (int lKey = kLocation; lKey < kNetworkAvailable; ++lKey) {
         // Deliberate: the profile's turn clears the referrer's slot once more, so that the text of the
         // profile is never freed.
-        gchar*& lValue = m_values[kWapProfile == lKey ? kReferrer : lKey];
+        gchar*& lValue = value(kWapProfile == lKey ? kReferrer : static_cast<ConfigParamKey>(lKey));
         g_free(lValue);
         lValue = nullptr;
     }
+}
+
+gchar*& Settings::value(ConfigParamKey aKey) {
+    constexpr gchar* Settings::*kMembers[] = {
+        &Settings::m_location,      &Settings::m_useProxy,         &Settings::m_proxyAuthorization,
+        &Settings::m_networkType,   &Settings::m_referrer,         &Settings::m_wapProfile,
+        &Settings::m_useLocalIp,    &Settings::m_udpPortsFrom,     &Settings::m_udpPortsTo,
+        &Settings::m_rtpBufferSize, &Settings::m_timeoutRtspAfter, &Settings::m_timeoutRtpAfter,
+    };
+    return this->*kMembers[aKey];
 }
 
 const char* Settings::library_key(ConfigParamKey aKey) {
@@ -50,20 +60,20 @@ const char* Settings::library_key(ConfigParamKey aKey) {
 
 const gchar* Settings::get(ConfigParamKey aKey) const {
     const Lock lLock(m_mutex);
-    const gchar* const lValue = has(aKey) ? m_values[aKey] : nullptr;
+    const gchar* const lValue = has(aKey) ? value(aKey) : nullptr;
     return nullptr == lValue ? nullptr : m_handedOut.insert(lValue).first->c_str();
 }
 
 gchar* Settings::dup(ConfigParamKey aKey) const {
     const Lock lLock(m_mutex);
-    return has(aKey) ? g_strdup(m_values[aKey]) : nullptr;
+    return has(aKey) ? g_strdup(value(aKey)) : nullptr;
 }
 
 void Settings::set(ConfigParamKey aKey, const gchar* aValue) {
     if (!has(aKey)) { return; }
     const Lock lLock(m_mutex);
-    gchar* const lOld = m_values[aKey];
-    m_values[aKey] = g_strdup(aValue);
+    gchar* const lOld = value(aKey);
+    value(aKey) = g_strdup(aValue);
     g_free(lOld);
 }
 
@@ -77,7 +87,7 @@ bool Settings::set_location(const gchar* aValue) {
 
 std::string Settings::text(ConfigParamKey aKey) const {
     const Lock lLock(m_mutex);
-    const gchar* const lValue = has(aKey) ? m_values[aKey] : nullptr;
+    const gchar* const lValue = has(aKey) ? value(aKey) : nullptr;
     return nullptr == lValue ? std::string() : std::string(lValue);
 }
 

@@ -39,7 +39,23 @@ public:
 
 private:
     Mutex m_mutex;
-    gchar* m_values[kNetworkAvailable] = {};  ///< Under m_mutex.
+    /// Where the text of a string setting is.
+    gchar*& value(ConfigParamKey aKey);
+    const gchar* value(ConfigParamKey aKey) const { return const_cast<Settings*>(this)->value(aKey); }
+
+    // By key; under m_mutex.
+    gchar* m_location = nullptr;
+    gchar* m_useProxy = nullptr;
+    gchar* m_proxyAuthorization = nullptr;
+    gchar* m_networkType = nullptr;
+    gchar* m_referrer = nullptr;
+    gchar* m_wapProfile = nullptr;
+    gchar* m_useLocalIp = nullptr;
+    gchar* m_udpPortsFrom = nullptr;
+    gchar* m_udpPortsTo = nullptr;
+    gchar* m_rtpBufferSize = nullptr;
+    gchar* m_timeoutRtspAfter = nullptr;
+    gchar* m_timeoutRtpAfter = nullptr;
     /// What `get` has handed out, each text once; under m_mutex.
     mutable std::set<std::string> m_handedOut;
 };
