@@ -7,10 +7,7 @@ namespace Player::Processors::RTP {
 namespace {
 
 constexpr UInt kFlagAndReservedBits = 8;
-
-void SkipBytes(BitReader& aBits, UInt aBytes) {
-    aBits.Skip(std::uint64_t{aBytes} * 8);
-}
+constexpr std::uint64_t kBitsOfByte = 8;
 
 }  // namespace
 
@@ -26,13 +23,13 @@ EncMPEG4Generic::EncMPEG4Generic(Properties& aFormat)
     mHasSeveralAUs = false;
 }
 
-void EncMPEG4Generic::ReadFormatSpecificFields(BitReader& aBits) {
-    if (mHasEncryptedFlag) { aBits.Skip(kFlagAndReservedBits); }
-    SkipBytes(aBits, IsFirstAU() ? mIVWidth : mDeltaIVWidth);
-    if (IsFirstAU() || mHasKeyIndicatorPerAU) { SkipBytes(aBits, mKeyIndicatorWidth); }
+void EncMPEG4Generic::ReadFormatSpecificFields(const unsigned char* aPayload, unsigned int& aBitPos) {
+    if (mHasEncryptedFlag) { SkipBits(aPayload, aBitPos, kFlagAndReservedBits); }
+    SkipBits(aPayload, aBitPos, kBitsOfByte * (IsFirstAU() ? mIVWidth : mDeltaIVWidth));
+    if (IsFirstAU() || mHasKeyIndicatorPerAU) { SkipBits(aPayload, aBitPos, kBitsOfByte * mKeyIndicatorWidth); }
 }
 
-void EncMPEG4Generic::SplitPayloadToSamples(const Packets::RTP& aPacket) {
+void EncMPEG4Generic::SplitPayloadToSamples(const PacketPtr& aPacket) {
     if (mIsVideo) {
         GetFragmentedAU(aPacket);
     } else {

@@ -11,9 +11,9 @@ public:
     explicit EncMPEG4Generic(Properties& aFormat);
 
 protected:
-    void ReadFormatSpecificFields(BitReader& aBits) override;
+    void ReadFormatSpecificFields(const unsigned char* aPayload, unsigned int& aBitPos) override;
     /// A video frame spans packets: all that comes up to the marker bit is one sample.
-    void SplitPayloadToSamples(const Packets::RTP& aPacket) override;
+    void SplitPayloadToSamples(const PacketPtr& aPacket) override;
 
 private:
     bool mIsVideo;

@@ -75,7 +75,7 @@ UInt MPEG4Generic::Width(const char* aKey) const {
 }
 
 bool MPEG4Generic::Handle(const SharedPtr<Packet, SharedObject>& aPacket, Time aLatest) {
-    return Decode(AsRTP(*aPacket), aLatest);
+    return Decode(PacketPtr(static_cast<Packets::RTP*>(&aPacket.Ref())), aLatest);
 }
 
 void MPEG4Generic::Flush() {
@@ -88,17 +88,37 @@ void MPEG4Generic::Flush() {
 //   AU headers, filled up to whole bytes
 //   auxiliary data size in bits and the data, when the size has a width
 //   the AUs' data
-bool MPEG4Generic::Decode(const Packets::RTP& aPacket, Time aLatest) {
-    BitReader lBits(aPacket.Begin(), aPacket.Size());
-    ReadAuHeadersLength(aPacket, lBits);
-    FindData(aPacket);
-    ReadAUs(aPacket, lBits);
-    ReadAuxiliaryData(lBits);
-    return !aPacket.HasMarker() || DeliverSamples(aLatest);
+bool MPEG4Generic::Decode(const PacketPtr& aPacket, Time aLatest) {
+    mPayloadSize = aPacket->Size();
+    unsigned int lBitPos = 0;
+    ReadAuHeadersLength(*aPacket, lBitPos);
+    FindData(*aPacket);
+    ReadAUs(aPacket, lBitPos);
+    ReadAuxiliaryData(aPacket->Begin(), lBitPos);
+    return !aPacket->HasMarker() || DeliverSamples(aLatest);
 }
 
-void MPEG4Generic::ReadAuHeadersLength(const Packets::RTP& aPacket, BitReader& aBits) {
-    const UInt lLength = aBits.Read(kLengthFieldBits);
+BitReader MPEG4Generic::ReaderAt(const unsigned char* aPayload, unsigned int aBitPos) const {
+    BitReader lBits(aPayload, mPayloadSize);
+    lBits.Seek(aBitPos);
+    return lBits;
+}
+
+UInt MPEG4Generic::ReadBits(const unsigned char* aPayload, unsigned int& aBitPos, unsigned int aBits) const {
+    BitReader lBits = ReaderAt(aPayload, aBitPos);
+    const UInt lValue = lBits.Read(aBits);
+    aBitPos = static_cast<unsigned int>(lBits.Position());
+    return lValue;
+}
+
+void MPEG4Generic::SkipBits(const unsigned char* aPayload, unsigned int& aBitPos, std::uint64_t aBits) const {
+    BitReader lBits = ReaderAt(aPayload, aBitPos);
+    lBits.Skip(aBits);
+    aBitPos = static_cast<unsigned int>(lBits.Position());
+}
+
+void MPEG4Generic::ReadAuHeadersLength(const Packets::RTP& aPacket, unsigned int& aBitPos) {
+    const UInt lLength = ReadBits(aPacket.Begin(), aBitPos, kLengthFieldBits);
     const UInt lBytesLeft = aPacket.Size() - Util::Min(aPacket.Size(), kLengthFieldBytes);
     const std::uint64_t lCut = Util::Min(std::uint64_t{lLength}, std::uint64_t{lBytesLeft} * 8);
     mAUHeadersLength = static_cast<unsigned short>(lCut);
@@ -120,48 +140,50 @@ void MPEG4Generic::FindData(const Packets::RTP& aPacket) {
     mAUHeadersLength = static_cast<unsigned short>(mAUHeadersLength + kLengthFieldBits);
 }
 
-void MPEG4Generic::ReadAUs(const Packets::RTP& aPacket, BitReader& aBits) {
-    const std::uint64_t lMostTaken = std::uint64_t{aPacket.Size()} * kMaxCopies;
+void MPEG4Generic::ReadAUs(const PacketPtr& aPacket, unsigned int& aBitPos) {
+    const Byte* const lPayload = aPacket->Begin();
+    const std::uint64_t lMostTaken = std::uint64_t{mPayloadSize} * kMaxCopies;
     mIsFirstAU = true;
     mTakenBytes = 0;
-    while (aBits.Position() < mAUHeadersLength && !aBits.AtEnd() && mTakenBytes <= lMostTaken) {
-        const std::uint64_t lHeader = aBits.Position();
-        ReadFormatSpecificFields(aBits);
-        ReadAuHeader(aBits);
+    while (aBitPos < mAUHeadersLength && !ReaderAt(lPayload, aBitPos).AtEnd() && mTakenBytes <= lMostTaken) {
+        const unsigned int lHeader = aBitPos;
+        ReadFormatSpecificFields(lPayload, aBitPos);
+        ReadAuHeader(lPayload, aBitPos);
         SplitPayloadToSamples(aPacket);
         mIsFirstAU = false;
         // Headers without any field would go on for ever.
-        if (!mHasSeveralAUs || aBits.Position() == lHeader) { break; }
+        if (!mHasSeveralAUs || aBitPos == lHeader) { break; }
     }
 }
 
-void MPEG4Generic::ReadFormatSpecificFields(BitReader& /*aBits*/) {}
+void MPEG4Generic::ReadFormatSpecificFields(const unsigned char* /*aPayload*/, unsigned int& /*aBitPos*/) {}
 
-void MPEG4Generic::ReadAuxiliaryData(BitReader& /*aBits*/) {}
+void MPEG4Generic::ReadAuxiliaryData(const unsigned char* /*aPayload*/, unsigned int& /*aBitPos*/) {}
 
-void MPEG4Generic::ReadAuHeader(BitReader& aBits) {
-    mAUSize = aBits.Read(mSizeWidth);
+void MPEG4Generic::ReadAuHeader(const unsigned char* aPayload, unsigned int& aBitPos) {
+    mAUSize = ReadBits(aPayload, aBitPos, mSizeWidth);
     if (mIndexWidth > 0) {
         if (mIsFirstAU) {
-            mAUIndex = aBits.Read(mIndexWidth);
+            mAUIndex = ReadBits(aPayload, aBitPos, mIndexWidth);
         } else {
             const std::uint64_t lModulus = std::uint64_t{1} << Util::Min(mIndexWidth, 32U);
-            mAUIndex = (mAUIndex + aBits.Read(mIndexDeltaWidth) + 1) & static_cast<UInt>(lModulus - 1);
+            const UInt lDelta = ReadBits(aPayload, aBitPos, mIndexDeltaWidth);
+            mAUIndex = (mAUIndex + lDelta + 1) & static_cast<UInt>(lModulus - 1);
         }
     }
-    StepOverTimeDelta(aBits, mCTSDeltaWidth);
-    StepOverTimeDelta(aBits, mDTSDeltaWidth);
-    mIsRandomAccessPoint = mHasRandomAccessFlag && 0 != aBits.Read(1);
-    aBits.Skip(mStreamStateWidth);
+    StepOverTimeDelta(aPayload, aBitPos, mCTSDeltaWidth);
+    StepOverTimeDelta(aPayload, aBitPos, mDTSDeltaWidth);
+    mIsRandomAccessPoint = mHasRandomAccessFlag && 0 != ReadBits(aPayload, aBitPos, 1);
+    SkipBits(aPayload, aBitPos, mStreamStateWidth);
 }
 
 /// A flag and, when it is set, the delta. All AUs of a packet play at the packet's time.
-void MPEG4Generic::StepOverTimeDelta(BitReader& aBits, UInt aWidth) const {
-    if (aWidth > 0 && 0 != aBits.Read(1)) { aBits.Skip(aWidth); }
+void MPEG4Generic::StepOverTimeDelta(const unsigned char* aPayload, unsigned int& aBitPos, UInt aWidth) const {
+    if (aWidth > 0 && 0 != ReadBits(aPayload, aBitPos, 1)) { SkipBits(aPayload, aBitPos, aWidth); }
 }
 
-void MPEG4Generic::SplitPayloadToSamples(const Packets::RTP& aPacket) {
-    const UInt lRemaining = aPacket.Size() - mDataStart;
+void MPEG4Generic::SplitPayloadToSamples(const PacketPtr& aPacket) {
+    const UInt lRemaining = aPacket->Size() - mDataStart;
     if (0 == mAUSize || mAUSize > lRemaining) {
         GetFragmentedAU(aPacket);
     } else if (mAUSize < lRemaining) {
@@ -171,25 +193,25 @@ void MPEG4Generic::SplitPayloadToSamples(const Packets::RTP& aPacket) {
     }
 }
 
-void MPEG4Generic::GetCompleteAU(const Packets::RTP& aPacket) {
-    AddSample(aPacket, mDataStart, mAUSize);
+void MPEG4Generic::GetCompleteAU(const PacketPtr& aPacket) {
+    AddSample(*aPacket, mDataStart, mAUSize);
 }
 
-void MPEG4Generic::GetConcatenatedAU(const Packets::RTP& aPacket) {
-    const UInt lSize = Util::Min(mAUSize, aPacket.Size() - mDataPosition);
+void MPEG4Generic::GetConcatenatedAU(const PacketPtr& aPacket) {
+    const UInt lSize = Util::Min(mAUSize, aPacket->Size() - mDataPosition);
     if (0 == lSize) { return; }
-    AddSample(aPacket, mDataPosition, lSize);
+    AddSample(*aPacket, mDataPosition, lSize);
     mDataPosition += lSize;
 }
 
-void MPEG4Generic::GetFragmentedAU(const Packets::RTP& aPacket) {
-    const UInt lSize = aPacket.Size() - mDataStart;
+void MPEG4Generic::GetFragmentedAU(const PacketPtr& aPacket) {
+    const UInt lSize = aPacket->Size() - mDataStart;
     if (mSamples.empty()) {
-        AddSample(aPacket, mDataStart, lSize);
+        AddSample(*aPacket, mDataStart, lSize);
         return;
     }
     mTakenBytes += lSize;
-    mSamples.back()->Append(aPacket.Begin() + mDataStart, lSize);
+    mSamples.back()->Append(aPacket->Begin() + mDataStart, lSize);
     Hold(lSize);
 }
 

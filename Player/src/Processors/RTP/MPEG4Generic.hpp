@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <vector>
 
@@ -25,16 +26,22 @@ public:
     void Flush() override;
 
 protected:
-    /// Steps over what stands before each AU header.
-    virtual void ReadFormatSpecificFields(BitReader& aBits);
-    virtual void ReadAuHeader(BitReader& aBits);
+    using PacketPtr = SharedPtr<Packets::RTP, SharedObject>;
+
+    /// Steps over what stands before each AU header. Positions are in bits of the payload, as in the next two.
+    virtual void ReadFormatSpecificFields(const unsigned char* aPayload, unsigned int& aBitPos);
+    virtual void ReadAuHeader(const unsigned char* aPayload, unsigned int& aBitPos);
     /// Called at the end of the AU headers that were read.
-    virtual void ReadAuxiliaryData(BitReader& aBits);
+    virtual void ReadAuxiliaryData(const unsigned char* aPayload, unsigned int& aBitPos);
     /// Takes the bytes of the access unit whose header was read last.
-    virtual void SplitPayloadToSamples(const Packets::RTP& aPacket);
-    virtual void GetFragmentedAU(const Packets::RTP& aPacket);
-    virtual void GetCompleteAU(const Packets::RTP& aPacket);
-    virtual void GetConcatenatedAU(const Packets::RTP& aPacket);
+    virtual void SplitPayloadToSamples(const PacketPtr& aPacket);
+    virtual void GetFragmentedAU(const PacketPtr& aPacket);
+    virtual void GetCompleteAU(const PacketPtr& aPacket);
+    virtual void GetConcatenatedAU(const PacketPtr& aPacket);
+
+    /// The next bits of the payload at hand, as `BitReader` reads them: none are taken from behind its end.
+    UInt ReadBits(const unsigned char* aPayload, unsigned int& aBitPos, unsigned int aBits) const;
+    void SkipBits(const unsigned char* aPayload, unsigned int& aBitPos, std::uint64_t aBits) const;
 
     /// The parameter "mode".
     const String& Mode() const { return mMode; }
@@ -50,12 +57,13 @@ protected:
 private:
     using Sample = Packets::MPEG4GenericSample;
 
-    bool Decode(const Packets::RTP& aPacket, Time aLatest);
+    bool Decode(const PacketPtr& aPacket, Time aLatest);
     void ReadParameters(const String& aText);
-    void ReadAuHeadersLength(const Packets::RTP& aPacket, BitReader& aBits);
+    void ReadAuHeadersLength(const Packets::RTP& aPacket, unsigned int& aBitPos);
     void FindData(const Packets::RTP& aPacket);
-    void ReadAUs(const Packets::RTP& aPacket, BitReader& aBits);
-    void StepOverTimeDelta(BitReader& aBits, UInt aWidth) const;
+    void ReadAUs(const PacketPtr& aPacket, unsigned int& aBitPos);
+    BitReader ReaderAt(const unsigned char* aPayload, unsigned int aBitPos) const;
+    void StepOverTimeDelta(const unsigned char* aPayload, unsigned int& aBitPos, UInt aWidth) const;
     void AddSample(const Packets::RTP& aPacket, UInt aStart, UInt aSize);
     void Hold(UInt aBytes);
     bool DeliverSamples(Time aLatest);
@@ -73,6 +81,8 @@ private:
     UInt mAuxiliarySizeWidth = 0;
     bool mHasRandomAccessFlag = false;
 
+    /// In bytes, of the packet at hand.
+    UInt mPayloadSize = 0;
     /// In bits; then where the AU headers end. 16 bits wide like the field.
     unsigned short mAUHeadersLength = 0;
     UInt mAUSize = 0;
