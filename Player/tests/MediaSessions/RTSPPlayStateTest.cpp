@@ -128,6 +128,24 @@ TEST_F(RTSPPlayStateTest, TakesInWithoutDelivering) {
     EXPECT_TRUE(TakesPacket(kAudio));
 }
 
+TEST_F(RTSPPlayStateTest, TakesInWhileBuffering) {
+    Start();
+    Send(kVideo, 1, 0);
+    EXPECT_FALSE(mPlayer.TrackHasPacket(kVideo));
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering"));
+    Send(kVideo, 2, 1);
+    Send(kAudio, 1, 1);
+    mPlayer.TakeIn();
+    EXPECT_EQ(2U, mPlayer.GetTrackReception(kVideo).mPacketsReceived);
+    EXPECT_EQ(1U, mPlayer.GetTrackReception(kAudio).mPacketsReceived);
+
+    Send(kVideo, 3, 4 * kTicks[kVideo]);
+    mPlayer.TakeIn();
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering")) << "that is left to whoever asks for media";
+    EXPECT_TRUE(TakesPacket(kVideo));
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering", "Playing"));
+}
+
 TEST_F(RTSPPlayStateTest, EveryTrackReportsUnderANumberDrawnForIt) {
     constexpr unsigned kSeed = 4711;
     std::srand(kSeed);

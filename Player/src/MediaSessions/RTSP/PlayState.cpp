@@ -55,8 +55,8 @@ bool RTSP::Fetch(UInt aTrack) {
 
 void RTSP::TakeIn() {
     StayAlive();
-    // Before that the first media to arrive changes the state, so it must be `Produce` that sees it.
-    if (Playing == mState) { mTransport->Fill(); }
+    // The first media to arrive change the state, so it must be `Produce` that sees them.
+    if (Buffering == mState || Playing == mState) { mTransport->Fill(); }
 }
 
 bool RTSP::Produce(UInt aTrack) {
