@@ -20,6 +20,8 @@ struct Reception {
     UInt mPacketsReordered = 0;
     /// Packets dropped because one with the same index was queued.
     UInt mPacketsDuplicate = 0;
+    /// Packets dropped because the session held all that it may; counted as received.
+    UInt mPacketsDropped = 0;
     /// Whole datagrams of the received packets, RTP header included.
     std::uint64_t mBytes = 0;
     /// Interarrival jitter in seconds (RFC 3550 section 6.4.1).
@@ -29,6 +31,9 @@ struct Reception {
     /// Play time between the oldest and the newest packet still held in order.
     Time mBufferedTime;
     End mEnd = End::kRunning;
+
+    /// Packets that the track's samples lack.
+    SInt Missing() const { return mPacketsLost + static_cast<SInt>(mPacketsDropped); }
 };
 
 }  // namespace Player

@@ -19,7 +19,7 @@ constexpr UInt kMinCompound = 8;
 /// Up to the RTP time, which is as far as sender reports are read.
 constexpr UInt kSenderReport = 20;
 
-enum PacketType : Byte { kSR = 200, kRR = 201, kBYE = 203 };
+enum PacketType : Byte { kSR = 200, kRR = 201, kSDES = 202, kBYE = 203, kAPP = 204 };
 
 Byte Version(const Byte* aData) {
     return aData[0] >> 6;
@@ -120,7 +120,6 @@ bool Stack::TakeRTP(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& 
 
 bool Stack::Enqueue(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& aLengths, UInt aIndex,
                     long long aTimestamp) {
-    if (Full()) { return false; }
     Queue& lQueue = mRun.mQueue;
     auto lAt = lQueue.end();
     if (!lQueue.empty() && aIndex <= lQueue.back()->SeqNumberExt()) {
@@ -133,9 +132,15 @@ bool Stack::Enqueue(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& 
             return false;
         }
     }
+    if (!mHeld.Takes()) {
+        mRun.mPacketsDropped += 1;
+        mHeld.ReportDrop();
+        return false;
+    }
     SharedPtr<Packets::RTP, SharedObject> lPacket(new Packets::RTP(aData, aSize, aLengths, aIndex, aTimestamp));
-    mRun.mQueuedBytes += Occupied(*lPacket);
+    const std::size_t lBytes = Occupied(*lPacket);
     lQueue.insert(lAt, std::move(lPacket));
+    mHeld.Add(lBytes);
     return true;
 }
 
@@ -153,22 +158,34 @@ bool Stack::HandleRTCP(const unsigned char* aData, unsigned int aSize, Time aArr
     UInt lLength = 0;
     for (UInt lAt = 0; lAt < aSize; lAt += lLength) {
         lLength = RTCPLength(aData + lAt);
-        // Receiver reports, source descriptions and application packets tell nothing of use here.
         switch (aData[lAt + 1]) {
-            case kSR: HandleSenderReport(aData + lAt, lLength, aArrival); break;
-            case kBYE: mRun.mEnd = Reception::End::kBye; break;
-            default: break;
+            case kSR: HandleRTCP_SR(aData + lAt, lLength, aArrival); break;
+            case kRR: HandleRTCP_RR(aData + lAt, lLength); break;
+            case kSDES: HandleRTCP_SDES(aData + lAt, lLength); break;
+            case kBYE: HandleRTCP_BYE(aData + lAt, lLength); break;
+            case kAPP: HandleRTCP_APP(aData + lAt, lLength); break;
+            default: HandleRTCP_UDEF(aData + lAt, lLength); break;
         }
     }
     return true;
 }
 
-void Stack::HandleSenderReport(const Byte* aData, UInt aSize, Time aArrival) {
+void Stack::HandleRTCP_SR(const Byte* aData, UInt aSize, Time aArrival) {
     if (aSize < kSenderReport) { return; }
     const std::uint64_t lSeconds = BigEndian::Read32(aData + 8);
     const UInt lFraction = BigEndian::Read32(aData + 12);
     mRun.mClock.Update(lSeconds << 32 | lFraction, BigEndian::Read32(aData + 16), aArrival, mTimeRes);
 }
+
+void Stack::HandleRTCP_BYE(const Byte* /*aData*/, UInt /*aSize*/) {
+    mRun.mEnd = Reception::End::kBye;
+}
+
+// These tell nothing of use here.
+void Stack::HandleRTCP_RR(const Byte* /*aData*/, UInt /*aSize*/) {}
+void Stack::HandleRTCP_SDES(const Byte* /*aData*/, UInt /*aSize*/) {}
+void Stack::HandleRTCP_APP(const Byte* /*aData*/, UInt /*aSize*/) {}
+void Stack::HandleRTCP_UDEF(const Byte* /*aData*/, UInt /*aSize*/) {}
 
 unsigned int Stack::AssembleRTCP_RR(unsigned char* aBuf, unsigned int aSize, Time aNow) {
     if (aSize < ReceiverReport::kSize || 0 == mRun.mPacketsReceived) { return 0; }
@@ -191,7 +208,7 @@ SharedPtr<Packets::RTP, SharedObject> Stack::Pop() {
     if (Empty()) { return lPacket; }
     lPacket.Swap(mRun.mQueue.front());
     mRun.mQueue.pop_front();
-    mRun.mQueuedBytes -= Occupied(*lPacket);
+    mHeld.Remove(Occupied(*lPacket));
     mRun.mPoppedIndex = lPacket->SeqNumberExt();
     mRun.mPoppedTimestamp = lPacket->TimestampExt();
     lPacket->SetPlayTime(AdjustedCurrentTime());
@@ -255,11 +272,22 @@ void Stack::Preflight(Time aNow) {
 }
 
 void Stack::Flush(Time aNow) {
+    mHeld.Clear();
     mRun = Run();
     mLearnsSeq = mLearnsTime = false;
     mSeq.Restart();
     mTimestamp.Restart();
     Preflight(aNow);
+}
+
+void Stack::Reset() {
+    mExpectedPT = 0;
+    mExpectedSSRC = mLocalSSRC = mTimeRes = 0;
+    mStep = 0;
+    mEndTime = mTimeoutTime = Time(0);
+    mSeq = SequenceExtension();
+    mTimestamp = TimestampExtension();
+    Flush(Time(0));
 }
 
 void Stack::Synchronize(const Stack& aOther) {
@@ -282,6 +310,7 @@ Reception Stack::GetReception() const {
     lFigures.mPacketsLost = static_cast<SInt>(Expected() - mRun.mPacketsReceived);
     lFigures.mPacketsReordered = mRun.mPacketsReordered;
     lFigures.mPacketsDuplicate = mRun.mPacketsDuplicate;
+    lFigures.mPacketsDropped = mRun.mPacketsDropped;
     lFigures.mBytes = mRun.mBytes;
     lFigures.mJitter = Time(mRun.mJitter.Get(), mTimeRes);
     lFigures.mCurrentTime = AdjustedCurrentTime();

@@ -9,6 +9,7 @@
 #include "Player/Reception.hpp"
 #include "Player/Time.hpp"
 #include "Player/Types.hpp"
+#include "RTP/Backlog.hpp"
 #include "RTP/Extension.hpp"
 #include "RTP/Jitter.hpp"
 #include "RTP/NTPTime.hpp"
@@ -25,10 +26,6 @@ namespace Player::RTP {
 class Stack {
 public:
     using Queue = std::deque<SharedPtr<Packets::RTP, SharedObject>>;
-
-    /// What may wait to be taken out, with all that it occupies: ten seconds at 100 Mbit/s. It ends a queue that
-    /// nobody empties, as when a sender's timestamps stand still and the target of buffering is never reached.
-    static constexpr std::size_t kMaxQueuedBytes = std::size_t{128} << 20;
 
     // Configuration. 0 stands for "any, learnt from the first packet" where a packet can tell.
     void SetExpectedPT(unsigned char aPT) { mExpectedPT = aPT; }
@@ -56,6 +53,9 @@ public:
     void SetEndTime(const Time& aTime) { mEndTime = aTime; }
     /// Silence after which the track has timed out; 0 for none.
     void SetTimeoutTime(const Time& aTime) { mTimeoutTime = aTime; }
+    /// The account that the tracks of a session share, each with all that its packets occupy; a stack begins with
+    /// one of its own. For a stack that holds nothing.
+    void SetBacklog(const SharedPtr<Backlog, SharedObject>& aBacklog) { mHeld = BacklogShare(aBacklog); }
 
     /// Takes an RTP packet. True when it was queued.
     bool HandleRTP(const unsigned char* aData, unsigned int aSize, Time aArrival);
@@ -67,8 +67,10 @@ public:
     /// The oldest packet, with its play time set; null when there is none.
     SharedPtr<Packets::RTP, SharedObject> Pop();
     bool Empty() const { return mRun.mQueue.empty(); }
-    /// Takes no more until some are taken out.
-    bool Full() const { return mRun.mQueuedBytes >= kMaxQueuedBytes; }
+    /// The tracks of the session hold all that they may.
+    bool Full() const { return mHeld.Full(); }
+    /// Whether more is to be read for this track: what is left in its socket need not be dropped here.
+    bool WantsMore() const { return mHeld.Wants(); }
     /// From the oldest to the newest packet queued.
     Time SizeInTime() const;
     /// Play time of the packet popped last.
@@ -86,8 +88,8 @@ public:
     void Preflight(Time aNow);
     /// Drops all that was received and learnt from reports; the configuration stays.
     void Flush(Time aNow);
-    /// Back to the state after construction.
-    void Reset() { *this = Stack(); }
+    /// Back to the state after construction, but for the account of bytes.
+    void Reset();
     /// Shifts this track's play times so that they match `aOther`'s by the server's clock. Does nothing
     /// until both have had a sender report and know where their time begins.
     void Synchronize(const Stack& aOther);
@@ -111,6 +113,7 @@ private:
         UInt mReceivedAtPreflight = 0;
         UInt mPacketsReordered = 0;
         UInt mPacketsDuplicate = 0;
+        UInt mPacketsDropped = 0;
         std::uint64_t mBytes = 0;
         UInt mRTCPPacketsReceived = 0;
         Time mLastRTPArrival;
@@ -123,7 +126,6 @@ private:
         Reception::End mEnd = Reception::End::kRunning;
         /// Ascending by index; two can be equal.
         Queue mQueue;
-        std::size_t mQueuedBytes = 0;
         UInt mPoppedIndex = 0;
         long long mPoppedTimestamp = 0;
     };
@@ -132,7 +134,13 @@ private:
     bool TakeRTP(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& aLengths, Time aArrival);
     bool Enqueue(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& aLengths, UInt aIndex,
                  long long aTimestamp);
-    void HandleSenderReport(const Byte* aData, UInt aSize, Time aArrival);
+    // One packet of a compound each.
+    void HandleRTCP_SR(const Byte* aData, UInt aSize, Time aArrival);
+    static void HandleRTCP_RR(const Byte* aData, UInt aSize);
+    static void HandleRTCP_SDES(const Byte* aData, UInt aSize);
+    void HandleRTCP_BYE(const Byte* aData, UInt aSize);
+    static void HandleRTCP_APP(const Byte* aData, UInt aSize);
+    static void HandleRTCP_UDEF(const Byte* aData, UInt aSize);
 
     /// By sequence numbers, since the flush.
     UInt Expected() const;
@@ -157,6 +165,8 @@ private:
     bool mLearnsTime = false;
     UInt mStep = 0;
     Run mRun;
+    /// What is queued.
+    BacklogShare mHeld;
 };
 
 }  // namespace Player::RTP

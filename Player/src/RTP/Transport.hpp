@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "Player/Processor.hpp"
 #include "Player/Ptr.hpp"
 #include "Player/Types.hpp"
@@ -64,6 +66,9 @@ public:
     virtual UInt SetTrackReceiveBuffer(TrackIdx aIdx, UInt aBytes);
     /// Whether the sender's system has said that nobody receives there.
     virtual bool IsRefused();
+
+    /// Bytes of packets that the tracks may hold in order, together. For a transport without tracks.
+    virtual void LimitQueues(std::size_t aBytes) = 0;
 };
 
 }  // namespace Player::RTP

@@ -1,6 +1,9 @@
 // RTP packets, alone and in streams: which are dropped, and what comes out of the rest.
+#include <gmock/gmock.h>
+
 #include "Hostile/Row.hpp"
 #include "RTP/StackFixture.hpp"
+#include "support/ReportCapture.hpp"
 
 namespace Player::Hostile {
 
@@ -151,24 +154,43 @@ INSTANTIATE_TEST_SUITE_P(Rows, HostileStreamTest, testing::ValuesIn(kStreams), N
 
 class HostileQueueTest : public Testing::StackFixture {
 protected:
-    /// Whether a packet that holds about a hundredth of what may wait was queued.
-    bool TakeLarge(UInt aSeq) {
-        constexpr UInt kHundredth = static_cast<UInt>(RTP::Stack::kMaxQueuedBytes / 100);
-        return Take(Packet().Seq(aSeq).PayloadSize(kHundredth));
+    static constexpr UInt kLimit = 1U << 20;
+
+    HostileQueueTest() {
+        mStack.SetBacklog(mBacklog);
+        mOther.SetBacklog(mBacklog);
     }
+
+    /// Whether a packet that holds a hundredth of what may wait, cut to bytes, was queued.
+    bool TakeLarge(UInt aSeq) {
+        return Take(Packet().Seq(aSeq).PayloadSize(kLimit / 100 - 12 - static_cast<UInt>(sizeof(Packets::RTP))));
+    }
+    bool OtherTakes(UInt aSeq, UInt aSize) {
+        const Testing::Bytes lBytes = Packet().Seq(aSeq).PayloadSize(aSize).Build();
+        return mOther.HandleRTP(lBytes.data(), Testing::SizeOf(lBytes), Time(1000, 1));
+    }
+
+    const SharedPtr<RTP::Backlog, SharedObject> mBacklog{new RTP::Backlog(kLimit)};
+    RTP::Stack mOther;
 };
 
 TEST_F(HostileQueueTest, HoldsSoMuchAndGoesOnWhenItIsEmptied) {
+    const TestSupport::ReportCapture lReports;
     UInt lSeq = 1;
     while (lSeq < 200 && TakeLarge(lSeq)) {
         ++lSeq;
     }
     EXPECT_TRUE(mStack.Full());
-    EXPECT_EQ(101U, lSeq) << "a hundred packets were taken";
+    EXPECT_FALSE(mStack.WantsMore());
+    EXPECT_EQ(102U, lSeq) << "one begins where the last bytes are free";
     EXPECT_FALSE(TakeFrame(200)) << "not even a small one";
-    EXPECT_EQ(102U, mStack.GetReception().mPacketsReceived) << "all have arrived";
+    EXPECT_EQ(103U, mStack.GetReception().mPacketsReceived) << "all have arrived";
+    EXPECT_EQ(2U, mStack.GetReception().mPacketsDropped);
+    EXPECT_THAT(lReports.All(),
+                testing::ElementsAre(testing::Pair(Severity::Warning, "Packets are dropped: 1 MiB wait to be played")));
 
     EXPECT_EQ(1U, mStack.Pop()->SeqNumber());
+    EXPECT_EQ(2U, mStack.Pop()->SeqNumber());
     EXPECT_FALSE(mStack.Full());
     EXPECT_TRUE(TakeFrame(201));
     EXPECT_EQ(100U, PopAll().size());
@@ -176,12 +198,70 @@ TEST_F(HostileQueueTest, HoldsSoMuchAndGoesOnWhenItIsEmptied) {
 }
 
 TEST_F(HostileQueueTest, IsEmptyBehindAFlush) {
+    for (const bool lResets : {false, true}) {
+        for (UInt lSeq = 1; !mStack.Full(); ++lSeq) {
+            ASSERT_TRUE(TakeLarge(lSeq));
+        }
+        EXPECT_TRUE(mOther.Full());
+        lResets ? mStack.Reset() : mStack.Flush(Time(1, 1));
+        EXPECT_FALSE(mOther.Full());
+        EXPECT_FALSE(mStack.Full());
+        EXPECT_TRUE(TakeFrame(300));
+        mStack.Flush(Time(1, 1));
+        EXPECT_EQ(0U, mStack.GetReception().mPacketsDropped);
+    }
+}
+
+TEST_F(HostileQueueTest, AllTracksCountButOneThatHoldsLittleIsNotStarved) {
+    const TestSupport::ReportCapture lReports;
+    for (UInt lSeq = 1; TakeLarge(lSeq); ++lSeq) {}
+    EXPECT_TRUE(mOther.Full());
+    EXPECT_TRUE(mOther.WantsMore());
+    EXPECT_TRUE(OtherTakes(1, kLimit / 256));
+    EXPECT_FALSE(mOther.WantsMore());
+    EXPECT_FALSE(OtherTakes(2, 1));
+    EXPECT_TRUE(mOther.Pop());
+    EXPECT_TRUE(OtherTakes(3, 1));
+    EXPECT_TRUE(mStack.Pop());
+    EXPECT_TRUE(mStack.Pop());
+    EXPECT_TRUE(OtherTakes(4, kLimit / 256)) << "place for both";
+    EXPECT_TRUE(OtherTakes(5, 1));
+}
+
+TEST_F(HostileQueueTest, AStackThatIsGoneHoldsNothing) {
     for (UInt lSeq = 1; !mStack.Full(); ++lSeq) {
         ASSERT_TRUE(TakeLarge(lSeq));
     }
+    mStack.Pop();
+    mStack.Pop();
+    EXPECT_FALSE(mOther.Full());
+    {
+        const RTP::Stack lCopy = mStack;
+        EXPECT_TRUE(mOther.Full());
+    }
+    EXPECT_FALSE(mOther.Full());
+    mOther = mStack;
     mStack.Flush(Time(1, 1));
+    EXPECT_FALSE(mOther.Full());
+    EXPECT_TRUE(mOther.Pop());
+}
+
+TEST_F(HostileQueueTest, IsFullBeforeWhatWasReadFindsNoPlace) {
+    UInt lSeq = 1;
+    while (!mStack.Full()) {
+        ASSERT_TRUE(Take(Packet().Seq(lSeq++).PayloadSize(1000)));
+    }
+    EXPECT_TRUE(Take(Packet().Seq(lSeq++).PayloadSize(1000)));
+    EXPECT_EQ(0U, mStack.GetReception().mPacketsDropped);
+}
+
+TEST_F(HostileQueueTest, AStackAloneHoldsAsMuchAsASession) {
+    EXPECT_EQ(sizeof(void*) < 8 ? std::size_t{256} << 20 : std::size_t{1} << 30, RTP::Backlog::kLimit);
+    mStack.SetBacklog(new RTP::Backlog);
+    for (UInt lSeq = 1; lSeq < 200; ++lSeq) {
+        EXPECT_TRUE(TakeLarge(lSeq));
+    }
     EXPECT_FALSE(mStack.Full());
-    EXPECT_TRUE(TakeFrame(300));
 }
 
 }  // namespace

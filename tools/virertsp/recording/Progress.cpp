@@ -25,7 +25,7 @@ Totals Totals::Of(const Player::MediaPlayer& aPlayer) {
     for (Player::TrackIdx lTrack = 0; lTrack < aPlayer.GetTrackCount(); ++lTrack) {
         const Player::Reception lReception = aPlayer.GetTrackReception(lTrack);
         lTotals.mPackets += lReception.mPacketsReceived;
-        lTotals.mLost += lReception.mPacketsLost;
+        lTotals.mLost += lReception.Missing();
         lTotals.mBytes += lReception.mBytes;
         if (lReception.mCurrentTime > lTotals.mTime) { lTotals.mTime = lReception.mCurrentTime; }
         if (0 == lTrack || lReception.mBufferedTime < lTotals.mBuffered) {

@@ -29,7 +29,7 @@ void TrackRecord::Finish() {
 std::string TrackRecord::Summary(const Player::Reception& aReception) const {
     return Player::StringWithFormat("%" PRIu64 " samples, %" PRIu64 " bytes, %s, %u packets, %d lost, %s -> %s",
                                     mSamples, mBytes, FormatTime(Length()).c_str(), aReception.mPacketsReceived,
-                                    aReception.mPacketsLost, EndingPhrase(aReception.mEnd), mWriter->Name().c_str());
+                                    aReception.Missing(), EndingPhrase(aReception.mEnd), mWriter->Name().c_str());
 }
 
 }  // namespace Virertsp

@@ -22,7 +22,7 @@ double JitterMs(const Player::Reception& aReception) {
 
 void AddCounters(const Player::Reception& aReception, Json& aJson) {
     aJson.Key("packets").Number(aReception.mPacketsReceived);
-    aJson.Key("lost").Number(aReception.mPacketsLost);
+    aJson.Key("lost").Number(aReception.Missing());
     aJson.Key("reordered").Number(aReception.mPacketsReordered);
     aJson.Key("duplicates").Number(aReception.mPacketsDuplicate);
 }
@@ -48,7 +48,7 @@ double TrackStats::MeanRate() const {
 
 std::string TrackStats::Row() const {
     return Player::StringWithFormat("%7.1f  %5u  %-15s  %7u  %6d  %9u  %10u  %9.3f  %8.1f  %10.2f\n", mSeconds, mTrack,
-                                    Printable(mFormat).c_str(), mReception.mPacketsReceived, mReception.mPacketsLost,
+                                    Printable(mFormat).c_str(), mReception.mPacketsReceived, mReception.Missing(),
                                     mReception.mPacketsReordered, mReception.mPacketsDuplicate, JitterMs(mReception),
                                     mRate, ToSeconds(mReception.mBufferedTime));
 }
@@ -67,7 +67,7 @@ std::string TrackStats::Summary() const {
     return Player::StringWithFormat(
         "track %u: %s, %.1f s, %u packets, %d lost, %u reordered, %u duplicates, "
         "jitter up to %.3f ms, %.1f kbit/s, %s\n",
-        mTrack, Printable(mFormat).c_str(), mSeconds, mReception.mPacketsReceived, mReception.mPacketsLost,
+        mTrack, Printable(mFormat).c_str(), mSeconds, mReception.mPacketsReceived, mReception.Missing(),
         mReception.mPacketsReordered, mReception.mPacketsDuplicate, mJitterPeak, MeanRate(),
         EndingPhrase(mReception.mEnd));
 }

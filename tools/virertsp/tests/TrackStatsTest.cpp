@@ -11,7 +11,8 @@ using Player::Time;
 Reception Some() {
     Reception lReception;
     lReception.mPacketsReceived = 812;
-    lReception.mPacketsLost = -3;
+    lReception.mPacketsLost = -5;
+    lReception.mPacketsDropped = 2;
     lReception.mPacketsReordered = 4;
     lReception.mPacketsDuplicate = 5;
     lReception.mBytes = 125000;

@@ -173,6 +173,7 @@ void RTSP::CreateTransport() {
         mTransport.Set(new RTP::Transports::OverUDP(mConfiguration.mUseUDPPortsFrom, mConfiguration.mUseUDPPortsTo,
                                                     mConfiguration.mUseLocalIP));
     }
+    if (0 != mConfiguration.mQueueLimit) { mTransport->LimitQueues(std::size_t{mConfiguration.mQueueLimit} << 20); }
 }
 
 bool RTSP::Interleaves() const {

@@ -1,5 +1,6 @@
 #include "RTP/Transports/OverRTSP.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
@@ -88,17 +89,24 @@ void OverRTSP::Preflight() {
 }
 
 bool OverRTSP::FillOrHave() {
-    Receive();
+    ReceiveForAny();
     return TrackTransport::FillOrHave();
 }
 
 bool OverRTSP::Produce() {
-    Receive();
+    ReceiveForAny();
     return TrackTransport::Produce();
 }
 
+void OverRTSP::ReceiveForAny() {
+    const Time lNow = Time::Now();
+    const auto lWants = [lNow](const auto& aTrack) { return aTrack->WantsMore(lNow); };
+    if (std::any_of(All().begin(), All().end(), lWants)) { Receive(); }
+}
+
 bool OverRTSP::TakeIn(RTSPTrack& aTrack) {
-    if (aTrack.NotifyEnd(Time::Now())) { return false; }
+    const Time lNow = Time::Now();
+    if (!aTrack.WantsMore(lNow) || aTrack.NotifyEnd(lNow)) { return false; }
     return Receive() && !aTrack.mStack.Empty();
 }
 

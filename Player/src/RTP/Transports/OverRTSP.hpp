@@ -45,6 +45,7 @@ protected:
     bool TakeIn(RTSPTrack& aTrack) override;
 
 private:
+    void ReceiveForAny();
     void HandleRTCP(TrackIdx aIdx, const Byte* aData, UInt aSize);
 
     InterleavedConnection* mRTSPSession;

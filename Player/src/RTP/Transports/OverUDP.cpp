@@ -142,7 +142,7 @@ bool OverUDP::DrainRTP(UDPTrack& aTrack) {
     try {
         // A batch that is not full has emptied the socket.
         bool lIsFull = true;
-        for (UInt lBatch = 0; lIsFull && lBatch < kMaxBatches; ++lBatch) {
+        for (UInt lBatch = 0; lIsFull && lBatch < kMaxBatches && aTrack.WantsMore(Time::Now()); ++lBatch) {
             lIsFull = Sockets::DatagramBatch::kSlots == aTrack.mRTPSocket.ReadMany(mBatch);
             for (UInt i = 0; i < mBatch.Count(); ++i) {
                 const bool lTaken = aTrack.mStack.HandleRTP(mBatch.Data(i), mBatch.Size(i), Time::Now());

@@ -15,6 +15,12 @@ const char* ReasonOfEnd(UInt aState) {
 
 }  // namespace
 
+bool Track::WantsMore(Time aNow) {
+    if (mStack.WantsMore()) { return true; }
+    mStack.Preflight(aNow);
+    return false;
+}
+
 void Track::Notify(const String& aKey, const String& aVal) {
     if (mProcessor) { mProcessor->Param(aKey, aVal); }
 }

@@ -14,6 +14,8 @@ struct Track {
     /// The chain knows that the track has ended; it is told once per play.
     bool mEndNotified = false;
 
+    /// Whether more is to be read for it. While nothing is, its time-out does not run.
+    bool WantsMore(Time aNow);
     void Notify(const String& aKey, const String& aVal);
     /// Drops what is held, here and down the chain.
     void Flush(Time aNow);

@@ -51,6 +51,8 @@ public:
         return AnyOfAll([this](TrackT& aTrack) { return TakeInAndFetch(aTrack); });
     }
 
+    void LimitQueues(std::size_t aBytes) override { mBacklog.Set(new Backlog(aBytes)); }
+
 protected:
     using Tracks = std::vector<ScopedPtr<TrackT>>;
 
@@ -58,6 +60,7 @@ protected:
     virtual bool TakeIn(TrackT& aTrack) = 0;
 
     TrackIdx Add(const ScopedPtr<TrackT>& aTrack) {
+        aTrack->mStack.SetBacklog(mBacklog);
         mTracks.push_back(aTrack);
         return static_cast<TrackIdx>(mTracks.size() - 1);
     }
@@ -99,6 +102,7 @@ private:
         return lAny;
     }
 
+    SharedPtr<Backlog, SharedObject> mBacklog{new Backlog};
     Tracks mTracks;
 };
 

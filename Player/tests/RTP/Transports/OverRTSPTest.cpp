@@ -67,6 +67,30 @@ protected:
     SharedPtr<RecordingProcessor, SharedObject> mProcessors[kTracks];
 };
 
+TEST_F(OverRTSPTest, ReadsNoMoreWhenNoTrackHasPlace) {
+    const SharedPtr<Backlog, SharedObject> lBacklog(new Backlog(64000));
+    for (TrackIdx i = 0; i < kTracks; ++i) {
+        Stack& lStack = mTransport.ModifyTrackRTPStack(i);
+        lStack.SetBacklog(lBacklog);
+        lStack.SetTimeoutTime(Time(10, 1));
+        ASSERT_TRUE(Deliver(static_cast<unsigned char>(2 * i), Packet().Seq(1).PayloadSize(250 + 63750 * i).Build()));
+        lStack.Preflight(Time(1, 1));
+    }
+    ASSERT_TRUE(mTransport.GetTrackRTPStack(0).Full());
+    const UInt lReads = mConnection.mReads;
+    for (TrackIdx i = 0; i < kTracks; ++i) {
+        EXPECT_FALSE(mTransport.FillTrack(i));
+        EXPECT_EQ(0U, mTransport.ModifyTrackRTPStack(i).Ended(Time::Now())) << "where nothing is read it is not silent";
+    }
+    EXPECT_FALSE(mTransport.Fill());
+    EXPECT_TRUE(mTransport.FillOrHave());
+    EXPECT_EQ(lReads, mConnection.mReads);
+    EXPECT_TRUE(mTransport.Produce()) << "plays what it has";
+    EXPECT_EQ(lReads, mConnection.mReads);
+    mTransport.FillTrack(0);
+    EXPECT_LT(lReads, mConnection.mReads);
+}
+
 TEST_F(OverRTSPTest, ChannelsLeadToTheirTracks) {
     const struct {
         int mChannel;

@@ -77,6 +77,33 @@ protected:
     SharedPtr<RecordingProcessor, SharedObject> mProcessors[kTracks];
 };
 
+TEST_F(OverUDPTest, WhatHasNoPlaceStaysInTheSocket) {
+    constexpr UInt kLimit = 64000;
+    const SharedPtr<Backlog, SharedObject> lBacklog(new Backlog(kLimit));
+    for (TrackIdx i = 0; i < kTracks; ++i) {
+        mTransport.ModifyTrackRTPStack(i).SetBacklog(lBacklog);
+    }
+    Stack& lStack = mTransport.ModifyTrackRTPStack(0);
+    UInt lSent = 0;
+    while (!lStack.Full()) {
+        mPeer.Send(Packet().Seq(++lSent).PayloadSize(1000).Build(), mPorts[0]);
+        ASSERT_TRUE(FillUntilReceived(0, lSent));
+    }
+    mPeer.Send(Packet().Seq(lSent + 1).PayloadSize(1000).Build(), mPorts[0]);
+    mPeer.Send(Packet().Seq(1).Build(), mPorts[1]);
+    ASSERT_TRUE(FillUntilReceived(1, 1)) << "another track holds little";
+    lStack.SetTimeoutTime(Time(10, 1));
+    lStack.Preflight(Time(1, 1));
+    EXPECT_FALSE(mTransport.FillTrack(0));
+    EXPECT_EQ(0U, lStack.Ended(Time::Now())) << "where nothing is read it is not silent";
+    EXPECT_EQ(lSent, lStack.GetReception().mPacketsReceived);
+    EXPECT_EQ(0U, lStack.GetReception().mPacketsDropped);
+
+    lStack.Pop();
+    lStack.Pop();
+    ASSERT_TRUE(FillUntilReceived(0, lSent + 1));
+}
+
 TEST_F(OverUDPTest, TakesPacketsFromAnySender) {
     const UdpSocket lOther;
     mPeer.Send(Packet().Seq(1).Build(), mPorts[0]);
