@@ -84,7 +84,6 @@ protected:
         unsigned lNumber = 0;
         while (!HasFailure() && PlayWithFault<Fault>(aMake, ++lNumber)) {
             SCOPED_TRACE("number " + std::to_string(lNumber));
-            Thrown([this] { mPlayer->Close(); });
             ExpectAll();
         }
         EXPECT_EQ(lDescriptors, Descriptors());

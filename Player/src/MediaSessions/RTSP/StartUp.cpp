@@ -193,10 +193,11 @@ void RTSP::ReleaseTransport() {
 bool RTSP::SetUpTracks() {
     for (TrackIdx lIdx = 0; lIdx < mStreams.size(); ++lIdx) {
         AddTrack(lIdx);
-        SendSetup(lIdx);
-        // A refusal that another try may mend is none yet.
+        // A refusal that another try may mend is none yet. Found out before the request goes, of which the answer must
+        // be read.
         const Severity lRefused =
             CanFallOver() || !OtherURL(lIdx, kUnknownURL).empty() ? Severity::Info : Severity::Error;
+        SendSetup(lIdx);
         if (mServer.mPipelined || RecvSetup(mCSeq, lIdx, lRefused) || SetUpElsewhere(lIdx)) { continue; }
         if (CanFallOver() && IsAboutTransport(mMessages.StatusCode())) { return false; }
         if (Severity::Error != lRefused) { mMessages.ReportRefusal(Severity::Error); }
