@@ -165,14 +165,19 @@ private:
 
     // A request and what becomes of it (Exchange.cpp).
     void Send(const Request& aRequest, const char* aMethod, const std::string& aURL);
-    /// The last request again, with a number of its own.
-    void SendAgain();
+    /// The last request again, with another number.
+    void SendAgain(UInt aCSeq);
     void SendLines(std::vector<std::string> aLines);
     /// The response to that request, and if it is the last one: the response to it when it was sent again with
     /// the answer that the server, or the proxy, had asked for.
     /// A refusal in the end is reported at severity `aRefused`.
     bool Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused = Severity::Error);
     bool Receive(Headers& aHeaders, UInt aCSeq, Severity aRefused = Severity::Error);
+    /// Sends the last request again and takes the response to it. The server may have closed the connection right after
+    /// its question: then the request goes out once more, on another one.
+    bool ReceiveAgain(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused);
+    /// Whether the last response is missing because the connection ended.
+    bool EndedUnanswered() const { return 0 == mMessages.StatusCode() && !mConnection.IsUsable(); }
     /// Whether the last response is a question that is answered by sending the request again.
     bool CanAnswer(UInt aTries);
     /// The server's own name and password, else those that are configured.

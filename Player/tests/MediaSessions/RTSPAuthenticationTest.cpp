@@ -88,11 +88,51 @@ TEST_F(RTSPAuthenticationTest, AServerMayCloseTheConnectionWithItsQuestion) {
     Play();
 }
 
+/// Answers no challenge before the server has closed the connection.
+class WaitingPlayer : public MediaPlayer {
+public:
+    explicit WaitingPlayer(TestSupport::ScriptedServer& aServer) : mServer(aServer) {}
+    void ResponseReceived(UInt, const std::string&, const std::string&) override {
+        EXPECT_TRUE(mServer.Await("closed"));
+    }
+
+private:
+    TestSupport::ScriptedServer& mServer;
+};
+
 TEST_F(RTSPAuthenticationTest, AServerMayCloseTheConnectionWithoutAWord) {
-    Serve(kDescribe + Refusal(1, "S: WWW-Authenticate: Digest realm=\"cam\", nonce=\"n\"\n") + "CLOSE\nACCEPT\n" +
-          Rest(kDigest));
+    Serve(kDescribe + Refusal(1, "S: WWW-Authenticate: Digest realm=\"cam\", nonce=\"n\"\n") +
+          "CLOSE\nNOTIFY closed\nACCEPT\n" + Rest(kDigest));
+    WaitingPlayer lPlayer(*mServer);
+    lPlayer.SetConfigParam("RTSP:UseInterleavedRTP", "1");
+    lPlayer.SetConfigParam("RTSP:UserName", "me");
+    lPlayer.SetConfigParam("RTSP:Password", "secret");
+    lPlayer.Play(URL(), Time(0));
+}
+
+TEST_F(RTSPAuthenticationTest, AConnectionThatEndsOnTheAnswerIsReplacedOnce) {
+    // The client answered before it could know that the server was about to close.
+    const std::string lStart = kDescribe + Refusal(1, "S: WWW-Authenticate: Digest realm=\"cam\", nonce=\"n\"\n") +
+                               Request("DESCRIBE", "clip", 2, kDigest);
+    for (const char* lEnd : {"CLOSE\n", "RESET\n"}) {
+        Serve(lStart + lEnd + "ACCEPT\n" + Rest(kDigest));
+        MediaPlayer lPlayer;
+        lPlayer.SetConfigParam("RTSP:UseInterleavedRTP", "1");
+        lPlayer.SetConfigParam("RTSP:UserName", "me");
+        lPlayer.SetConfigParam("RTSP:Password", "secret");
+        EXPECT_NO_THROW(lPlayer.Play(URL(), Time(0))) << lEnd;
+        EXPECT_EQ("", mServer->Failure()) << lEnd;
+    }
     SetUser("me", "secret");
-    Play();
+    Serve(lStart + "CLOSE\nACCEPT\n" + Request("DESCRIBE", "clip", 2, kDigest) + "CLOSE\n");
+    ExpectThrows<RTSPErr>(0, "RTSP::DoDescribe(): DESCRIBE failed: 000 Unknown", [this] { Play(); });
+    EXPECT_EQ(1U, mReports.Count(Severity::Error, "Got RTSP response: 000 Unknown"));
+}
+
+TEST_F(RTSPAuthenticationTest, AConnectionThatEndsOnAFirstRequestIsNotReplaced) {
+    Serve(kDescribe + "CLOSE\n");
+    SetUser("me", "secret");
+    ExpectThrows<RTSPErr>(0, "RTSP::DoDescribe(): DESCRIBE failed: 000 Unknown", [this] { Play(); });
 }
 
 TEST_F(RTSPAuthenticationTest, ANonceMayGrowOldOnTheWay) {

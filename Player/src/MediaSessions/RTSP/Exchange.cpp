@@ -1,5 +1,9 @@
 #include "MediaSessions/RTSP.hpp"
+
+#include <cerrno>
+
 #include "MediaSessions/RTSP/URLResolution.hpp"
+#include "Player/Exception.hpp"
 #include "Player/Report.hpp"
 #include "Player/String.hpp"
 
@@ -31,8 +35,8 @@ void RTSP::Send(const Request& aRequest, const char* aMethod, const std::string&
     SendLines(mSent.mLines);
 }
 
-void RTSP::SendAgain() {
-    mSent.mLines[kCSeqLine] = CSeqLine(++mCSeq);
+void RTSP::SendAgain(UInt aCSeq) {
+    mSent.mLines[kCSeqLine] = CSeqLine(aCSeq);
     SendLines(mSent.mLines);
 }
 
@@ -68,17 +72,33 @@ bool RTSP::Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefus
     const bool lIsLast = mCSeq == aCSeq;
     const bool lMayBeAsked = lIsLast && mServerAuthentication.HasCredentials();
     const Severity lRefused = lMayBeAsked ? Severity::Info : aRefused;
-    for (UInt lTries = 0; !mMessages.RecvResponse(aHeaders, aBody, aCSeq, lRefused); ++lTries) {
+    const auto lReceive = [&](UInt aTries) {
+        return aTries > 0 ? ReceiveAgain(aHeaders, aBody, aCSeq, lRefused)
+                          : mMessages.RecvResponse(aHeaders, aBody, aCSeq, lRefused);
+    };
+    for (UInt lTries = 0; !lReceive(lTries); ++lTries) {
         if (!lIsLast || !CanAnswer(lTries)) {
             if (aRefused != lRefused) { mMessages.ReportRefusal(aRefused); }
             return false;
         }
         if (ClosesConnection(aHeaders)) { DoConnectionReset(); }
-        SendAgain();
-        aCSeq = mCSeq;
+        aCSeq = ++mCSeq;
     }
     mKeepAlive.LearnFrom(aHeaders);
     return true;
+}
+
+bool RTSP::ReceiveAgain(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused) {
+    try {
+        SendAgain(aCSeq);
+        if (mMessages.RecvResponse(aHeaders, aBody, aCSeq, aRefused)) { return true; }
+        if (!EndedUnanswered()) { return false; }
+    } catch (const NetworkErr& lLost) {
+        if (ECONNRESET != lLost.SystemError() && EPIPE != lLost.SystemError()) { throw; }
+    }
+    DoConnectionReset();
+    SendAgain(aCSeq);
+    return mMessages.RecvResponse(aHeaders, aBody, aCSeq, aRefused);
 }
 
 bool RTSP::CanAnswer(UInt aTries) {
