@@ -16,14 +16,16 @@ constexpr SInt kOverlongLength = 3;
 
 /// There before any other static object and never destroyed: constructors and destructors of those may report.
 union DefaultReporter {
-    constexpr DefaultReporter() : mReporter() {}
+    constexpr DefaultReporter() noexcept : mReporter() {}
     ~DefaultReporter() {}
 
     Reporter mReporter;
 };
 
 DefaultReporter gDefaultReporter;
-Reporter* gReporter = &gDefaultReporter.mReporter;
+// The one member there is, from the beginning to the end.
+Reporter* const gDefault = &gDefaultReporter.mReporter;  // NOLINT(cppcoreguidelines-pro-type-union-access)
+Reporter* gReporter = gDefault;
 
 }  // namespace
 
@@ -56,7 +58,7 @@ void SetReporter(Reporter* aReporter) {
 }
 
 void SetDefaultReporter() {
-    gReporter = &gDefaultReporter.mReporter;
+    gReporter = gDefault;
 }
 
 const char* CStrWithSeverity(Severity aSeverity) {

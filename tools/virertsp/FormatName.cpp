@@ -20,7 +20,7 @@ constexpr Static kStatic[] = {
 }  // namespace
 
 std::string FormatName(const Player::Properties& aTrack) {
-    const std::string lFormat = aTrack.Get("Format");
+    std::string lFormat = aTrack.Get("Format");
     if (!lFormat.empty()) { return lFormat; }
     const std::string lType = aTrack.Get("PayloadType");
     for (const Static& lStatic : kStatic) {

@@ -85,7 +85,7 @@ private:
             mAt += At('\\') ? 2U : 1U;
         }
         mAt = std::min(mAt, mText.size());
-        const std::string lValue = mText.substr(lBegin, mAt - lBegin);
+        std::string lValue = mText.substr(lBegin, mAt - lBegin);
         mAt = std::min(mAt + 1, mText.size());
         return lValue;
     }

@@ -144,7 +144,7 @@ bool IsAbsolute(const std::string& aText) {
 }
 
 std::string Resolve(const std::string& aBase, const std::string& aReference) {
-    const std::string lReference = Trimmed(aReference);
+    std::string lReference = Trimmed(aReference);
     if (lReference.empty() || "*" == lReference) { return aBase; }
     if (IsAbsolute(lReference)) { return lReference; }
     if (0 == lReference.compare(0, 2, "//")) { return aBase.substr(0, SchemeLength(aBase)) + ":" + lReference; }
