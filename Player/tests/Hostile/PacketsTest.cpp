@@ -241,6 +241,7 @@ TEST_F(HostileQueueTest, AStackThatIsGoneHoldsNothing) {
     }
     EXPECT_FALSE(mOther.Full());
     mOther = mStack;
+    EXPECT_TRUE(mOther.Full());
     mStack.Flush(Time(1, 1));
     EXPECT_FALSE(mOther.Full());
     EXPECT_TRUE(mOther.Pop());

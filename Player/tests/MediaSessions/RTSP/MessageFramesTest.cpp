@@ -48,6 +48,13 @@ TEST_F(MessagesTest, WhatIsBufferedIsDeliveredThoughTheConnectionHasEnded) {
     EXPECT_FALSE(mMessages.RecvInterleavedPackets());
 }
 
+TEST_F(MessagesTest, WhatIsBufferedIsDeliveredThoughTheConnectionWasReset) {
+    EXPECT_TRUE(Recv(kOk + Frame(1, "a") + Frame(2, "b")));
+    mPeer.Reset();
+    EXPECT_THROW(mMessages.RecvInterleavedPackets(), NetworkErr);
+    EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a", "b"));
+}
+
 // A whole request in front of buffered frames must not keep them back, and half of one must not be waited for.
 TEST_F(MessagesTest, ABufferedRequestIsAnsweredOnceItIsWhole) {
     EXPECT_TRUE(Recv(std::string(kOk) + "OPTIONS * RTSP/1.0\r\nCSeq: 3\r\n\r\n" + Frame(1, "a") +
