@@ -21,8 +21,14 @@ jobs=$(nproc)
 
 # What an emulated process can't do:
 # - the test runs its own program again, which the kernel can't start (no binary format is registered for it);
-# - qemu's own select ends at descriptor 1023.
+# - qemu's own select ends at descriptor 1023;
+# - it does not pass on the errors of a UDP socket;
+# - the other machine's packages hold neither GnuTLS nor libavformat, nor the plugins of pipelines with real sinks, which
+#   emulation is too slow for anyway.
 left_out="ReportDeathTest.DefaultReporterIsThereFromTheStart:*.DescriptorsOf1024AndAbove"
+left_out="$left_out:RTSPFallOverTest.AClosedPortLeadsToTCPAtOnce:RTSPModernTest.CredentialsStayWithTheirHost"
+left_out="$left_out:Pipeline*:Sinks/Pipeline*:SegmentTest.ATrackThatBeginsLaterIsShownWhole"
+programs_left_out='media\.(ContainerTest\.|RecordTest\.test_(digest|basic))'
 
 say() { printf '\n== %s\n' "$*"; }
 
@@ -54,7 +60,7 @@ cmake --build --preset "$machine" -- --quiet
 say "Tests on $machine"
 log=build/$machine/ctest.log
 status=0
-ctest --preset "$machine" -j $((jobs * 2)) "$@" >"$log" 2>&1 || status=$?
+ctest --preset "$machine" -j $((jobs * 2)) -E "$programs_left_out" "$@" >"$log" 2>&1 || status=$?
 if [ $status -eq 0 ]; then
     grep -E '^[0-9]+% tests passed|^Total Test time' "$log"
 else
