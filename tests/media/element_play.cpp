@@ -8,6 +8,7 @@
 //     until:NAME:SECONDS         waits until the sink NAME has shown this timestamp
 //     seek:SECONDS, location:URL asks the element named "source"
 //     eos                        waits for the end of all streams
+//     caps:NAME                  writes down what the sink NAME is fed with: "caps NAME CAPS"
 //
 // A line on standard output per buffer that a sink (fakesink, signal-handoffs) has got: its name, the timestamp in
 // ns and the SHA-1 of the bytes; the same for the element's pads, with the offset behind it. A line per step as it
@@ -97,6 +98,7 @@ private:
     static GstBusSyncReply OnMessage(GstBus* aBus, GstMessage* aMessage, gpointer aThis);
     bool Go(GstState aState);
     bool Seek(double aTo);
+    bool SayCaps(const std::string& aSink);
 
     GstElement* mPipeline;
     GstElement* mSource;
@@ -164,6 +166,21 @@ bool Player::Seek(double aTo) {
                                                      static_cast<gint64>(aTo * 1e9), GST_SEEK_TYPE_NONE, -1));
 }
 
+bool Player::SayCaps(const std::string& aSink) {
+    GstElement* const lSink = gst_bin_get_by_name(GST_BIN(mPipeline), aSink.c_str());
+    if (nullptr == lSink) { return false; }
+    GstPad* const lPad = gst_element_get_static_pad(lSink, "sink");
+    GstCaps* const lCaps = gst_pad_get_current_caps(lPad);
+    gst_object_unref(lPad);
+    gst_object_unref(lSink);
+    if (nullptr == lCaps) { return false; }
+    gchar* const lText = gst_caps_to_string(lCaps);
+    Say("caps " + aSink + " " + lText);
+    g_free(lText);
+    gst_caps_unref(lCaps);
+    return true;
+}
+
 bool Player::Do(const std::string& aStep) {
     Say("step " + aStep);
     const auto lColon = aStep.find(':');
@@ -178,6 +195,7 @@ bool Player::Do(const std::string& aStep) {
         g_object_set(mSource, "location", lRest.c_str(), nullptr);
         return true;
     }
+    if ("caps" == lVerb) { return SayCaps(lRest); }
     if ("wait" == lVerb) {
         std::this_thread::sleep_for(std::chrono::duration<double>(std::stod(lRest)));
         return true;

@@ -78,25 +78,6 @@ class LaunchTest(unittest.TestCase):
                 f"virertspsrc location={url} ! mpeg4videoparse ! avdec_mpeg4 ! {element.VIDEO_SINK}")
         self.assert_same("video", element.pictures(served), element.pictures(played))
 
-    def test_caps_of_the_pads(self):
-        with element.serve(element.av_clip()) as url:
-            output = self.tools.launch(f"virertspsrc location={url} name=source source.src0 ! fakesink name=first "
-                                       "source.src1 ! fakesink name=second", "-v")
-        self.assertRegex(output, r"first\.GstPad:sink: caps = video/x-h264, encoding-name=\(string\)H264, "
-                         r"width=\(int\)320, height=\(int\)240, codec_data=\(buffer\)01[0-9a-f]+, "
-                         r"stream-format=\(string\)avc, alignment=\(string\)au\n")
-        self.assertRegex(output, r"second\.GstPad:sink: caps = audio/mpeg, mpegversion=\(int\)4, "
-                         r"encoding-name=\(string\)MP4A-LATM, framed=\(boolean\)false, channels=\(int\)\d, "
-                         rf"rate=\(int\){element.SAMPLES}, codec_data=\(buffer\)[0-9a-f]+, "
-                         r"stream-format=\(string\)raw\n")
-
-    def test_visual_caps(self):
-        with element.serve_visual(element.visual_clip()) as url:
-            output = self.tools.launch(f"virertspsrc location={url} ! fakesink name=only", "-v")
-        self.assertRegex(output, r"only\.GstPad:sink: caps = video/mpeg, mpegversion=\(int\)4, "
-                         r"encoding-name=\(string\)MP4V-ES, systemstream=\(boolean\)false, "
-                         r"width=\(int\)320, height=\(int\)240, codec_data=\(buffer\)[0-9a-f]+\n")
-
     def test_a_refusal_is_told_in_words(self):
         # This launcher does not look at the bus when the start fails: it shows no message, the log has the words.
         with element.serve(element.av_clip()) as url:
@@ -169,6 +150,34 @@ class StepsTest(unittest.TestCase):
 
     def after(self, lines, *step):
         return lines[lines.index(["step", *step]) + 1:]
+
+    # gst-launch-1.0 -v is no help: pads that get their caps at the same moment may have one written twice, the other never.
+    def assert_caps(self, pattern, lines, name):
+        self.assertEqual([], [line for line in lines if line[0] == "message"])
+        found = [" ".join(line[2:]) for line in lines if line[:2] == ["caps", name]]
+        self.assertEqual(1, len(found), lines[-3:])
+        self.assertRegex(found[0], f"^{pattern}$")
+
+    def test_caps_of_the_pads(self):
+        with element.serve(element.av_clip()) as url:
+            lines = element.play_steps(f"virertspsrc location={url} name=source source.src0 ! fakesink name=first "
+                                       "source.src1 ! fakesink name=second",
+                                       "play", "eos", "caps:first", "caps:second", "null")
+        self.assert_caps(r"video/x-h264, encoding-name=\(string\)H264, width=\(int\)320, height=\(int\)240, "
+                         r"codec_data=\(buffer\)01[0-9a-f]+, stream-format=\(string\)avc, alignment=\(string\)au",
+                         lines, "first")
+        self.assert_caps(r"audio/mpeg, mpegversion=\(int\)4, encoding-name=\(string\)MP4A-LATM, "
+                         rf"framed=\(boolean\)false, channels=\(int\)\d, rate=\(int\){element.SAMPLES}, "
+                         r"codec_data=\(buffer\)[0-9a-f]+, stream-format=\(string\)raw",
+                         lines, "second")
+
+    def test_visual_caps(self):
+        with element.serve_visual(element.visual_clip()) as url:
+            lines = element.play_steps(f"virertspsrc location={url} name=source source.src0 ! fakesink name=only",
+                                       "play", "eos", "caps:only", "null")
+        self.assert_caps(r"video/mpeg, mpegversion=\(int\)4, encoding-name=\(string\)MP4V-ES, "
+                         r"systemstream=\(boolean\)false, width=\(int\)320, height=\(int\)240, "
+                         r"codec_data=\(buffer\)[0-9a-f]+", lines, "only")
 
     def test_a_seek_lands_within_a_second(self):
         target = element.SECONDS / 2 + 0.4
