@@ -26,7 +26,7 @@ jobs=$(nproc)
 # - the other machine's packages hold neither GnuTLS nor libavformat, nor the plugins of pipelines with real sinks, which
 #   emulation is too slow for anyway.
 left_out="ReportDeathTest.DefaultReporterIsThereFromTheStart:*.DescriptorsOf1024AndAbove"
-left_out="$left_out:RTSPFallOverTest.AClosedPortLeadsToTCPAtOnce:RTSPModernTest.CredentialsStayWithTheirHost"
+left_out="$left_out:RTSPFallOverTest.AClosedPortLeadsToTCPAtOnce"
 left_out="$left_out:Pipeline*:Sinks/Pipeline*:SegmentTest.ATrackThatBeginsLaterIsShownWhole"
 programs_left_out='media\.(ContainerTest\.|RecordTest\.test_(digest|basic))'
 

@@ -1,5 +1,6 @@
 // Whole dialogues: what a start-up comes to.
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "Hostile/Dialogues.hpp"
@@ -296,7 +297,8 @@ TEST_P(HostileRepetitionTest, PlaysWhenNoMoreCanWait) {
         lPlayer.Play(lPeer.URL(), Time(0));
         const auto lHasPacket = [&] { return GetParam() ? lPlayer.Fill(0) : lPlayer.TrackHasPacket(0); };
         bool lPlays = false;
-        while (!lPlays && !lDone) {
+        const auto lDeadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!lPlays && !lDone && std::chrono::steady_clock::now() < lDeadline) {
             lPlays = lHasPacket();
         }
         EXPECT_TRUE(lPlays) << "while the server was sending";

@@ -517,6 +517,13 @@ TEST_F(RTSPTeardownTest, AStopThatIsRefusedStopsAllTheSame) {
     mHandler.Play(URL(), Time(0));
 }
 
+TEST_F(RTSPTeardownTest, AStopThatThrowsStopsAllTheSame) {
+    Start("> TEARDOWN clip 4 | Session: 5\n< 200 5");
+    ExpectThrows<RTSPErr>(2, "RTSP::RecvResponse(): Invalid response: CSeq mismatch", [this] { mHandler.Stop(); });
+    EXPECT_THAT(States(), ElementsAre("WaitData", "Stopped"));
+    EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("video: State=Stopped"));
+}
+
 TEST_F(RTSPTeardownTest, WhatTheServerCanDoIsForgottenWithIt) {
     Serve(R"(
         > DESCRIBE clip 1

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <thread>
 
+#include "Crypto/Crypto.hpp"
 #include "MediaSessions/SessionFixture.hpp"
 
 namespace Player::MediaSessions {
@@ -145,6 +146,7 @@ TEST_F(RTSPModernTest, ClassicFollowsNoRedirection) {
 }
 
 TEST_F(RTSPModernTest, CredentialsStayWithTheirHost) {
+    if (!Crypto::IsAvailable()) { GTEST_SKIP() << "built without GnuTLS"; }
     // The same machine by another name is another host.
     Serve(R"(
         > DESCRIBE clip 1
