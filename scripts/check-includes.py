@@ -30,7 +30,7 @@ ALLOWED = {
 SEARCHED = ["Player/include", "Player/src", "Parser/include", "Parser/h264/src", "Parser/mpeg4/src", "GStreamer/src",
             "GStreamer/gst1/include", "tools/virertsp"]
 # Files of the root of Player/src that are helpers; the others there are the player, the top of the library.
-HELPERS = ["BigEndian.hpp", "Throw.hpp"]
+HELPERS = ["Base64.hpp", "BigEndian.hpp", "Throw.hpp"]
 
 
 def layer(path):

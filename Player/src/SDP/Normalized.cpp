@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Player/String.hpp"
+#include "SDP/ParameterSets.hpp"
 
 namespace Player {
 
@@ -21,8 +22,9 @@ constexpr std::size_t kNone = std::string::npos;
 
 constexpr const char* kEncodings[] = {"H264", "MP4V-ES", "MP4A-LATM", "AMR", "mpeg4-generic", "enc-mpeg4-generic"};
 /// As far as somebody looks for them by their exact name.
-constexpr const char* kParameters[] = {"config", "sprop-parameter-sets", "profile-level-id", "packetization-mode",
-                                       "mode",   "octet-align",          "cpresent",         "object"};
+constexpr char kParameterSets[] = "sprop-parameter-sets";
+constexpr const char* kParameters[] = {"config", kParameterSets, "profile-level-id", "packetization-mode",
+                                       "mode",   "octet-align",  "cpresent",         "object"};
 
 /// Attributes whose value begins with a payload type.
 constexpr const char* kOfPayloadType[] = {"rtpmap", "fmtp", "framesize"};
@@ -100,8 +102,12 @@ std::string WithKnownParameters(const std::string& aParameters) {
         const std::size_t lEquals = lParameter.find('=');
         if (!lParameter.empty()) {
             if (!lText.empty()) { lText += ";"; }
-            lText += Known(Trimmed(lParameter.substr(0, lEquals)), kParameters);
-            if (kNone != lEquals) { lText += "=" + Trimmed(lParameter.substr(lEquals + 1)); }
+            const std::string lName = Known(Trimmed(lParameter.substr(0, lEquals)), kParameters);
+            lText += lName;
+            if (kNone != lEquals) {
+                const std::string lValue = Trimmed(lParameter.substr(lEquals + 1));
+                lText += "=" + (kParameterSets == lName ? NormalizedParameterSets(lValue) : lValue);
+            }
         }
         lAt = lEnd + 1;
     }

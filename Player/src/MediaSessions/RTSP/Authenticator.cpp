@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Base64.hpp"
 #include "Player/String.hpp"
 
 namespace Player::MediaSessions {
@@ -12,22 +13,6 @@ constexpr UInt kMostTries = 2;
 constexpr UInt kClientNonceBytes = 16;
 
 using Scheme = Challenge::Scheme;
-
-/// RFC 4648 section 4.
-std::string Base64(const std::string& aText) {
-    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string lText;
-    for (std::size_t i = 0; i < aText.size(); i += 3) {
-        UInt lGroup = 0;
-        for (std::size_t j = 0; j < 3; ++j) {
-            lGroup = lGroup << 8 | (i + j < aText.size() ? static_cast<Byte>(aText[i + j]) : 0U);
-        }
-        for (std::size_t j = 0; j < 4; ++j) {
-            lText += i + j <= aText.size() ? kDigits[lGroup >> (18 - 6 * j) & 63U] : '=';
-        }
-    }
-    return lText;
-}
 
 bool HasControls(const std::string& aText) {
     return std::any_of(aText.begin(), aText.end(),
@@ -103,7 +88,7 @@ std::string Authenticator::Answer(const std::string& aMethod, const std::string&
 }
 
 std::string Authenticator::BasicAnswer() const {
-    return "Basic " + Base64(mCredentials.mName + ":" + mCredentials.mPassword);
+    return "Basic " + Base64::Encode(mCredentials.mName + ":" + mCredentials.mPassword);
 }
 
 std::string Authenticator::DigestAnswer(const std::string& aMethod, const std::string& aURL) {

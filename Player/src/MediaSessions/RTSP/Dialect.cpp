@@ -6,6 +6,7 @@
 #include "MediaSessions/RTSP/URL.hpp"
 #include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/Report.hpp"
+#include "Processors/RTP/Factories.hpp"
 #include "SDP/Normalized.hpp"
 
 namespace Player::MediaSessions {
@@ -59,6 +60,14 @@ std::pair<std::string, std::string> Modern::Address(const std::string& aAuthorit
 void Modern::Prepare(Buffer& aSDP) const {
     const std::string lText = NormalizedSDP(std::string(aSDP.Begin(), aSDP.End()));
     aSDP.Assign(reinterpret_cast<const Byte*>(lText.data()), static_cast<UInt>(lText.size()));
+}
+
+SharedPtr<Processor, SharedObject> Classic::CreateDepacketizer(Properties& aFormat) const {
+    return Processors::RTP::CreateDepacketizer(aFormat);
+}
+
+SharedPtr<Processor, SharedObject> Modern::CreateDepacketizer(Properties& aFormat) const {
+    return Processors::RTP::CreateTolerantDepacketizer(aFormat);
 }
 
 std::string Classic::Base(const std::string& aRequest, const Headers& aHeaders) const {

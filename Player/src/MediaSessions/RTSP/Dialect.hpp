@@ -8,6 +8,9 @@
 #include "MediaSessions/RTSP/RTPInfo.hpp"
 #include "MediaSessions/RTSP/Transports.hpp"
 #include "Player/Buffer.hpp"
+#include "Player/Processor.hpp"
+#include "Player/Properties.hpp"
+#include "Player/Ptr.hpp"
 #include "Player/Types.hpp"
 
 namespace Player::MediaSessions {
@@ -36,6 +39,9 @@ public:
 
     /// Brings a description into the form in which the parser reads it.
     virtual void Prepare(Buffer& aSDP) const = 0;
+
+    /// Turns the packets of a track into samples; null for a format that is not played.
+    virtual SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const = 0;
 
     // A description's URLs.
     /// The base of what was asked for at `aRequest`.
@@ -77,6 +83,7 @@ public:
     UInt UDPBuffer(const std::string& aMediaType) const override;
     std::pair<std::string, std::string> Address(const std::string& aAuthority) const override;
     void Prepare(Buffer& /*aSDP*/) const override {}
+    SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const override;
     /// As it stands.
     std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;
     /// Base and identifier are joined as they stand: a Content-Base ends in "/".
@@ -110,6 +117,7 @@ public:
     UInt UDPBuffer(const std::string& aMediaType) const override;
     std::pair<std::string, std::string> Address(const std::string& aAuthority) const override;
     void Prepare(Buffer& aSDP) const override;
+    SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const override;
     std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;
     std::string TrackURL(const std::string& aBase, const std::string& aId) const override;
     /// Many servers join base and identifier by a slash, whatever the base looks like.

@@ -2,7 +2,6 @@
 #include "MediaSessions/RTSP/URL.hpp"
 #include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/String.hpp"
-#include "Processors/RTP/Factories.hpp"
 #include "RTP/Transports/OverRTSP.hpp"
 #include "RTP/Transports/OverUDP.hpp"
 #include "Throw.hpp"
@@ -139,7 +138,7 @@ void RTSP::DiscardTracks(MediaHandler& aHandler) {
 
 bool RTSP::BuildChain(MediaHandler& aHandler, const Properties& aOffered, Stream& aStream) {
     aStream.mProperties.Set(new Properties(aOffered));
-    aStream.mProcessor = Processors::RTP::CreateDepacketizer(*aStream.mProperties);
+    aStream.mProcessor = Speaks().CreateDepacketizer(*aStream.mProperties);
     if (!aStream.mProcessor) { return false; }
     const SharedPtr<Processor, SharedObject> lConsumer = aHandler.AcceptTrack(aStream.mProperties);
     if (!lConsumer) { return false; }

@@ -1,6 +1,9 @@
 #include "Processors/RTP/Factories.hpp"
 
+#include <initializer_list>
+
 #include "Processors/RTP/AMR.hpp"
+#include "Processors/RTP/EarlyMarkers.hpp"
 #include "Processors/RTP/H264.hpp"
 #include "Processors/RTP/MP4ALATM.hpp"
 #include "Processors/RTP/MP4VES.hpp"
@@ -8,15 +11,27 @@
 
 namespace Player::Processors::RTP {
 
-SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) {
-    using Factory = SharedPtr<Processor, SharedObject> (*)(Properties&);
-    constexpr Factory kFactories[] = {H264::Create, MP4VES::Create, MP4ALATM::Create, AMR::Create,
-                                      MPEG4Generic::Create};
-    for (const Factory lCreate : kFactories) {
+namespace {
+
+using Factory = SharedPtr<Processor, SharedObject> (*)(Properties&);
+
+SharedPtr<Processor, SharedObject> FirstOf(std::initializer_list<Factory> aFactories, Properties& aFormat) {
+    for (const Factory lCreate : aFactories) {
         SharedPtr<Processor, SharedObject> lProcessor = lCreate(aFormat);
         if (lProcessor) { return lProcessor; }
     }
     return {};
+}
+
+}  // namespace
+
+SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) {
+    return FirstOf({H264::Create, MP4VES::Create, MP4ALATM::Create, AMR::Create, MPEG4Generic::Create}, aFormat);
+}
+
+SharedPtr<Processor, SharedObject> CreateTolerantDepacketizer(Properties& aFormat) {
+    return FirstOf({H264::CreateDelimited, EarlyMarkers::Create, MP4ALATM::Create, AMR::Create, MPEG4Generic::Create},
+                   aFormat);
 }
 
 }  // namespace Player::Processors::RTP

@@ -14,6 +14,14 @@ constexpr Byte kLastSingle = 23;
 constexpr Byte kSTAPA = 24;
 constexpr Byte kFUA = 28;
 
+// NAL units (ITU-T H.264 table 7-1).
+constexpr Byte kFirstSlice = 1;
+constexpr Byte kLastSlice = 5;
+constexpr Byte kDelimiter = 9;
+/// Each unit of an aggregate stands behind its size; the first unit's header is there.
+constexpr UInt kAggregateSize = 2;
+constexpr UInt kAggregatedAt = 3;
+
 // Payload of a fragment (RFC 6184 section 5.8):
 //   FU indicator: F (1 bit), NRI (2), type 28 (5)
 //   FU header:    S (1 bit), E (1), R (1), type of the NAL unit (5)
@@ -31,10 +39,44 @@ bool HasFUFlag(const Packets::RTP& aPacket, Byte aFlag) {
     return aPacket.Size() >= kFUHeaderSize && 0 != (aPacket.Begin()[1] & aFlag);
 }
 
+bool IsSlice(Byte aHeader) {
+    const Byte lType = aHeader & kTypeBits;
+    return kFirstSlice <= lType && lType <= kLastSlice;
+}
+
+/// Calls with the header of each unit of an aggregate until one is found that the call is true for.
+template <typename Call>
+bool AnyAggregated(const Packets::RTP& aPacket, Call aCall) {
+    for (UInt lAt = kAggregatedAt; lAt < aPacket.Size();) {
+        if (aCall(aPacket.Begin()[lAt])) { return true; }
+        lAt += BigEndian::Read16(aPacket.Begin() + lAt - kAggregateSize) + kAggregateSize;
+    }
+    return false;
+}
+
+bool BeginsWithDelimiter(const Packets::RTP& aPacket) {
+    const bool lIsAggregate = kSTAPA == NALType(aPacket) && aPacket.Size() > kAggregatedAt;
+    return kDelimiter == (lIsAggregate ? aPacket.Begin()[kAggregatedAt] & kTypeBits : NALType(aPacket));
+}
+
+bool HasSlice(const Packets::RTP& aPacket) {
+    switch (NALType(aPacket)) {
+        case kSTAPA: return AnyAggregated(aPacket, IsSlice);
+        case kFUA: return aPacket.Size() >= kFUHeaderSize && IsSlice(aPacket.Begin()[1]);
+        default: return IsSlice(NALType(aPacket));
+    }
+}
+
 }  // namespace
 
 SharedPtr<Processor, SharedObject> H264::Create(Properties& aFormat) {
     return CreateFor<H264>(aFormat, "H264");
+}
+
+SharedPtr<Processor, SharedObject> H264::CreateDelimited(Properties& aFormat) {
+    SharedPtr<Processor, SharedObject> lProcessor = Create(aFormat);
+    if (lProcessor) { static_cast<H264&>(*lProcessor).mEndsAtDelimiter = true; }
+    return lProcessor;
 }
 
 void H264::Param(const String& aKey, const String& aVal) {
@@ -56,7 +98,7 @@ void H264::Flush() {
 
 bool H264::Decode(PacketPtr aPacket, Time aLatest) {
     bool lOk = true;
-    if (!mPending.empty() && mPending.back()->Timestamp() != aPacket->Timestamp()) { lOk = DecodeSample(aLatest); }
+    if (!mPending.empty() && Ends(*aPacket)) { lOk = DecodeSample(aLatest); }
     const bool lIsLast = aPacket->HasMarker();
     Gather(std::move(aPacket));
     // A consumer that wants no more for now must still get the unit that is complete.
@@ -64,17 +106,25 @@ bool H264::Decode(PacketPtr aPacket, Time aLatest) {
     return lOk;
 }
 
+bool H264::Ends(const Packets::RTP& aNext) const {
+    if (mPending.back()->Timestamp() != aNext.Timestamp()) { return true; }
+    // Parameter sets and the like may stand in front of a delimiter: they go with what follows.
+    return mHasSlice && BeginsWithDelimiter(aNext);
+}
+
 void H264::Gather(PacketPtr aPacket) {
     // The whole datagram counts, not the payload alone: that is what the sender makes us hold.
     const UInt lHeld = static_cast<UInt>(sizeof(Packets::RTP)) + aPacket->Packet::Size();
     if (mPendingBytes <= kMaxPendingBytes) { mPendingBytes += lHeld; }
     if (mPendingBytes > kMaxPendingBytes) { mPending.clear(); }
+    if (mEndsAtDelimiter) { mHasSlice = mHasSlice || HasSlice(*aPacket); }
     mPending.push_back(std::move(aPacket));
 }
 
 void H264::ClearPending() {
     mPending.clear();
     mPendingBytes = 0;
+    mHasSlice = false;
 }
 
 bool H264::DecodeSample(Time aLatest) {

@@ -15,6 +15,10 @@ public:
     /// A new depacketizer when the track is H.264 over RTP, and "Transport" becomes "Sample"; else null.
     static SharedPtr<Processor, SharedObject> Create(Properties& aFormat);
 
+    /// The same of one that ends a unit also where a packet begins with an access unit delimiter, for senders that give
+    /// several units one timestamp and no marker.
+    static SharedPtr<Processor, SharedObject> CreateDelimited(Properties& aFormat);
+
     /// "EndOfStream" delivers the access unit being gathered before it goes on.
     void Param(const String& aKey, const String& aVal) override;
     bool Handle(const SharedPtr<Packet, SharedObject>& aPacket, Time aLatest) override;
@@ -25,6 +29,8 @@ private:
     /// Emptied without giving up its room, so that gathering does not allocate.
     using PacketList = std::vector<PacketPtr>;
 
+    /// Whether the packet shows that the gathered unit is complete.
+    bool Ends(const Packets::RTP& aNext) const;
     bool Decode(PacketPtr aPacket, Time aLatest);
     bool DecodeSample(Time aLatest);
     void DecodePackets(Packets::H264Sample& aSample) const;
@@ -39,6 +45,9 @@ private:
     PacketList mPending;
     /// What they occupy; beyond the limit the unit is lost and only its latest packet is kept.
     UInt mPendingBytes = 0;
+    bool mEndsAtDelimiter = false;
+    /// Part of a picture is gathered; kept only where units end at delimiters.
+    bool mHasSlice = false;
 };
 
 }  // namespace Player::Processors::RTP

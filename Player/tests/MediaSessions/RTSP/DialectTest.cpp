@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Processors/RTP/EarlyMarkers.hpp"
+
 #include "support/ReportCapture.hpp"
 
 namespace Player::MediaSessions {
@@ -85,6 +87,17 @@ TEST(TransportsTest, AreReadFromTheirNames) {
          }) {
         EXPECT_TRUE(lCase.mTransports == Transports::Parse(lCase.mText)) << lCase.mText;
     }
+}
+
+TEST(DialectTest, FramesAreCompletedInModernOnly) {
+    const auto lCompletes = [](const Dialect& aDialect) {
+        Properties lTrack;
+        lTrack.Insert("Transport", "RTP/AVP");
+        lTrack.Insert("Format", "MP4V-ES");
+        return nullptr != dynamic_cast<const Processors::RTP::EarlyMarkers*>(aDialect.CreateDepacketizer(lTrack).Ptr());
+    };
+    EXPECT_FALSE(lCompletes(Dialect::Named("classic")));
+    EXPECT_TRUE(lCompletes(Dialect::Named("modern")));
 }
 
 }  // namespace

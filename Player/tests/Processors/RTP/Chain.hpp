@@ -102,11 +102,15 @@ inline Bytes BytesOf(const PacketPtr& aPacket) {
 /// A track of one format with its depacketizer.
 class Chain {
 public:
-    explicit Chain(const char* aFormat, const char* aFmtParams = "") : mEnd(new Recorder()) {
+    using Factory = ProcessorPtr (*)(Properties&);
+
+    explicit Chain(const char* aFormat, const char* aFmtParams = "",
+                   Factory aCreate = Processors::RTP::CreateDepacketizer)
+        : mEnd(new Recorder()) {
         mFormat.Insert("Transport", "RTP/AVP");
         mFormat.Insert("Format", aFormat);
         mFormat.Insert("FmtParams", aFmtParams);
-        mProcessor = Processors::RTP::CreateDepacketizer(mFormat);
+        mProcessor = aCreate(mFormat);
         mProcessor->Attach(mEnd);
     }
 

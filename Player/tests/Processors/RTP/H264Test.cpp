@@ -43,6 +43,69 @@ TEST_F(H264Test, AMarkedPacketIsAnAccessUnit) {
     EXPECT_EQ(Time(800), mChain.End().mLatest[0]);
 }
 
+// ---------------------------------------------------------------------------- delimiters
+
+class H264DelimitedTest : public testing::Test {
+protected:
+    Chain mChain{"H264", "", Processors::RTP::CreateTolerantDepacketizer};
+};
+
+TEST_F(H264DelimitedTest, ADelimiterEndsTheUnitBeforeIt) {
+    mChain.Push(RTPPacket({0x09, 0x10}).Seq(1));
+    mChain.Push(RTPPacket({0x67, 1}).Seq(2));
+    mChain.Push(RTPPacket({0x65, 2}).Seq(3));
+    EXPECT_EQ(0U, mChain.Delivered());
+    EXPECT_TRUE(mChain.Push(RTPPacket({0x09, 0x30}).Seq(4), Time(7)));
+    EXPECT_THAT(mChain.Samples(), ElementsAre(Unit({0x09, 0x10}) + Unit({0x67, 1}) + Unit({0x65, 2})));
+    EXPECT_EQ(Time(7), mChain.End().mLatest[0]);
+    mChain.Push(RTPPacket({0x41, 3}).Seq(5).Marker());
+    EXPECT_EQ(Unit({0x09, 0x30}) + Unit({0x41, 3}), mChain.Samples()[1]);
+}
+
+TEST_F(H264DelimitedTest, ADelimiterMayBeginAnAggregateAndAPictureBeInFragments) {
+    const Bytes lAggregate = Bytes{0x78} + Aggregated({0x09, 0x10}) + Aggregated({0x41, 1});
+    mChain.Push(RTPPacket(lAggregate).Seq(1));
+    mChain.Push(RTPPacket(kStart + Bytes{1}).Seq(2));
+    mChain.Push(RTPPacket(kLast + Bytes{2}).Seq(3));
+    EXPECT_EQ(0U, mChain.Delivered());
+    mChain.Push(RTPPacket(lAggregate).Seq(4));
+    EXPECT_THAT(mChain.Samples(), ElementsAre(Unit({0x09, 0x10}) + Unit({0x41, 1}) + Unit({0x65, 1, 2})));
+}
+
+TEST_F(H264DelimitedTest, PicturesWithinAggregatesCount) {
+    const Bytes lAggregate = Bytes{0x78} + Aggregated({0x09, 0x10}) + Aggregated({0x41, 1});
+    const Bytes lSets = Bytes{0x78} + Aggregated({0x67, 1}) + Aggregated({0x68, 2});
+    mChain.Push(RTPPacket(lSets).Seq(1));
+    mChain.Push(RTPPacket(lAggregate).Seq(2));
+    EXPECT_EQ(0U, mChain.Delivered());
+    mChain.Push(RTPPacket(lAggregate).Seq(3));
+    EXPECT_THAT(mChain.Samples(),
+                ElementsAre(Unit({0x67, 1}) + Unit({0x68, 2}) + Unit({0x09, 0x10}) + Unit({0x41, 1})));
+}
+
+TEST_F(H264DelimitedTest, WhatStandsInFrontOfADelimiterWithoutAPictureGoesWithTheNext) {
+    mChain.Push(RTPPacket({0x67, 1}).Seq(1));
+    mChain.Push(RTPPacket({0x09, 0x10}).Seq(2));
+    mChain.Push(RTPPacket({0x65, 2}).Seq(3).Marker());
+    EXPECT_THAT(mChain.Samples(), ElementsAre(Unit({0x67, 1}) + Unit({0x09, 0x10}) + Unit({0x65, 2})));
+}
+
+TEST_F(H264DelimitedTest, PayloadsTooShortAreNoDelimiters) {
+    for (const Bytes& lPayload : {Bytes{}, Bytes{0x78}, Bytes{0x78, 0, 1}, Bytes{0x7C}}) {
+        mChain.Push(RTPPacket({0x65, 2}).Seq(1));
+        mChain.Push(RTPPacket(lPayload).Seq(2));
+        EXPECT_EQ(0U, mChain.Delivered());
+        mChain.Link().Flush();
+    }
+}
+
+TEST_F(H264Test, ADelimiterAloneEndsNothing) {
+    mChain.Push(RTPPacket({0x65, 2}).Seq(1));
+    mChain.Push(RTPPacket({0x09, 0x30}).Seq(2));
+    mChain.Push(RTPPacket({0x41, 3}).Seq(3).Marker());
+    EXPECT_EQ(1U, mChain.Delivered());
+}
+
 TEST_F(H264Test, PaddingIsNoPartOfANALUnit) {
     mChain.Push(RTPPacket({0x65, 1}).Padding(4).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(Unit({0x65, 1})));
