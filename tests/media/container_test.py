@@ -21,6 +21,12 @@ def packets(path, kind):
     return [(float(packet["pts_time"]), int(packet["size"])) for packet in json.loads(text.stdout)["packets"]]
 
 
+def bytes_of(path, kind):
+    """All that the packets of the first track of that kind hold."""
+    return subprocess.run(["ffmpeg", "-v", "error", "-i", str(path), "-map", f"0:{kind}:0", "-c", "copy", "-f", "data",
+                           "-"], check=True, capture_output=True, timeout=media.PATIENCE).stdout
+
+
 class ContainerTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -77,6 +83,67 @@ class ContainerTest(unittest.TestCase):
             process.send_signal(signal.SIGKILL)
             process.wait()
         self.assertGreater(media.count_frames(path), 20)
+
+    def split(self, name, *options):
+        with element.serve(element.av_clip()) as url:
+            result = media.record(url, self.folder / name, "--split", *options)
+        self.assertEqual((0, ""), (result.returncode, result.stderr))
+
+    def check_split(self, name, limit):
+        self.split(name, limit)
+        parts = sorted(self.folder.iterdir())
+        stem, ending = name.split(".")
+        self.assertEqual([f"{stem}-{part:04}.{ending}" for part in range(1, len(parts) + 1)],
+                         [part.name for part in parts])
+        self.assertGreaterEqual(len(parts), 2)
+        for kind in "va":
+            served = bytes_of(element.av_clip(), kind)
+            read = b"".join(bytes_of(part, kind) for part in parts)
+            # The last sound is what the encoder had left: the server does not send it.
+            left = 0 if kind == "v" else packets(element.av_clip(), kind)[-1][1]
+            self.assertIn(len(served) - len(read), [0, left], kind)
+            self.assertTrue(served.startswith(read), kind)
+        for part in parts:
+            self.check_part(part)
+
+    def test_split_mp4(self):
+        self.check_split("clip.mp4", "2s")
+
+    def test_split_matroska(self):
+        self.check_split("clip.mkv", "0.1MB")
+
+    def check_part(self, path):
+        first = json.loads(subprocess.run(
+            ["ffprobe", "-v", "error", "-select_streams", "v:0", "-read_intervals", "%+#1", "-show_entries",
+             "packet=flags", "-of", "json", str(path)], check=True, capture_output=True).stdout)["packets"][0]
+        self.assertTrue(first["flags"].startswith("K"), first)
+        self.assertEqual(len(packets(path, "v")), media.count_frames(path))
+        # Every part plays from its own beginning, and sound is cut with the pictures.
+        begin, end = [[at(time for time, _ in packets(path, kind)) for kind in "va"] for at in (min, max)]
+        self.assertLess(max(abs(time) for time in begin), 0.1, begin)
+        self.assertLess(abs(end[0] - end[1]), 0.1, end)
+
+    def test_split_tracks(self):
+        self.split("parts", "2s", "--tracks", "0,1")
+        video, audio = [sorted((self.folder / "parts").glob(f"track{track}-*")) for track in (0, 1)]
+        self.assertEqual([f"track0-{part:04}.h264" for part in range(1, len(video) + 1)], [path.name for path in video])
+        self.assertGreaterEqual(len(video), 2)
+        self.assertEqual([path.name.replace("1-", "0-").replace("aac", "h264") for path in audio],
+                         [path.name for path in video])
+        sets = media.parameter_sets_of_mp4(element.av_clip())
+        units = []
+        for path in video:
+            part = media.start_code_units(path.read_bytes())
+            self.assertEqual(sets, part[:len(sets)])
+            # A picture that begins a group, or what an encoder says in front of it.
+            self.assertIn(part[len(sets)][0] & 0x1F, (5, 6))
+            units += part[len(sets):]
+        self.assertEqual(media.units_of_mp4(element.av_clip()), units)
+        header = 7
+        sizes = [size - header for path in audio for _, size in packets(path, "a")]
+        served = [size for _, size in packets(element.av_clip(), "a")]
+        self.assertIn(len(served) - len(sizes), (0, 1))
+        self.assertEqual(served[:len(sizes)], sizes)
 
 
 if __name__ == "__main__":

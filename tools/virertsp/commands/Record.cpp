@@ -43,12 +43,14 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     gboolean lForce = FALSE;
     gboolean lReconnect = FALSE;
     OptionText lTracks;
+    OptionText lSplit;
     const GOptionEntry lEntries[] = {
         {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText, "Directory, or an .mp4 or .mkv file; or /dev/null",
          "DIR|FILE"},
         {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much play time", "N"},
         {"tracks", 0, 0, G_OPTION_ARG_STRING, &lTracks.mText, "Write these tracks alone, such as 0,2", "LIST"},
         {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace files that are there", nullptr},
+        {"split", 0, 0, G_OPTION_ARG_STRING, &lSplit.mText, "New files after each 10min, 100MB, ...", "TIME|SIZE"},
         {"reconnect", 'r', 0, G_OPTION_ARG_NONE, &lReconnect, "After a failure go on in new files", nullptr},
         {"times", 0, 0, G_OPTION_ARG_NONE, &lTimes, "Write the samples' play times into trackN.times", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
@@ -60,6 +62,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     aSettings.mForce = FALSE != lForce;
     aReconnect = FALSE != lReconnect;
     aSettings.mChosen = Chosen(lTracks.Value());
+    if (nullptr != lSplit.mText) { aSettings.mSplit = Split::Of(lSplit.Value()); }
     if (lGoOn && aSettings.mDirectory.empty()) { throw Failure(kExitUsage, "Missing --output DIR."); }
     return lGoOn;
 }

@@ -49,11 +49,11 @@ void RecordSessions(const SessionOptions& aSession, Recorder::Settings aSettings
     bool lBegunBefore = false;
     while (!Interrupted()) {
         const Clock::time_point lStart = Clock::now();
-        bool lBegun = false;
+        unsigned lNextPart = aSettings.mPart;
         try {
-            return RecordSession(aSession, aSettings, aObserver, true, &lBegun);
+            return RecordSession(aSession, aSettings, aObserver, true, &lNextPart);
         } catch (const Failure& lFailure) {
-            lBegunBefore = lBegunBefore || lBegun;
+            lBegunBefore = lBegunBefore || lNextPart != aSettings.mPart;
             if (Interrupted() || !CanHeal(lFailure, lBegunBefore)) { throw; }
             if (Clock::now() - lStart >= kGood) { lPauses.Reset(); }
             const std::chrono::seconds lPause = lPauses.Next();
@@ -61,7 +61,7 @@ void RecordSessions(const SessionOptions& aSession, Recorder::Settings aSettings
                          static_cast<int>(lPause.count()));
             Sleep(lPause);
         }
-        if (lBegun) { ++aSettings.mPart; }
+        aSettings.mPart = lNextPart;
     }
 }
 

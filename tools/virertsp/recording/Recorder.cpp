@@ -1,7 +1,5 @@
 #include "recording/Recorder.hpp"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <thread>
 
@@ -20,11 +18,6 @@ constexpr std::chrono::milliseconds kLastWords(300);
 /// The last samples of a presentation lie so many seconds before its described end at most.
 constexpr Player::UInt kShortOfEnd = 1;
 
-bool IsDevice(const std::string& aPath) {
-    struct stat lStatus = {};
-    return 0 == stat(aPath.c_str(), &lStatus) && S_ISCHR(lStatus.st_mode);
-}
-
 }  // namespace
 
 Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
@@ -32,16 +25,11 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
       mSettings(aSettings),
       mIntake(aPlayer),
       mSink([this](Player::TrackIdx aTrack, const Intake::Sample& aSample) { Take(aTrack, aSample); }),
+      mOutput({aSettings.mDirectory, aSettings.mTimes, aSettings.mForce, aSettings.mSplit.IsWanted()}),
+      mPart(aSettings.mPart),
       mLimit(static_cast<long long>(aSettings.mSeconds * 4294967296.0)),
       mLastTaken(Clock::now()) {
-    const bool lDrop = IsDevice(aSettings.mDirectory);
-    if (Container::IsFor(aSettings.mDirectory)) {
-        mContainerPath = mSettings.mDirectory;
-        mContainerPath.insert(mContainerPath.size() - 4, PartSuffix());
-        mContainer = Container::Make(mContainerPath, Existing());
-    } else if (!lDrop) {
-        MakeDirectory(aSettings.mDirectory);
-    }
+    mOutput.BeginFirst(mPart);
     for (const Player::TrackIdx lChosen : mSettings.mChosen) {
         if (lChosen < mPlayer.GetTrackCount()) { continue; }
         throw Failure(kExitNothingPlayable,
@@ -49,8 +37,8 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
     }
     unsigned lLeftOut = 0;
     for (Player::TrackIdx lTrack = 0; lTrack < mPlayer.GetTrackCount(); ++lTrack) {
-        if (lDrop || !IsChosen(lTrack)) {
-            mTracks.push_back({TrackRecord(MakeNullWriter(), nullptr)});
+        if (mOutput.Drops() || !IsChosen(lTrack)) {
+            mTracks.push_back({TrackRecord(Output::Nowhere())});
         } else if (!AddTrack(lTrack)) {
             ++lLeftOut;
         }
@@ -58,33 +46,48 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
     if (lLeftOut == (mSettings.mChosen.empty() ? mTracks.size() : mSettings.mChosen.size())) {
         throw Failure(kExitNothingPlayable, "No track of the presentation can be written.");
     }
+    if (mSettings.mSplit.IsWanted()) { Lead(); }
 }
 
 bool Recorder::AddTrack(Player::TrackIdx aIndex) {
-    const std::string lBase = mContainer
-                                  ? mContainerPath + Player::StringWithFormat(".track%u", aIndex)
-                                  : mSettings.mDirectory + Player::StringWithFormat("/track%u", aIndex) + PartSuffix();
     try {
-        const Player::Properties& lInfo = *mPlayer.GetTrackInfo(aIndex);
-        auto lWriter = mContainer ? mContainer->AddTrack(lInfo) : MakeWriter(lInfo, lBase, Existing());
-        auto lTimes = mSettings.mTimes ? std::make_unique<OutputFile>(lBase + ".times", Existing()) : nullptr;
-        mTracks.push_back({TrackRecord(std::move(lWriter), std::move(lTimes))});
+        mTracks.push_back({TrackRecord(mOutput.Open(aIndex, *mPlayer.GetTrackInfo(aIndex))), true});
         return true;
     } catch (const Failure& lFailure) {
         if (kExitNothingPlayable != lFailure.Code()) { throw; }
         std::fprintf(stderr, "virertsp: track %u is dropped: %s\n", aIndex, lFailure.what());
     }
     // It plays all the same, and its samples would pile up in the player.
-    mTracks.push_back({TrackRecord(MakeNullWriter(), nullptr)});
+    mTracks.push_back({TrackRecord(Output::Nowhere())});
     return false;
 }
 
-OutputFile::Existing Recorder::Existing() const {
-    return mSettings.mForce ? OutputFile::Existing::kReplace : OutputFile::Existing::kKeep;
+void Recorder::Lead() {
+    std::optional<Player::TrackIdx> lLeader;
+    Coding lCoding = Coding::kSound;
+    for (Player::TrackIdx lTrack = 0; lTrack < TrackCount(); ++lTrack) {
+        if (!mTracks[lTrack].mWritten) { continue; }
+        const Coding lThis = CodingOf(*mPlayer.GetTrackInfo(lTrack));
+        // Pictures lead: sound can be cut anywhere.
+        if (lLeader && (Coding::kSound != lCoding || Coding::kSound == lThis)) { continue; }
+        lLeader = lTrack;
+        lCoding = lThis;
+    }
+    if (!lLeader) { return; }
+    mCutter.emplace(
+        mSettings.mSplit, *lLeader, lCoding,
+        [this](Player::TrackIdx aTrack, const Intake::Sample& aSample) { Write(aTrack, aSample); },
+        [this, lTrack = *lLeader](const Player::Time& aAt) {
+            if (!HasReachedLimit(lTrack)) { BeginPart(aAt); }
+        });
 }
 
-std::string Recorder::PartSuffix() const {
-    return 1 == mSettings.mPart ? std::string() : Player::StringWithFormat("-%u", mSettings.mPart);
+void Recorder::BeginPart(const Player::Time& aStart) {
+    mOutput.Begin(++mPart, aStart);
+    for (Player::TrackIdx lTrack = 0; lTrack < TrackCount(); ++lTrack) {
+        if (!mTracks[lTrack].mWritten) { continue; }
+        mTracks[lTrack].mRecord.ContinueIn(mOutput.Open(lTrack, *mPlayer.GetTrackInfo(lTrack)), aStart);
+    }
 }
 
 bool Recorder::IsChosen(Player::TrackIdx aIndex) const {
@@ -95,10 +98,10 @@ void Recorder::Run(Observer& aObserver) {
     try {
         RunUntilOver(aObserver);
     } catch (const Player::Exception&) {
-        mIntake.TakeAll(mSink, Clock::now());
+        TakeAll();
         throw;
     }
-    mIntake.TakeAll(mSink, Clock::now());
+    TakeAll();
 }
 
 void Recorder::RunUntilOver(Observer& aObserver) {
@@ -113,7 +116,16 @@ void Recorder::RunUntilOver(Observer& aObserver) {
     }
 }
 
+void Recorder::TakeAll() {
+    mIntake.TakeAll(mSink, Clock::now());
+    if (mCutter) { mCutter->Flush(); }
+}
+
 void Recorder::Take(Player::TrackIdx aTrack, const Intake::Sample& aSample) {
+    mCutter&& mTracks[aTrack].mWritten ? mCutter->Take(aTrack, aSample) : Write(aTrack, aSample);
+}
+
+void Recorder::Write(Player::TrackIdx aTrack, const Intake::Sample& aSample) {
     if (!HasReachedLimit(aTrack)) { mTracks[aTrack].mRecord.Write(*aSample); }
 }
 

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "Player/Pace.hpp"
+#include "recording/Cutter.hpp"
 #include "recording/Intake.hpp"
+#include "recording/Output.hpp"
 #include "recording/TrackRecord.hpp"
-#include "writers/Container.hpp"
 
 namespace Virertsp {
 
@@ -22,12 +24,14 @@ public:
         double mSeconds = 0;
         /// One line per sample with its play time in ns, in a file beside each track's.
         bool mTimes = false;
-        /// From the second on the part's number is in the names of its files.
+        /// The number of the first part; from the second on it is in the names of its files.
         unsigned mPart = 1;
         /// Files that are there are replaced instead of refused.
         bool mForce = false;
         /// The tracks to write, by number; all when empty.
         std::set<Player::TrackIdx> mChosen = {};
+        /// When to go on in the files of the next part; their numbers have four digits.
+        Split mSplit = {};
         /// With a limit: how long a track may be silent once another has reached it ...
         std::chrono::milliseconds mPatience{2000};
         /// ... and how long all may be silent together.
@@ -46,24 +50,30 @@ public:
     std::string Summary() const;
     /// What is wrong with the first track that did not bring what it should: a sentence, or nothing.
     std::string Complaint() const;
+    /// The number of the latest part.
+    unsigned Part() const { return mPart; }
 
 private:
     using Clock = Observer::Clock;
 
     struct Track {
         TrackRecord mRecord;
+        /// It goes into files.
+        bool mWritten = false;
         /// It was silent while another track brought all that was asked for.
         bool mMissing = false;
     };
 
     /// False for a track that can't be written and is dropped.
     bool AddTrack(Player::TrackIdx aIndex);
-    OutputFile::Existing Existing() const;
-    /// "-2" for the second part; empty for the first.
-    std::string PartSuffix() const;
+    /// Lets the recording be cut as the settings want it.
+    void Lead();
+    void BeginPart(const Player::Time& aStart);
     bool IsChosen(Player::TrackIdx aIndex) const;
     void RunUntilOver(Observer& aObserver);
     void Take(Player::TrackIdx aTrack, const Intake::Sample& aSample);
+    void TakeAll();
+    void Write(Player::TrackIdx aTrack, const Intake::Sample& aSample);
     bool HasReachedLimit(Player::TrackIdx aTrack) const;
     bool IsEnough(Clock::time_point aNow);
     bool IsOver(bool aTakenIn, Clock::time_point aNow);
@@ -76,9 +86,9 @@ private:
     Settings mSettings;
     Intake mIntake;
     Intake::Sink mSink;
-    /// Null when each track has a file of its own.
-    std::shared_ptr<Container> mContainer;
-    std::string mContainerPath;
+    Output mOutput;
+    unsigned mPart;
+    std::optional<Cutter> mCutter;
     std::vector<Track> mTracks;
     Player::Time mLimit;
     Player::Pace mPace;

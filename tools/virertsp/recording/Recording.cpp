@@ -8,18 +8,18 @@
 namespace Virertsp {
 
 void RecordSession(const SessionOptions& aSession, const Recorder::Settings& aSettings, Observer& aObserver,
-                   bool aSummary, bool* aBegun) {
+                   bool aSummary, unsigned* aNextPart) {
     ProbePlayer lPlayer;
     const Visit lVisit(lPlayer);
     aSession.Open(lPlayer);
     Recorder lRecorder(lPlayer, aSettings);
-    if (nullptr != aBegun) { *aBegun = true; }
     std::exception_ptr lBroken;
     try {
         lRecorder.Run(aObserver);
     } catch (const Player::Exception& lException) {
         lBroken = std::make_exception_ptr(Explain(lException, aSession.URL()));
     }
+    if (nullptr != aNextPart) { *aNextPart = lRecorder.Part() + 1; }
     aObserver.Conclude(lPlayer, Observer::Clock::now());
     lRecorder.Finish();
     if (aSummary) { std::fputs(lRecorder.Summary().c_str(), stdout); }

@@ -8,12 +8,18 @@
 
 namespace Virertsp {
 
+void TrackRecord::ContinueIn(Output::Files aFiles, const Player::Time& aFrom) {
+    if (mNext) { MoveOn(); }
+    mNext = Next{std::move(aFiles), aFrom};
+}
+
 void TrackRecord::Write(const Player::Packet& aSample) {
-    mWriter->Write(aSample);
     const Player::Time lTime = aSample.PlayTime();
-    if (mTimes) {
+    if (mNext && lTime >= mNext->mFrom) { MoveOn(); }
+    mFiles.mWriter->Write(aSample);
+    if (mFiles.mTimes) {
         const std::string lLine = Player::StringWithFormat("%lld\n", lTime.NanoSeconds());
-        mTimes->Write(lLine.data(), lLine.size());
+        mFiles.mTimes->Write(lLine.data(), lLine.size());
     }
     if (0 == mSamples || lTime < mFirst) { mFirst = lTime; }
     if (0 == mSamples || lTime > mLatest) { mLatest = lTime; }
@@ -21,15 +27,28 @@ void TrackRecord::Write(const Player::Packet& aSample) {
     ++mSamples;
 }
 
+void TrackRecord::MoveOn() {
+    FinishFiles();
+    mFiles = std::move(mNext->mFiles);
+    mNext.reset();
+}
+
+void TrackRecord::FinishFiles() {
+    mFiles.mWriter->Finish();
+    if (mFiles.mTimes) { mFiles.mTimes->Close(); }
+}
+
 void TrackRecord::Finish() {
-    mWriter->Finish();
-    if (mTimes) { mTimes->Close(); }
+    if (mNext) { MoveOn(); }
+    FinishFiles();
 }
 
 std::string TrackRecord::Summary(const Player::Reception& aReception) const {
+    const std::string lLastName = mFiles.mWriter->Name();
+    const std::string lNames = mFirstName == lLastName ? lLastName : mFirstName + " to " + lLastName;
     return Player::StringWithFormat("%" PRIu64 " samples, %" PRIu64 " bytes, %s, %u packets, %d lost, %s -> %s",
                                     mSamples, mBytes, FormatTime(Length()).c_str(), aReception.mPacketsReceived,
-                                    aReception.Missing(), EndingPhrase(aReception.mEnd), mWriter->Name().c_str());
+                                    aReception.Missing(), EndingPhrase(aReception.mEnd), lNames.c_str());
 }
 
 }  // namespace Virertsp

@@ -1,20 +1,20 @@
 #pragma once
 
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "Player/MediaPlayer.hpp"
-#include "writers/OutputFile.hpp"
-#include "writers/Writer.hpp"
+#include "recording/Output.hpp"
 
 namespace Virertsp {
 
 /// One track on its way into files.
 class TrackRecord {
 public:
-    /// A null `aTimes` writes no times.
-    TrackRecord(std::unique_ptr<Writer> aWriter, std::unique_ptr<OutputFile> aTimes)
-        : mWriter(std::move(aWriter)), mTimes(std::move(aTimes)) {}
+    explicit TrackRecord(Output::Files aFiles) : mFiles(std::move(aFiles)), mFirstName(mFiles.mWriter->Name()) {}
+
+    /// Goes on in these files with the first sample that is played at `aFrom` or later. Throws `Failure`.
+    void ContinueIn(Output::Files aFiles, const Player::Time& aFrom);
 
     /// Throws `Failure`.
     void Write(const Player::Packet& aSample);
@@ -27,8 +27,17 @@ public:
     std::string Summary(const Player::Reception& aReception) const;
 
 private:
-    std::unique_ptr<Writer> mWriter;
-    std::unique_ptr<OutputFile> mTimes;
+    struct Next {
+        Output::Files mFiles;
+        Player::Time mFrom;
+    };
+
+    void FinishFiles();
+    void MoveOn();
+
+    Output::Files mFiles;
+    std::optional<Next> mNext;
+    std::string mFirstName;
     std::uint64_t mSamples = 0;
     std::uint64_t mBytes = 0;
     Player::Time mFirst;

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "Outcome.hpp"
 #include "Scratch.hpp"
 #include "commands/Command.hpp"
@@ -314,6 +316,84 @@ TEST(RecordTest, AfterAFailureItGoesOnInNewFiles) {
     EXPECT_THAT(lScratch.Contents("out/track0-2.h264"), ::testing::EndsWith("\x41\x9a"));
 }
 
+/// Sixteen pictures, every fourth of which a decoder can begin with; ten a second.
+std::string Groups() {
+    std::string lMedia;
+    for (unsigned lSeq = 1; lSeq <= 16; ++lSeq) {
+        const Player::Byte lType = 1 == lSeq % 4 ? 0x65 : 0x41;
+        const auto lNumber = static_cast<Player::Byte>(lSeq);
+        lMedia += "S$ 0 " +
+                  Hex(RtpPacket().Seq(lSeq).Timestamp(9000 * lSeq).Ssrc(6).Marker().Payload({lType, lNumber}).Build()) +
+                  "\n";
+    }
+    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(6), TestSupport::Goodbye(6));
+    return lMedia + "S$ 1 " + Hex(lBye) + "\n";
+}
+
+/// What a file holds behind the parameter sets of the description.
+std::string Pictures(const std::string& aFile) {
+    constexpr std::size_t kSets = 12;
+    return aFile.size() < kSets ? "" : aFile.substr(kSets);
+}
+
+TEST(RecordTest, SplitFilesBeginWithRandomAccessPointsAndLackNothing) {
+    for (const char* const lSplit : {"0.024kB", "1s"}) {
+        const bool lTime = 's' == lSplit[1];
+        const Scratch lScratch;
+        ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + Groups() + kTeardown);
+        const Outcome lOutcome =
+            Record({lServer.URL(), "--tcp", "--times", "--split", lSplit, "-o", lScratch.Path("out")});
+        EXPECT_EQ("", lServer.Failure());
+        EXPECT_EQ(kExitOk, lOutcome.mCode) << lOutcome.mErrors;
+        std::string lAll;
+        for (unsigned lPart = 1; lPart <= (lTime ? 2 : 4); ++lPart) {
+            const std::string lName = "out/track0-000" + std::to_string(lPart);
+            const std::string lPictures = Pictures(lScratch.Contents(lName + ".h264"));
+            EXPECT_EQ(std::string("\0\0\0\1\x65", 5), lPictures.substr(0, 5)) << lName;
+            const std::string lTimes = lScratch.Contents(lName + ".times");
+            EXPECT_EQ(lPictures.size() / 6, std::count(lTimes.begin(), lTimes.end(), '\n'));
+            lAll += lPictures;
+        }
+        ASSERT_EQ(16U * 6, lAll.size());
+        for (unsigned lPicture = 0; lPicture < 16; ++lPicture) {
+            EXPECT_EQ(static_cast<char>(lPicture + 1), lAll[6 * lPicture + 5]);
+        }
+        EXPECT_THAT(lOutcome.mOutput, HasSubstr("track 0: H264, 16 samples, "));
+        EXPECT_THAT(lOutcome.mOutput,
+                    ::testing::EndsWith("-> " + lScratch.Path("out/track0-0001.h264") + " to " +
+                                        lScratch.Path("out/track0-000") + (lTime ? '2' : '4') + ".h264\n"));
+    }
+}
+
+TEST(RecordTest, ALimitEndsSplitFiles) {
+    const Scratch lScratch;
+    ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + Groups() + kTeardown);
+    const Outcome lOutcome =
+        Record({lServer.URL(), "--tcp", "--split", "0.024kB", "--seconds", "0.5", "-o", lScratch.Path("out")});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitOk, lOutcome.mCode) << lOutcome.mErrors;
+    EXPECT_EQ(12U, Pictures(lScratch.Contents("out/track0-0002.h264")).size());
+    EXPECT_FALSE(std::filesystem::exists(lScratch.Path("out/track0-0003.h264")));
+}
+
+TEST(RecordTest, SplitFilesReplaceNoneOfARecordingBefore) {
+    for (const bool lForce : {false, true}) {
+        const Scratch lScratch;
+        std::filesystem::create_directory(lScratch.Path("out"));
+        // Another track's, of a part that would come much later.
+        std::ofstream(lScratch.Path("out/track1-0012.aac")) << "precious";
+        std::ofstream(lScratch.Path("out/track0-0001.h264")) << (lForce ? "precious" : "");
+        if (!lForce) { std::filesystem::remove(lScratch.Path("out/track0-0001.h264")); }
+        ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + Media() + kTeardown);
+        const Outcome lOutcome = Record(
+            {lServer.URL(), "-o", lScratch.Path("out"), "--split", "1MB", lForce ? "--force" : "--tcp", "--tcp"});
+        EXPECT_EQ("", lServer.Failure());
+        EXPECT_EQ(lForce ? kExitOk : kExitOutput, lOutcome.mCode);
+        EXPECT_EQ(lForce, std::filesystem::exists(lScratch.Path("out/track0-0001.h264")));
+        if (!lForce) { EXPECT_THAT(lOutcome.mErrors, HasSubstr("track1-0012.aac is there already; --force ")); }
+    }
+}
+
 TEST(RecordTest, WhatAServerMeansIsNotTriedAgain) {
     ScriptedServer lServer("C: DESCRIBE {*}\nC...\nS: RTSP/1.0 404 Not Found\nS: CSeq: 1\nS:");
     EXPECT_EQ(kExitRefused, Record({lServer.URL(), "--reconnect", "-o", "/dev/null"}).mCode);
@@ -382,6 +462,8 @@ TEST(RecordTest, MistakesOnTheCommandLine) {
              {lURL, "-o", "/dev/null", "--transport", "sctp"},
              {lURL, "-o", "/dev/null", "--tracks", "0,x"},
              {lURL, "-o", "/dev/null", "--unknown"},
+             {lURL, "-o", "/dev/null", "--split", "10"},
+             {lURL, "-o", "/dev/null", "--split", ""},
              {lURL, "-o", "/dev/null", "--seconds", "-1"},
              {lURL, "-o", "/dev/null", "-c", "no equals sign"},
              {lURL, "-o", "/dev/null", "-c", "RTSP:TimeoutAfter=5"},

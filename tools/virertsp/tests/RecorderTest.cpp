@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 #include "FakeSession.hpp"
 #include "Scratch.hpp"
 
@@ -89,6 +91,26 @@ TEST(RecorderTest, WhenAllHaveBroughtEnoughNothingIsMissing) {
     lRecorder.Run(lLooks);
     EXPECT_NE(0U, lLooks.Left());
     EXPECT_EQ("", lRecorder.Complaint());
+}
+
+TEST(RecorderTest, PartsAreNumberedOnFromTheSessionBefore) {
+    const Scratch lScratch;
+    std::filesystem::create_directory(lScratch.Path("out"));
+    std::ofstream(lScratch.Path("out/track0-0002.aac")) << "of the session before";
+    FakePlayer lPlayer({{"mpeg4-generic", 1}, {"AMR", 1}});
+    Recorder::Settings lSettings{lScratch.Path("out")};
+    lSettings.mPart = 3;
+    lSettings.mSplit = Split::Of("1s");
+    Recorder lRecorder(lPlayer, lSettings);
+    // Ten units a second.
+    Looks lLooks(25);
+    lRecorder.Run(lLooks);
+    lRecorder.Finish();
+    EXPECT_EQ(5U, lRecorder.Part());
+    for (const auto& [lName, lUnits] : {std::pair{"3", 10U}, {"4", 10U}, {"5", 5U}}) {
+        EXPECT_EQ(lUnits * 19, lScratch.Contents(std::string("out/track0-000") + lName + ".aac").size()) << lName;
+        EXPECT_EQ(6 + lUnits * 13, lScratch.Contents(std::string("out/track1-000") + lName + ".amr").size()) << lName;
+    }
 }
 
 }  // namespace

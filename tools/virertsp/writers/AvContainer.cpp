@@ -80,13 +80,10 @@ void DescribeAudio(const AudioConfig& aConfig, AVCodecParameters& aParameters) {
     SetExtraData(aParameters, AudioConfiguration(aConfig));
 }
 
-bool IsFormat(const Player::Properties& aTrack, const char* aName) {
-    return 0 == strcasecmp(aTrack.Get("Format").c_str(), aName);
-}
-
 }  // namespace
 
-AvContainer::AvContainer(const std::string& aPath, OutputFile::Existing aExisting) : mPath(aPath) {
+AvContainer::AvContainer(const std::string& aPath, OutputFile::Existing aExisting, const Player::Time& aStart)
+    : mPath(aPath), mStart(aStart) {
     OutputFile(aPath, aExisting).Close();
     av_log_set_level(AV_LOG_QUIET);
     Check(avformat_alloc_output_context2(&mContext, nullptr, nullptr, aPath.c_str()));
@@ -103,24 +100,25 @@ AvContainer::~AvContainer() {
 std::unique_ptr<Writer> AvContainer::AddTrack(const Player::Properties& aTrack) {
     // A track that can't be written at all is refused with the reason that its own file would have.
     FileExtension(aTrack);
-    const bool lIsH264 = IsFormat(aTrack, "H264");
-    const bool lIsVideo = lIsH264 || IsFormat(aTrack, "MP4V-ES");
-    if (IsFormat(aTrack, "AMR")) { throw Failure(kExitNothingPlayable, "AMR goes into files of its own alone."); }
+    const Coding lCoding = CodingOf(aTrack);
+    const bool lIsH264 = Coding::kH264 == lCoding;
+    if (0 == strcasecmp("AMR", aTrack.Get("Format").c_str())) {
+        throw Failure(kExitNothingPlayable, "AMR goes into files of its own alone.");
+    }
     if (lIsH264) { AvcConfiguration(aTrack); }
     AVStream* const lStream = avformat_new_stream(mContext, nullptr);
     if (nullptr == lStream) { throw std::bad_alloc(); }
     ++mOpenTracks;
     constexpr int kVideoRate = 90000;
-    if (lIsVideo) {
+    if (Coding::kSound != lCoding) {
         DescribeVideo(aTrack, lIsH264, *lStream->codecpar);
         lStream->time_base = {1, kVideoRate};
-        return std::make_unique<AvTrack>(*this, lStream->index, kVideoRate, lIsH264 ? AvTrack::kH264 : AvTrack::kVisual,
-                                         0);
+        return std::make_unique<AvTrack>(*this, lStream->index, kVideoRate, lCoding, 0);
     }
     const AudioConfig lConfig = AudioConfig::Of(aTrack);
     DescribeAudio(lConfig, *lStream->codecpar);
     lStream->time_base = {1, static_cast<int>(lConfig.mRate)};
-    return std::make_unique<AvTrack>(*this, lStream->index, static_cast<int>(lConfig.mRate), AvTrack::kAudio,
+    return std::make_unique<AvTrack>(*this, lStream->index, static_cast<int>(lConfig.mRate), Coding::kSound,
                                      lConfig.mShortFrames ? 960 : 1024);
 }
 

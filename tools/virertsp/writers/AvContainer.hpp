@@ -13,7 +13,7 @@ namespace Virertsp {
 /// A container that libavformat writes.
 class AvContainer : public Container {
 public:
-    AvContainer(const std::string& aPath, OutputFile::Existing aExisting);
+    AvContainer(const std::string& aPath, OutputFile::Existing aExisting, const Player::Time& aStart);
     ~AvContainer() override;
 
     std::unique_ptr<Writer> AddTrack(const Player::Properties& aTrack) override;
@@ -23,6 +23,7 @@ public:
     /// To be called once for each track.
     void FinishTrack();
     const std::string& Path() const { return mPath; }
+    const Player::Time& Start() const { return mStart; }
 
 private:
     void WriteHeader();
@@ -30,6 +31,7 @@ private:
     void Check(int aResult) const;
 
     std::string mPath;
+    Player::Time mStart;
     AVFormatContext* mContext = nullptr;
     bool mBegun = false;
     unsigned mOpenTracks = 0;

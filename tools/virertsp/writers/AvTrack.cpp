@@ -12,47 +12,21 @@ namespace {
 
 /// Pictures that an H.264 encoder may hold back (ITU-T H.264 section A.3.1).
 constexpr std::size_t kMostReordered = 16;
-constexpr std::size_t kLengthSize = 4;
-constexpr unsigned kInstantRefresh = 5;
 
 struct FreePacket {
     void operator()(AVPacket* aPacket) const { av_packet_free(&aPacket); }
 };
 
-unsigned ByteAt(const std::string& aText, std::size_t aAt) {
-    return static_cast<unsigned char>(aText[aAt]);
-}
-
-/// Each NAL unit has its length in four bytes in front.
-bool HasInstantRefresh(const std::string& aSample) {
-    for (std::size_t lAt = 0; lAt + kLengthSize < aSample.size();) {
-        if (kInstantRefresh == (ByteAt(aSample, lAt + kLengthSize) & 0x1F)) { return true; }
-        std::size_t lLength = 0;
-        for (std::size_t i = 0; i < kLengthSize; ++i) {
-            lLength = lLength << 8 | ByteAt(aSample, lAt + i);
-        }
-        lAt += kLengthSize;
-        if (lLength > aSample.size() - lAt) { break; }
-        lAt += lLength;
-    }
-    return false;
-}
-
-/// The start code of a picture, and its type in two bits: 0 for one of its own.
-bool HasIntraPicture(const std::string& aSample) {
-    const std::size_t lAt = aSample.find(std::string("\0\0\1\xB6", 4));
-    return std::string::npos != lAt && lAt + 4 < aSample.size() && 0 == ByteAt(aSample, lAt + 4) >> 6;
-}
-
 }  // namespace
 
-AvTrack::AvTrack(AvContainer& aContainer, int aStream, int aRate, Kind aKind, int aDuration)
+AvTrack::AvTrack(AvContainer& aContainer, int aStream, int aRate, Coding aCoding, int aDuration)
     : mContainer(std::static_pointer_cast<AvContainer>(aContainer.shared_from_this())),
       mStream(aStream),
       mRate(aRate),
-      mKind(aKind),
+      mCoding(aCoding),
       mDuration(aDuration),
-      mTimes(kAudio == aKind ? 0 : kMostReordered) {}
+      mStart(aContainer.Start().Scale(aRate, 1, true)),
+      mTimes(Coding::kSound == aCoding ? 0 : kMostReordered) {}
 
 void AvTrack::Write(const Player::Packet& aSample) {
     if (0 == aSample.Size()) { return; }
@@ -62,21 +36,12 @@ void AvTrack::Write(const Player::Packet& aSample) {
 }
 
 std::int64_t AvTrack::TimeOf(const Player::Packet& aSample) {
-    std::int64_t lTime = aSample.PlayTime().Scale(mRate, 1, true);
+    std::int64_t lTime = aSample.PlayTime().Scale(mRate, 1, true) - mStart;
     // All units of one packet have the time of the first.
-    if (kAudio == mKind && 0 != mNext && aSample.PlayTime() == mLastPlay) { lTime = mNext; }
+    if (Coding::kSound == mCoding && 0 != mNext && aSample.PlayTime() == mLastPlay) { lTime = mNext; }
     mLastPlay = aSample.PlayTime();
     mNext = lTime + mDuration;
     return lTime;
-}
-
-bool AvTrack::IsRandomAccess(const std::string& aSample) const {
-    switch (mKind) {
-        case kH264: return HasInstantRefresh(aSample);
-        case kVisual: return HasIntraPicture(aSample);
-        case kAudio: break;
-    }
-    return true;
 }
 
 void AvTrack::WriteReady(bool aLast) {
@@ -89,7 +54,7 @@ void AvTrack::WriteReady(bool aLast) {
         lPacket->pts = lTimes->mPlay;
         lPacket->dts = lTimes->mDecode;
         lPacket->duration = mDuration;
-        if (IsRandomAccess(lSample)) { lPacket->flags |= AV_PKT_FLAG_KEY; }
+        if (IsRandomAccess(mCoding, lSample)) { lPacket->flags |= AV_PKT_FLAG_KEY; }
         mSamples.pop_front();
         mContainer->Write(*lPacket, mRate);
     }

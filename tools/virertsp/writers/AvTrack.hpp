@@ -6,16 +6,15 @@
 
 #include "writers/AvContainer.hpp"
 #include "writers/DecodeTimes.hpp"
+#include "writers/RandomAccess.hpp"
 
 namespace Virertsp {
 
 /// One track of a container.
 class AvTrack : public Writer {
 public:
-    enum Kind { kH264, kVisual, kAudio };
-
     /// `aRate`: ticks per second. `aDuration`: ticks of each unit of sound.
-    AvTrack(AvContainer& aContainer, int aStream, int aRate, Kind aKind, int aDuration);
+    AvTrack(AvContainer& aContainer, int aStream, int aRate, Coding aCoding, int aDuration);
 
     void Write(const Player::Packet& aSample) override;
     void Finish() override;
@@ -23,14 +22,15 @@ public:
 
 private:
     std::int64_t TimeOf(const Player::Packet& aSample);
-    bool IsRandomAccess(const std::string& aSample) const;
     void WriteReady(bool aLast);
 
     std::shared_ptr<AvContainer> mContainer;
     int mStream;
     int mRate;
-    Kind mKind;
+    Coding mCoding;
     int mDuration;
+    /// The play time at which the file begins, in ticks.
+    std::int64_t mStart;
     DecodeTimes mTimes;
     std::deque<std::string> mSamples;
     Player::Time mLastPlay;

@@ -12,11 +12,13 @@ bool Container::IsFor(const std::string& aPath) {
     return ".mp4" == lEnd || ".mkv" == lEnd;
 }
 
-std::shared_ptr<Container> Container::Make(const std::string& aPath, OutputFile::Existing aExisting) {
+std::shared_ptr<Container> Container::Make(const std::string& aPath, OutputFile::Existing aExisting,
+                                           const Player::Time& aStart) {
 #ifdef VIRERTSP_HAS_LIBAV
-    return std::make_shared<AvContainer>(aPath, aExisting);
+    return std::make_shared<AvContainer>(aPath, aExisting, aStart);
 #else
     static_cast<void>(aExisting);
+    static_cast<void>(aStart);
     throw Failure(kExitUsage, "Can't write " + aPath + ": this program was built without libavformat.");
 #endif
 }

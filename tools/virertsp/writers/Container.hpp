@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Player/Properties.hpp"
+#include "Player/Time.hpp"
 #include "writers/OutputFile.hpp"
 #include "writers/Writer.hpp"
 
@@ -14,8 +15,10 @@ class Container : public std::enable_shared_from_this<Container> {
 public:
     /// Whether the path's ending asks for a container: ".mp4" or ".mkv".
     static bool IsFor(const std::string& aPath);
-    /// Throws `Failure`, also when this program was built without libavformat.
-    static std::shared_ptr<Container> Make(const std::string& aPath, OutputFile::Existing aExisting);
+    /// The play time `aStart` becomes the file's beginning. Throws `Failure`, also when this program was built without
+    /// libavformat.
+    static std::shared_ptr<Container> Make(const std::string& aPath, OutputFile::Existing aExisting,
+                                           const Player::Time& aStart);
 
     Container() = default;
     Container(const Container&) = delete;
