@@ -1,8 +1,9 @@
 #include "Failure.hpp"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+
+#include "Diagnostics.hpp"
 
 namespace Virertsp {
 
@@ -79,10 +80,10 @@ int Guard(const std::function<void()>& aCommand) {
     try {
         aCommand();
     } catch (const Failure& lFailure) {
-        std::fprintf(stderr, "virertsp: %s\n", lFailure.what());
+        PrintError(lFailure.what());
         return lFailure.Code();
     } catch (const std::exception& lError) {
-        std::fprintf(stderr, "virertsp: %s\n", lError.what());
+        PrintError(lError.what());
         return kExitSystem;
     }
     return kExitOk;

@@ -2,10 +2,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <utility>
 
 #include <glib.h>
 
+#include "Diagnostics.hpp"
 #include "commands/Command.hpp"
+#include "commands/Completion.hpp"
 #include "commands/Probe.hpp"
 #include "commands/Record.hpp"
 #include "commands/Stats.hpp"
@@ -29,6 +33,32 @@ void PrintHelp(std::FILE* aOut) {
                  Virertsp::ExitCodeHelp().c_str());
 }
 
+const Command* Find(const char* aName) {
+    for (const Command& lCommand : kCommands) {
+        if (0 == std::strcmp(aName, lCommand.mName)) { return &lCommand; }
+    }
+    return nullptr;
+}
+
+/// For the completion of shells: "--complete WORD...", see `Candidates`.
+int Complete(int argc, char** argv) {
+    if (argc > 3) {
+        const Command* const lCommand = Find(argv[2]);
+        // The command's name and the option change places.
+        std::swap(argv[1], argv[2]);
+        return nullptr == lCommand ? 0 : lCommand->mRun(argc - 1, argv + 1);
+    }
+    const std::string lTyped = argc > 2 ? argv[2] : "";
+    std::string lLines;
+    for (const Command& lCommand : kCommands) {
+        lLines += Virertsp::Candidate(lTyped, lCommand.mName, lCommand.mSummary);
+    }
+    lLines += Virertsp::Candidate(lTyped, "--help", "Show the commands");
+    lLines += Virertsp::Candidate(lTyped, "--version", "Show the version");
+    std::fputs(lLines.c_str(), stdout);
+    return Virertsp::kExitOk;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -36,15 +66,17 @@ int main(int argc, char** argv) {
     // Ports and identifiers of senders come from rand(): two processes must not begin with the same.
     std::srand(g_random_int());
     const char* const lName = argc > 1 ? argv[1] : "";
-    for (const Command& lCommand : kCommands) {
-        if (0 == std::strcmp(lName, lCommand.mName)) { return lCommand.mRun(argc - 1, argv + 1); }
-    }
+    if (const Command* const lCommand = Find(lName)) { return lCommand->mRun(argc - 1, argv + 1); }
+    if (0 == std::strcmp(lName, Virertsp::kComplete)) { return Complete(argc, argv); }
     if (0 == std::strcmp(lName, "--version")) {
         std::printf("virertsp %s\n", VIRERTSP_VERSION);
         return Virertsp::kExitOk;
     }
     const bool lHelp = 0 == std::strcmp(lName, "--help") || 0 == std::strcmp(lName, "-h");
-    if (!lHelp && argc > 1) { std::fprintf(stderr, "virertsp: there is no command \"%s\"\n\n", lName); }
+    if (!lHelp && argc > 1) {
+        Virertsp::PrintError(std::string("there is no command \"") + lName + "\"");
+        std::fputs("\n", stderr);
+    }
     PrintHelp(lHelp ? stdout : stderr);
     return lHelp ? Virertsp::kExitOk : Virertsp::kExitUsage;
 }

@@ -78,6 +78,14 @@ void Check(const Values& aValues) {
 
 }  // namespace
 
+std::vector<std::pair<std::string, std::string>> ConfigurationKeys() {
+    std::vector<std::pair<std::string, std::string>> lKeys;
+    for (const Option& lSetting : kSettings) {
+        lKeys.emplace_back(lSetting.mKey, lSetting.mMeaning);
+    }
+    return lKeys;
+}
+
 std::string ConfigurationHelp() {
     std::string lHelp = "Keys of --config:\n";
     for (const Option& lSetting : kSettings) {

@@ -2,12 +2,19 @@
 
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "Player/MediaHandler.hpp"
 
 namespace Virertsp {
 
-/// The keys that `--config` takes, for the help.
+/// What `--transport` takes.
+constexpr const char* kTransports[] = {"udp", "tcp", "udp,tcp"};
+
+/// The keys that `--config` takes, each with its meaning.
+std::vector<std::pair<std::string, std::string>> ConfigurationKeys();
+/// The same as lines for the help.
 std::string ConfigurationHelp();
 
 using Values = std::map<std::string, std::string>;

@@ -3,13 +3,16 @@
 #include <strings.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 #include "Failure.hpp"
 #include "FormatName.hpp"
 #include "Player/Report.hpp"
 #include "Printable.hpp"
+#include "commands/Completion.hpp"
 #include "commands/Configuration.hpp"
 #include "commands/Interrupt.hpp"
 
@@ -45,6 +48,17 @@ Failure NothingPlayable(const ProbePlayer& aPlayer) {
                    "The presentation has no track of a format that can be played" + lFormats + ".");
 }
 
+/// Two tables that empty entries end.
+std::vector<GOptionEntry> Entries(const GOptionEntry* aFirst, const GOptionEntry* aSecond) {
+    std::vector<GOptionEntry> lEntries;
+    for (const GOptionEntry* lTable : {aFirst, aSecond}) {
+        for (; nullptr != lTable->long_name; ++lTable) {
+            lEntries.push_back(*lTable);
+        }
+    }
+    return lEntries;
+}
+
 using ContextPtr = std::unique_ptr<GOptionContext, FreeContext>;
 
 }  // namespace
@@ -66,6 +80,10 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
         {"help", 'h', 0, G_OPTION_ARG_NONE, &lHelp, "Show this help", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
+    if (aCount > 1 && 0 == std::strcmp(aArguments[1], kComplete)) {
+        g_print("%s", Candidates(Entries(aEntries, lCommon), Words(aArguments + 2, aArguments + aCount)).c_str());
+        return false;
+    }
     g_set_prgname((std::string("virertsp ") + aArguments[0]).c_str());
     const ContextPtr lContext(g_option_context_new("URL"));
     g_option_context_set_summary(lContext.get(), aSummary);
@@ -88,7 +106,8 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
     }
     TakeURL(aCount, aArguments);
     const std::string lTransport = mTransport.Value();
-    if (!lTransport.empty() && "udp" != lTransport && "tcp" != lTransport && "udp,tcp" != lTransport) {
+    if (!lTransport.empty() &&
+        std::end(kTransports) == std::find(std::begin(kTransports), std::end(kTransports), lTransport)) {
         throw Failure(kExitUsage, "--transport takes udp, tcp or udp,tcp.");
     }
     return true;

@@ -32,7 +32,7 @@ public:
     ~SessionOptions();
 
     /// Reads the command line with the command's own entries (ended by an empty one) beside the common ones.
-    /// Throws `Failure`. False when help was asked for and printed.
+    /// Throws `Failure`. False when help, or candidates for a shell, were asked for and printed.
     bool Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries);
 
     /// Without a user and a password, to show it.

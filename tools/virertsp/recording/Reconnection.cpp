@@ -1,10 +1,11 @@
 #include "recording/Reconnection.hpp"
 
 #include <algorithm>
-#include <cstdio>
 #include <thread>
 
+#include "Diagnostics.hpp"
 #include "Failure.hpp"
+#include "Player/String.hpp"
 #include "commands/Interrupt.hpp"
 
 namespace Virertsp {
@@ -57,8 +58,8 @@ void RecordSessions(const SessionOptions& aSession, Recorder::Settings aSettings
             if (Interrupted() || !CanHeal(lFailure, lBegunBefore)) { throw; }
             if (Clock::now() - lStart >= kGood) { lPauses.Reset(); }
             const std::chrono::seconds lPause = lPauses.Next();
-            std::fprintf(stderr, "virertsp: %s Trying again in %d s.\n", lFailure.what(),
-                         static_cast<int>(lPause.count()));
+            PrintWarning(Player::StringWithFormat("%s Trying again in %d s.", lFailure.what(),
+                                                  static_cast<int>(lPause.count())));
             Sleep(lPause);
         }
         aSettings.mPart = lNextPart;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "Diagnostics.hpp"
 #include "Failure.hpp"
 #include "Player/String.hpp"
 #include "commands/Interrupt.hpp"
@@ -55,7 +56,7 @@ bool Recorder::AddTrack(Player::TrackIdx aIndex) {
         return true;
     } catch (const Failure& lFailure) {
         if (kExitNothingPlayable != lFailure.Code()) { throw; }
-        std::fprintf(stderr, "virertsp: track %u is dropped: %s\n", aIndex, lFailure.what());
+        PrintWarning(Player::StringWithFormat("track %u is dropped: %s", aIndex, lFailure.what()));
     }
     // It plays all the same, and its samples would pile up in the player.
     mTracks.push_back({TrackRecord(Output::Nowhere())});
