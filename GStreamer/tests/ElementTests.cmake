@@ -21,12 +21,16 @@ function(vire_element_tests aLeg aTarget)
     list(APPEND lSources ${PROJECT_SOURCE_DIR}/Player/tests/MediaSessions/Dialogue.cpp)
     # The heap that runs out at will.
     list(APPEND lSources ${PROJECT_SOURCE_DIR}/tests/faults/Memory.cpp)
+    set(lPluginFile ${CMAKE_CURRENT_BINARY_DIR}/PluginFile-${aLeg}.cpp)
+    file(GENERATE OUTPUT ${lPluginFile} CONTENT "#include \"support/PluginFile.hpp\"
+const char* const ElementTest::kPluginFile = \"$<TARGET_FILE:${aTarget}-plugin>\";
+")
+    list(APPEND lSources ${lPluginFile})
     set(lTests element_tests_${aLeg})
     add_executable(${lTests} ${lSources})
     target_include_directories(${lTests} PRIVATE ${lHere} ${lHere}/${lFolder} ${PROJECT_SOURCE_DIR}/Player/tests
         ${PROJECT_SOURCE_DIR}/tests/faults)
     target_link_libraries(${lTests} PRIVATE ${aTarget} test_support GTest::gmock GTest::gtest)
-    target_compile_definitions(${lTests} PRIVATE VIRE_PLUGIN_FILE="$<TARGET_FILE:${aTarget}-plugin>")
     add_dependencies(${lTests} ${aTarget}-plugin)
     vire_warnings(${lTests})
     vire_tests(${lTests} PREFIX ${aLeg}. EXCEPT *Slow.*:*Long.* SHARDS 4 ${lEnvironment})

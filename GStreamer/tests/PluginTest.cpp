@@ -11,6 +11,7 @@
 #include "support/ElementUnderTest.hpp"
 #include "support/Finalize.hpp"
 #include "support/LogCapture.hpp"
+#include "support/PluginFile.hpp"
 
 namespace ElementTest {
 
@@ -18,8 +19,9 @@ namespace {
 
 /// What the plugin file shows to others, in order of names.
 std::string ExportedSymbols() {
-    std::FILE* const lPipe =
-        popen("nm -D --defined-only " VIRE_PLUGIN_FILE " | cut -d' ' -f3 | sort | tr '\\n' ' '", "r");
+    const std::string lCommand =
+        std::string("nm -D --defined-only ") + kPluginFile + " | cut -d' ' -f3 | sort | tr '\\n' ' '";
+    std::FILE* const lPipe = popen(lCommand.c_str(), "r");
     if (nullptr == lPipe) { return "(nm does not run)"; }
     char lText[4096] = {};
     const std::size_t lSize = std::fread(lText, 1, sizeof(lText) - 1, lPipe);
@@ -31,7 +33,7 @@ std::string ExportedSymbols() {
 
 /// Looked at, not loaded: the element is registered in this process already.
 TEST(Plugin, DescribesItself) {
-    void* const lFile = dlopen(VIRE_PLUGIN_FILE, RTLD_NOW | RTLD_LOCAL);
+    void* const lFile = dlopen(kPluginFile, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(nullptr, lFile) << dlerror();
     const auto* const lDescriptor = static_cast<const GstPluginDesc*>(dlsym(lFile, "gst_plugin_desc"));
     ASSERT_NE(nullptr, lDescriptor);

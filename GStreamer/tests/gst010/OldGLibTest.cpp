@@ -3,13 +3,15 @@
 #include <cstdio>
 #include <string>
 
+#include "support/PluginFile.hpp"
+
 namespace ElementTest {
 
 namespace {
 
 /// What the plugin file needs of other libraries, a name a line.
 std::string NeededSymbols() {
-    std::FILE* const lPipe = popen("nm -D --undefined-only " VIRE_PLUGIN_FILE, "r");
+    std::FILE* const lPipe = popen((std::string("nm -D --undefined-only ") + kPluginFile).c_str(), "r");
     if (nullptr == lPipe) { return "(nm does not run)"; }
     std::string lText;
     char lPiece[4096];
