@@ -18,6 +18,10 @@ std::string WithoutFunction(const std::string& aMessage) {
     return std::string::npos == lEnd ? aMessage : aMessage.substr(lEnd + 4);
 }
 
+std::string Sentence(const std::string& aText) {
+    return aText.empty() || '.' != aText.back() ? aText + "." : aText;
+}
+
 std::string ServerOf(const std::string& aURL) {
     const std::size_t lSlashes = aURL.find("//");
     const std::size_t lBegin = std::string::npos == lSlashes ? 0 : lSlashes + 2;
@@ -47,6 +51,7 @@ Failure ExplainNetwork(const Player::Exception& aException, const std::string& a
             return Failure(kExitNetwork, "The connection to the server " + aServer + " broke.");
         case ErrorCode::kWriteFailed:
             return Failure(kExitNetwork, "The connection to the server " + aServer + " broke.");
+        case ErrorCode::kTLSFailed: return Failure(kExitRefused, Sentence(WithoutFunction(aException.Message())));
         default: return Failure(kExitSystem, WithoutFunction(aException.Message()) + ".");
     }
 }

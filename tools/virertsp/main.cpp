@@ -8,6 +8,7 @@
 #include <glib.h>
 
 #include "Diagnostics.hpp"
+#include "Player/Features.hpp"
 #include "commands/Command.hpp"
 #include "commands/Completion.hpp"
 #include "commands/Probe.hpp"
@@ -70,6 +71,8 @@ int main(int argc, char** argv) {
     if (0 == std::strcmp(lName, Virertsp::kComplete)) { return Complete(argc, argv); }
     if (0 == std::strcmp(lName, "--version")) {
         std::printf("virertsp %s\n", VIRERTSP_VERSION);
+        std::printf(Player::HasTLS() ? "rtsps and passwords: yes\n"
+                                     : "rtsps and passwords: no, built without GnuTLS\n");
         return Virertsp::kExitOk;
     }
     const bool lHelp = 0 == std::strcmp(lName, "--help") || 0 == std::strcmp(lName, "-h");

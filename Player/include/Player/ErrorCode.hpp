@@ -33,6 +33,7 @@ enum Network : unsigned short {
     kConnectFailed = 35,  ///< no connection; the system error is ETIMEDOUT when the server did not answer in time
     kReadFailed = 38,     ///< the connection broke; ETIMEDOUT when nothing came in time
     kWriteFailed = 39,    ///< the connection broke; ETIMEDOUT when the server read nothing in time
+    kTLSFailed = 48,      ///< no secure connection: a certificate that is refused, no TLS, or built without it
 };
 
 /// Of `Area::kRTSP`. A refused request has the response's status instead, its digits read as a hexadecimal number:

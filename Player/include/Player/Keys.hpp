@@ -28,6 +28,7 @@ constexpr char kPassword[] = "RTSP:Password";                              ///< 
 constexpr char kTransports[] = "RTSP:Transports";                          ///< ways for media to come in; the profile's
 constexpr char kUDPBuffer[] = "RTSP:UDPBuffer";      ///< bytes of a UDP track's receive buffer; the profile's
 constexpr char kUDPPatience[] = "RTSP:UDPPatience";  ///< milliseconds for the first media over UDP before TCP; 3000
+constexpr char kTLSAuthorities[] = "RTSP:TLSAuthorities";  ///< file of certificates for rtsps, PEM; the system's
 constexpr char kQueueLimit[] =
     "RTSP:QueueLimit";  ///< MiB of packets that wait in all tracks; 1024, or 256 with 32-bit addresses
 

@@ -7,6 +7,7 @@
 #include "Player/Consumer.hpp"
 #include "Player/ErrorCode.hpp"
 #include "Player/Exception.hpp"
+#include "Player/Features.hpp"
 #include "Player/Keys.hpp"
 #include "Player/MediaHandler.hpp"
 #include "Player/MediaPlayer.hpp"

@@ -4,7 +4,7 @@
 
 #include "Player/Types.hpp"
 
-/// The one place that calls the cryptographic library. Built without it, nothing here has a result.
+/// The one place that calls the cryptographic library, but for TLS. Built without it, nothing here has a result.
 namespace Player::Crypto {
 
 enum class Hash { kMD5, kSHA256 };

@@ -53,20 +53,23 @@ timeval LeftUntil(Clock::time_point aDeadline) {
 }  // namespace
 
 SInt Wait(SInt aSocket, Readiness aFor, UInt aTimeoutSec) {
+    return WaitUntil(aSocket, aFor, Clock::now() + std::chrono::seconds(aTimeoutSec));
+}
+
+SInt WaitUntil(SInt aSocket, Readiness aFor, Clock::time_point aDeadline) {
     if (aSocket < 0) {
         errno = EBADF;
         return -1;
     }
     DescriptorSet lSet(aSocket);
-    const Clock::time_point lDeadline = Clock::now() + std::chrono::seconds(aTimeoutSec);
     for (;;) {
-        timeval lLeft = LeftUntil(lDeadline);
+        timeval lLeft = LeftUntil(aDeadline);
         fd_set* const lReadable = Readiness::kReadable == aFor ? lSet.Fill() : nullptr;
         fd_set* const lWritable = Readiness::kWritable == aFor ? lSet.Fill() : nullptr;
         const int lResult = select(aSocket + 1, lReadable, lWritable, nullptr, &lLeft);
         if (0 < lResult) { return 1; }
         if (lResult < 0 && EINTR != errno) { return -1; }
-        if (Clock::now() >= lDeadline) { return 0; }
+        if (Clock::now() >= aDeadline) { return 0; }
     }
 }
 

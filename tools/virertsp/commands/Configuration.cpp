@@ -33,6 +33,7 @@ constexpr Option kSettings[] = {
     {Setting::kProfile, "modern or classic (modern)"},
     {Setting::kTransports, "udp, tcp or udp,tcp"},
     {Setting::kUDPBuffer, "bytes of each UDP socket's buffer"},
+    {Setting::kTLSAuthorities, "file of certificates that vouch for servers"},
     {Setting::kUserName, "user, for servers that ask"},
     {Setting::kPassword, "password, for servers that ask"},
     {Setting::kUseProxy, "RTSP proxy, HOST or HOST:PORT"},

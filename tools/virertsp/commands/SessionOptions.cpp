@@ -21,6 +21,7 @@ namespace Virertsp {
 namespace {
 
 constexpr char kScheme[] = "rtsp://";
+constexpr char kSecureScheme[] = "rtsps://";
 
 struct FreeContext {
     void operator()(GOptionContext* aContext) const { g_option_context_free(aContext); }
@@ -73,6 +74,8 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
         {"transport", 0, 0, G_OPTION_ARG_STRING, &mTransport.mText, "Ways for media: udp, tcp, or udp,tcp", "LIST"},
         {"tcp", 't', 0, G_OPTION_ARG_NONE, &mTCP, "The same as --transport tcp", nullptr},
         {"user", 'u', 0, G_OPTION_ARG_STRING, &mUser.mText, "User; password: VIRERTSP_PASSWORD or terminal", "NAME"},
+        {"authorities", 0, 0, G_OPTION_ARG_FILENAME, &mAuthorities.mText, "Certificates that vouch for rtsps servers",
+         "FILE"},
         {"classic", 0, 0, G_OPTION_ARG_NONE, &mClassic, "Speak the classic profile instead of the modern", nullptr},
         {"config", 'c', 0, G_OPTION_ARG_STRING_ARRAY, &mConfig, "Set a value of the session, may be repeated",
          "KEY=VALUE"},
@@ -116,7 +119,8 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
 void SessionOptions::TakeURL(int aCount, char** aArguments) {
     if (2 != aCount) { throw Failure(kExitUsage, "Give one URL, such as rtsp://host/clip."); }
     mURL = aArguments[1];
-    if (0 != strncasecmp(mURL.c_str(), kScheme, sizeof(kScheme) - 1)) {
+    const bool lIsSecure = 0 == strncasecmp(mURL.c_str(), kSecureScheme, sizeof(kSecureScheme) - 1);
+    if (!lIsSecure && 0 != strncasecmp(mURL.c_str(), kScheme, sizeof(kScheme) - 1)) {
         throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + ".");
     }
 }
@@ -136,6 +140,7 @@ Values SessionOptions::Settings() const {
     const std::string lTransport = FALSE != mTCP ? "tcp" : mTransport.Value();
     if (!lTransport.empty()) { lValues["RTSP:Transports"] = lTransport; }
     if ("tcp" == lTransport) { lValues["RTSP:UseInterleavedRTP"] = "1"; }
+    if (!mAuthorities.Value().empty()) { lValues["RTSP:TLSAuthorities"] = mAuthorities.Value(); }
     if (!mUser.Value().empty()) {
         lValues["RTSP:UserName"] = mUser.Value();
         lValues["RTSP:Password"] = Password();

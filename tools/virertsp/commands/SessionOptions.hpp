@@ -53,6 +53,7 @@ private:
     gboolean mClassic = FALSE;
     OptionText mTransport;
     OptionText mUser;
+    OptionText mAuthorities;
     gboolean mVerbose = FALSE;
     gchar** mConfig = nullptr;
     std::string mURL;

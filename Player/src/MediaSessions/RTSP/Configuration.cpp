@@ -60,6 +60,7 @@ Configuration::Configuration(const Properties& aConfig) {
     mTransports = ReadTransports(aConfig, mUseInterleavedRTP, *mDialect);
     ReadNumber(aConfig, Setting::kUDPBuffer, mUDPBuffer);
     ReadNumber(aConfig, Setting::kUDPPatience, mUDPPatience);
+    ReadText(aConfig, Setting::kTLSAuthorities, mTLSAuthorities);
     ReadNumber(aConfig, Setting::kQueueLimit, mQueueLimit);
 }
 

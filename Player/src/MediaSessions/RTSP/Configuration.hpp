@@ -47,6 +47,8 @@ struct Configuration {
     UInt mUDPBuffer = 0;
     /// Milliseconds for the first media over UDP where TCP may take its place.
     UInt mUDPPatience = 3000;
+    /// A file of certificates (PEM) that vouch for those of servers; empty for the system's.
+    std::string mTLSAuthorities;
     /// MiB of packets that may wait in order, of all tracks; 0 for 1024, or 256 where addresses have 32 bits. With less
     /// than 64 some packets of a full queue are dropped though they come over the connection.
     UInt mQueueLimit = 0;

@@ -46,13 +46,17 @@ void Connection::DoReconnect(const std::string& aAuthority) {
     Report(__FILE__, __LINE__, Severity::Info, "Connecting to RTSP server: %s, Via proxy: %s", lServer.c_str(),
            lVia.c_str());
     try {
-        const auto [lHost, lPort] = Speaks().Address(lProxy.empty() ? aAuthority : lProxy);
-        mSocket.Set(new Sockets::TCP);
+        if (mIsSecure && !lProxy.empty()) {
+            PLAYER_THROW(NetworkErr, ErrorCode::kTLSFailed, "RTSP::DoReconnect(): %s", "No rtsps through a proxy");
+        }
+        const auto [lHost, lPort] = Speaks().Address(lProxy.empty() ? aAuthority : lProxy, mIsSecure);
+        mSocket.Set(new Sockets::SecureTCP);
         if (!mConfig.mUseLocalIP.empty()) { mSocket->Bind(Address(mConfig.mUseLocalIP.c_str(), nullptr)); }
         mServerAddress.Lookup(lHost.c_str(), lPort.c_str());
         mSocket->NonBlockingMode(true);
         mSocket->Connect(mServerAddress, mConfig.mTimeOutAfter);
         mSocket->NonBlockingMode(false);
+        if (mIsSecure) { mSocket->Secure(lHost, mConfig.mTLSAuthorities, mConfig.mTimeOutAfter); }
         Report(__FILE__, __LINE__, Severity::Info, "Connected to IP: %s", mServerAddress.HostAsString(true).c_str());
     } catch (...) {
         mSocket.Set(nullptr);

@@ -6,7 +6,7 @@
 #include "MediaSessions/RTSP/Configuration.hpp"
 #include "Player/Buffer.hpp"
 #include "Player/Ptr.hpp"
-#include "Sockets/TCP.hpp"
+#include "Sockets/SecureTCP.hpp"
 
 namespace Player::MediaSessions {
 
@@ -28,6 +28,10 @@ public:
     /// Where the socket was connected to: the server, or the proxy.
     const Address& ServerAddress() const { return mServerAddress; }
     bool IsOpen() const { return nullptr != mSocket.Ptr(); }
+
+    /// Whether the next connections, lost ones that are opened again included, go within TLS.
+    void SetSecure(bool aIsSecure) { mIsSecure = aIsSecure; }
+    bool IsSecure() const { return mIsSecure; }
 
     /// Resets and opens a connection.
     void DoConnect(const std::string& aAuthority);
@@ -96,7 +100,8 @@ private:
     const Configuration& mConfig;
     std::string mURL;
     Address mServerAddress;
-    ScopedPtr<Sockets::TCP> mSocket;
+    ScopedPtr<Sockets::SecureTCP> mSocket;
+    bool mIsSecure = false;
     Buffer mOutBuf;
     Buffer mInBuf;
     /// Index in `mInBuf` of the first byte that is not consumed.

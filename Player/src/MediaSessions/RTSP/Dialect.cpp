@@ -18,6 +18,8 @@ constexpr UInt kUDPBuffer = 300000;
 constexpr UInt kVideoUDPBuffer = 2 * 1024 * 1024;
 
 constexpr char kDefaultPort[] = "554";
+constexpr char kDefaultSecurePort[] = "322";
+constexpr char kSecure[] = "rtsps";
 
 /// What servers say to a URL that they do not know.
 constexpr UInt kWrongURL[] = {0x400, 0x404, 0x451, 0x455, 0x503};
@@ -49,12 +51,24 @@ UInt Modern::UDPBuffer(const std::string& aMediaType) const {
     return "video" == aMediaType ? kVideoUDPBuffer : kUDPBuffer;
 }
 
-std::pair<std::string, std::string> Classic::Address(const std::string& aAuthority) const {
+std::pair<std::string, std::string> Classic::Address(const std::string& aAuthority, bool /*aIsSecure*/) const {
     return URL::Address(aAuthority);
 }
 
-std::pair<std::string, std::string> Modern::Address(const std::string& aAuthority) const {
-    return URL::HostAndPort(aAuthority, kDefaultPort);
+std::pair<std::string, std::string> Modern::Address(const std::string& aAuthority, bool aIsSecure) const {
+    return URL::HostAndPort(aAuthority, aIsSecure ? kDefaultSecurePort : kDefaultPort);
+}
+
+bool Classic::IsSecure(const std::string& aURL) const {
+    if (kSecure == URL::Scheme(aURL)) {
+        Report(__FILE__, __LINE__, Severity::Warning, "The profile \"%s\" knows no %s: the connection is not secured",
+               Name(), kSecure);
+    }
+    return false;
+}
+
+bool Modern::IsSecure(const std::string& aURL) const {
+    return kSecure == URL::Scheme(aURL);
 }
 
 void Modern::Prepare(Buffer& aSDP) const {

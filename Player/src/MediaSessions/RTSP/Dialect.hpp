@@ -35,7 +35,9 @@ public:
     virtual UInt UDPBuffer(const std::string& aMediaType) const = 0;
 
     /// Host and port to connect to.
-    virtual std::pair<std::string, std::string> Address(const std::string& aAuthority) const = 0;
+    virtual std::pair<std::string, std::string> Address(const std::string& aAuthority, bool aIsSecure) const = 0;
+    /// Whether a URL is played within TLS.
+    virtual bool IsSecure(const std::string& aURL) const = 0;
 
     /// Brings a description into the form in which the parser reads it.
     virtual void Prepare(Buffer& aSDP) const = 0;
@@ -81,7 +83,9 @@ public:
     const char* Name() const override { return "classic"; }
     Transports DefaultTransports() const override { return {true, false}; }
     UInt UDPBuffer(const std::string& aMediaType) const override;
-    std::pair<std::string, std::string> Address(const std::string& aAuthority) const override;
+    std::pair<std::string, std::string> Address(const std::string& aAuthority, bool aIsSecure) const override;
+    /// Reports that "rtsps" is not what it says.
+    bool IsSecure(const std::string& aURL) const override;
     void Prepare(Buffer& /*aSDP*/) const override {}
     SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const override;
     /// As it stands.
@@ -115,7 +119,8 @@ public:
     const char* Name() const override { return "modern"; }
     Transports DefaultTransports() const override { return {true, true}; }
     UInt UDPBuffer(const std::string& aMediaType) const override;
-    std::pair<std::string, std::string> Address(const std::string& aAuthority) const override;
+    std::pair<std::string, std::string> Address(const std::string& aAuthority, bool aIsSecure) const override;
+    bool IsSecure(const std::string& aURL) const override;
     void Prepare(Buffer& aSDP) const override;
     SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const override;
     std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;

@@ -25,9 +25,11 @@ void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
     const Messages::Listening lListening(mMessages, aHandler);
     const std::string lAuthority = Player::URL::Authority(aURL);
     const std::string lURL = Player::URL::WithoutUserInfo(aURL);
-    if (URL().empty() || mAuthority != lAuthority) {
+    const bool lIsSecure = Speaks().IsSecure(aURL);
+    if (URL().empty() || mAuthority != lAuthority || mConnection.IsSecure() != lIsSecure) {
         LeaveServer(aHandler);
         mServerAuthentication.Reset();
+        mConnection.SetSecure(lIsSecure);
         mConnection.DoConnect(lAuthority);
     } else if (mSessionId.empty()) {
         // What is described belongs to the URL that it was fetched for, and its tracks went with their session.
@@ -100,13 +102,18 @@ bool RTSP::GoTo(const Headers& aHeaders) {
     if (lLocation.empty()) { return false; }
     const std::string lURL = Player::URL::WithoutUserInfo(Player::URL::Resolve(URL(), lLocation));
     const std::string lAuthority = Player::URL::Authority(lURL);
-    if (lAuthority.empty() || "rtsp" != Player::URL::Scheme(lURL)) { return false; }
+    const bool lIsSecure = Speaks().IsSecure(lURL);
+    if (lAuthority.empty() || (!lIsSecure && "rtsp" != Player::URL::Scheme(lURL))) { return false; }
     Report(__FILE__, __LINE__, Severity::Info, "Redirected to URL: %s", lURL.c_str());
-    const bool lIsSameHost = Speaks().Address(lAuthority).first == Speaks().Address(mAuthority).first;
-    // Name and password are for the host that they were given for.
-    if (!lIsSameHost) { mServerAuthentication.SetCredentials({}); }
-    if (!lIsSameHost || ClosesConnection(aHeaders) || Player::URL::Authority(URL()) != lAuthority) {
+    const bool lWasSecure = mConnection.IsSecure();
+    const bool lIsSameHost =
+        Speaks().Address(lAuthority, lIsSecure).first == Speaks().Address(mAuthority, lWasSecure).first;
+    // Name and password are for the host that they were given for, and are not shown where they were secured before.
+    if (!lIsSameHost || (lWasSecure && !lIsSecure)) { mServerAuthentication.SetCredentials({}); }
+    if (!lIsSameHost || lWasSecure != lIsSecure || ClosesConnection(aHeaders) ||
+        Player::URL::Authority(URL()) != lAuthority) {
         mServerAuthentication.Reset();
+        mConnection.SetSecure(lIsSecure);
         mConnection.DoConnect(lAuthority);
     }
     mAuthority = lAuthority;
@@ -177,7 +184,8 @@ void RTSP::CreateTransport() {
 
 bool RTSP::Interleaves() const {
     const Transports& lWays = mConfiguration.mTransports;
-    return !lWays.mUDP || (lWays.mTCP && mUDPFailed);
+    // Who asked for a secured connection expects that of the media as well.
+    return !lWays.mUDP || (lWays.mTCP && (mUDPFailed || mConnection.IsSecure()));
 }
 
 void RTSP::ReleaseTransport() {

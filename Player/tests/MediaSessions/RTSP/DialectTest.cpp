@@ -61,9 +61,12 @@ TEST(DialectTest, RTPInfoIsMatchedByNameOrByPath) {
 }
 
 TEST(DialectTest, HostsBehindUserInformation) {
-    EXPECT_EQ("@h", Classic().Address("me:secret@h:1").first);
-    EXPECT_EQ("h", Modern().Address("me:secret@h:1").first);
-    EXPECT_EQ("::1", Modern().Address("[::1]:1").first);
+    EXPECT_EQ("@h", Classic().Address("me:secret@h:1", false).first);
+    EXPECT_EQ("h", Modern().Address("me:secret@h:1", false).first);
+    EXPECT_EQ("554", Modern().Address("h", false).second);
+    EXPECT_EQ("322", Modern().Address("h", true).second);
+    EXPECT_EQ("554", Classic().Address("h", true).second);
+    EXPECT_EQ("::1", Modern().Address("[::1]:1", false).first);
 }
 
 TEST(TransportsTest, AreReadFromTheirNames) {
