@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "Player/String.hpp"
 #include "StreamDebug.hpp"
 
 #define GST_CAT_DEFAULT StreamCategory()
@@ -17,22 +18,6 @@ GstCaps* CurrentCaps(GstPad* aPad) {
     if (nullptr != lCaps) { gst_caps_ref(lCaps); }
     GST_OBJECT_UNLOCK(aPad);
     return lCaps;
-}
-
-bool IsHex(const gchar* aText) {
-    const std::size_t lSize = std::strlen(aText);
-    return 0 == lSize % 2 && std::strspn(aText, "0123456789abcdefABCDEF") == lSize;
-}
-
-/// Null when the text is not hexadecimal; some versions of the deserialiser trip over that.
-GstBuffer* NewBufferFromHex(const gchar* aHex) {
-    if (!IsHex(aHex)) { return nullptr; }
-    GValue lValue{};
-    g_value_init(&lValue, GST_TYPE_BUFFER);
-    GstBuffer* lBuffer = nullptr;
-    if (gst_value_deserialize(&lValue, aHex)) { lBuffer = gst_buffer_ref(gst_value_get_buffer(&lValue)); }
-    g_value_unset(&lValue);
-    return lBuffer;
 }
 
 }  // namespace
@@ -115,9 +100,10 @@ GstBuffer* NewBufferFromParam(const Player::Properties& aInfo, const char* aPara
     if (!aInfo.Has("FmtParams")) { return nullptr; }
     GHashTable* const lParams = Stream::split_fmt_params(aInfo.Get("FmtParams"));
     const auto* const lHex = static_cast<const gchar*>(g_hash_table_lookup(lParams, aParam));
-    GstBuffer* const lBuffer = nullptr == lHex ? nullptr : NewBufferFromHex(lHex);
+    std::string lBytes;
+    const bool lIsHex = nullptr != lHex && Player::HexToBytes(lHex, lBytes);
     g_hash_table_unref(lParams);
-    return lBuffer;
+    return lIsHex ? NewBuffer(lBytes.data(), lBytes.size()) : nullptr;
 }
 
 void SetCodecData(GstCaps* aCaps, GstBuffer* aBuffer) {

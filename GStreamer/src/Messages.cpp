@@ -4,6 +4,7 @@
 
 #include "Debug.hpp"
 #include "Player/String.hpp"
+#include "Player/URL.hpp"
 #include "Source.hpp"
 #include "ThreadMark.hpp"
 
@@ -153,13 +154,7 @@ bool IsRefusal(const Player::Exception& aWhy) {
 }
 
 std::string DisplayedLocation(const std::string& aLocation) {
-    const auto lAuthority = aLocation.find("://");
-    if (std::string::npos == lAuthority) { return aLocation; }
-    const auto lHost = lAuthority + 3;
-    const auto lEnd = aLocation.find('/', lHost);
-    const auto lAt = aLocation.rfind('@', lEnd);
-    if (std::string::npos == lAt || lAt < lHost) { return aLocation; }
-    return aLocation.substr(0, lHost) + aLocation.substr(lAt + 1);
+    return std::string::npos == aLocation.find("://") ? aLocation : Player::URL::WithoutUserInfo(aLocation);
 }
 
 }  // namespace nsGstVireRtspSrc

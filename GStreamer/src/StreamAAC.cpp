@@ -4,6 +4,7 @@
 
 #include "Debug.hpp"
 #include "Held.hpp"
+#include "Parser/AudioConfig.hpp"
 #include "Player/String.hpp"
 
 #define GST_CAT_DEFAULT AACCategory()
@@ -75,25 +76,13 @@ CodecStream::Segment StreamAAC::segment_from(GstClockTime aStart) const {
 }
 
 std::string AudioSpecificConfig(const std::string& aStreamMuxConfig) {
-    const std::string::size_type lSize = aStreamMuxConfig.size();
-    const auto lByte = [&aStreamMuxConfig](std::string::size_type aIdx) {
-        return static_cast<unsigned int>(static_cast<unsigned char>(aStreamMuxConfig[aIdx]));
-    };
-    if (lSize <= 1) {
+    const Parser::StreamMuxConfig lMux(aStreamMuxConfig);
+    if (aStreamMuxConfig.size() <= 1) {
         GST_DEBUG("To little config Data");
-        return std::string();
-    }
-    if (0 != (lByte(0) & 0x80)) {
+    } else if (0 != lMux.mVersion) {
         GST_DEBUG("Need audioMuxVersion 0");
-        return std::string();
     }
-    // audioMuxVersion 1 bit, allStreamsSameTimeFraming 1, numSubFrames 6, numProgram 4, numLayer 3
-    std::string lConfig;
-    for (std::string::size_type lIdx = 1; lIdx < lSize; ++lIdx) {
-        const unsigned int lNext = lIdx + 1 < lSize ? lByte(lIdx + 1) : 0U;
-        lConfig += static_cast<char>((lByte(lIdx) << 7 | lNext >> 1) & 0xFF);
-    }
-    return lConfig;
+    return lMux.mAudioSpecificConfig;
 }
 
 }  // namespace nsGstVireRtspSrc

@@ -23,8 +23,7 @@ private:
     gint64 m_endTime = -1;    ///< In ns; -1 when not described.
 };
 
-/// The AudioSpecificConfig (ISO/IEC 14496-3) inside a StreamMuxConfig with audioMuxVersion 0: all that follows
-/// its first 15 bits, moved to the front. Empty when there is none.
+/// The AudioSpecificConfig inside a StreamMuxConfig. Empty, and logged why, when there is none.
 std::string AudioSpecificConfig(const std::string& aStreamMuxConfig);
 
 }  // namespace nsGstVireRtspSrc

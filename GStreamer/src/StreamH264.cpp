@@ -4,6 +4,7 @@
 #include "Held.hpp"
 #include "Parser/Base64.hpp"
 #include "Parser/SpsPpsParser.hpp"
+#include "Player/String.hpp"
 
 #define GST_CAT_DEFAULT H264Category()
 
@@ -16,18 +17,6 @@ constexpr const char* kParameterSets = "sprop-parameter-sets=";
 GstDebugCategory* H264Category() {
     static GstDebugCategory* const sCategory = MakeDebugCategory("virertsp_streamH264");
     return sCategory;
-}
-
-/// All pieces between commas, empty ones included.
-std::vector<std::string> SplitAtCommas(const std::string& aText) {
-    std::vector<std::string> lPieces;
-    std::string::size_type lBegin = 0;
-    for (auto lComma = aText.find(','); std::string::npos != lComma; lComma = aText.find(',', lBegin)) {
-        lPieces.push_back(aText.substr(lBegin, lComma - lBegin));
-        lBegin = lComma + 1;
-    }
-    lPieces.push_back(aText.substr(lBegin));
-    return lPieces;
 }
 
 /// A parameter set behind its 16-bit big-endian length.
@@ -73,7 +62,9 @@ GstCaps* StreamH264::create_caps(const Player::Properties& aInfo) {
 
 void StreamH264::GetDecoderSpecificInfo(const std::string& aSprop, std::string& aBytes, unsigned int& aWidth,
                                         unsigned int& aHeight) {
-    std::vector<std::string> lSets = SplitAtCommas(aSprop);
+    std::vector<std::string> lSets;
+    // With a comma of its own at its end even an empty piece counts.
+    Player::Split(aSprop + ",", ',', lSets, "");
     if (2 != lSets.size()) {
         GST_ERROR("Parameter vector has size: %d != 2\n", static_cast<int>(lSets.size()));
         lSets.resize(2);

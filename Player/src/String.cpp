@@ -71,6 +71,30 @@ UInt HexToUInt(const std::string& aText) {
     return LowBits(aText, 16);
 }
 
+SInt HexDigit(Char aDigit) {
+    if ('0' <= aDigit && aDigit <= '9') { return aDigit - '0'; }
+    if ('a' <= aDigit && aDigit <= 'f') { return aDigit - 'a' + 10; }
+    if ('A' <= aDigit && aDigit <= 'F') { return aDigit - 'A' + 10; }
+    return -1;
+}
+
+bool HexToBytes(const std::string& aText, std::string& aBytes) {
+    aBytes.clear();
+    for (std::size_t lAt = 0; lAt < aText.size(); lAt += 2) {
+        const SInt lHigh = HexDigit(aText[lAt]);
+        const SInt lLow = lAt + 1 < aText.size() ? HexDigit(aText[lAt + 1]) : -1;
+        if (lHigh < 0 || lLow < 0) { return false; }
+        aBytes += static_cast<char>(lHigh * 16 + lLow);
+    }
+    return true;
+}
+
+std::string LowerCased(std::string aText) {
+    std::transform(aText.begin(), aText.end(), aText.begin(),
+                   [](char aCh) { return 'A' <= aCh && aCh <= 'Z' ? static_cast<char>(aCh - 'A' + 'a') : aCh; });
+    return aText;
+}
+
 std::string StringWithFormat(const char* aFmt, ...) {
     va_list lArgs;
     va_start(lArgs, aFmt);

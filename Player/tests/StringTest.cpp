@@ -184,5 +184,21 @@ TEST(CStrWithFormatDeathTest, NeedsAPlaceASizeAndAFormat) {
     EXPECT_DEATH(CStrWithFormat(lDst, 4, lNoFormat), kText);
 }
 
+TEST(HexToBytes, PairsOfDigitsUpToTheFirstThatIsNone) {
+    std::string lBytes = "left over";
+    EXPECT_TRUE(HexToBytes("00a9Ff", lBytes));
+    EXPECT_EQ(std::string("\0\xa9\xff", 3), lBytes);
+    EXPECT_TRUE(HexToBytes("", lBytes));
+    EXPECT_EQ("", lBytes);
+    for (const char* const lText : {"41x", "414", "41 42", "41g1", "411g"}) {
+        EXPECT_FALSE(HexToBytes(lText, lBytes)) << lText;
+        EXPECT_EQ("A", lBytes) << lText;
+    }
+}
+
+TEST(LowerCased, ChangesAsciiLettersAlone) {
+    EXPECT_EQ("az[@09\xc4", LowerCased("AZ[@09\xc4"));
+}
+
 }  // namespace
 }  // namespace Player

@@ -1,6 +1,6 @@
 // The parts of a URL: taken out of it as they stand, and put together again they are the same text.
 
-#include "MediaSessions/RTSP/URL.hpp"
+#include "Player/URL.hpp"
 #include "support/Target.hpp"
 
 namespace Fuzz {

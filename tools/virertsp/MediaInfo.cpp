@@ -2,10 +2,9 @@
 
 #include <strings.h>
 
-#include "AudioConfig.hpp"
+#include "CodecParameters.hpp"
 #include "Failure.hpp"
 #include "FormatName.hpp"
-#include "FormatParameters.hpp"
 #include "Parser/ParserMpeg4.hpp"
 #include "Parser/SpsPpsParser.hpp"
 #include "Player/String.hpp"
@@ -63,8 +62,7 @@ void TellH264Profile(unsigned aProfile, unsigned aConstraints, unsigned aLevel, 
 
 void TellH264(const Properties& aTrack, MediaInfo& aInfo) {
     aInfo.mFormat = "H.264";
-    const FormatParameters lParameters(aTrack);
-    const std::vector<std::string> lSets = lParameters.ParameterSets();
+    const std::vector<std::string> lSets = ParameterSetsOf(aTrack);
     if (lSets.size() >= 2) {
         const Parser::SpsPpsParser lParser(lSets[0], lSets[1]);
         if (0 != lParser.GetWidth()) {
@@ -74,14 +72,14 @@ void TellH264(const Properties& aTrack, MediaInfo& aInfo) {
             return TellH264Profile(lParser.GetProfileIndication(), lConstraints, lParser.GetLevelIndication(), aInfo);
         }
     }
-    const std::string lText = lParameters.Get("profile-level-id");
+    const std::string lText = FormatParametersOf(aTrack).Get("profile-level-id");
     const unsigned lValue = Player::HexToUInt(lText);
     if (!lText.empty()) { TellH264Profile(lValue >> 16 & 0xFF, lValue >> 8 & 0xFF, lValue & 0xFF, aInfo); }
 }
 
 /// The byte behind the start code of a visual object sequence; else "profile-level-id", which is 1 if it is not there
 /// (RFC 6416 section 7.1).
-unsigned VisualProfile(const FormatParameters& aParameters) {
+unsigned VisualProfile(const Player::FormatParameters& aParameters) {
     constexpr char kSequence[] = {0, 0, 1, '\xB0'};
     const std::string lConfig = aParameters.Config();
     const std::size_t lAt = lConfig.find(kSequence, 0, sizeof(kSequence));
@@ -93,7 +91,7 @@ unsigned VisualProfile(const FormatParameters& aParameters) {
 
 void TellVisual(const Properties& aTrack, MediaInfo& aInfo) {
     aInfo.mFormat = "MPEG-4 visual";
-    const FormatParameters lParameters(aTrack);
+    const Player::FormatParameters lParameters = FormatParametersOf(aTrack);
     aInfo.mProfile = NameOf(kVisualProfiles, VisualProfile(lParameters));
     const std::string lConfig = lParameters.Config();
     Parser::ParserMpeg4 lParser(reinterpret_cast<const unsigned char*>(lConfig.data()),
@@ -111,7 +109,7 @@ void TellAudioOfDescription(const Properties& aTrack, MediaInfo& aInfo) {
 void TellAudio(const Properties& aTrack, MediaInfo& aInfo) {
     aInfo.mFormat = "MPEG-4 audio";
     try {
-        const AudioConfig lConfig = AudioConfig::Of(aTrack);
+        const Parser::AudioConfig lConfig = AudioConfigOf(aTrack);
         aInfo.mFormat = lConfig.Name();
         aInfo.mRate = lConfig.mOutputRate;
         aInfo.mChannels = lConfig.Channels();

@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "Player/BitReader.hpp"
+
 namespace Parser {
 
 namespace {
@@ -15,18 +17,16 @@ bool more_rbsp_data(const Bitstream& aBitstream) {
 }
 
 bool u_1(Bitstream& aBitstream) {
-    if (!more_rbsp_data(aBitstream)) { throw std::runtime_error("u_1(): End of data"); }
-    const std::uint64_t lPos = aBitstream.mPos++;
-    return 0 != (aBitstream.mData[lPos / 8] >> (7 - lPos % 8) & 1);
+    return 0 != u_v(1, aBitstream);
 }
 
 UInt u_v(UInt aBits, Bitstream& aBitstream) {
     if (aBits > kMostBits) { throw std::runtime_error("u_v(): More than 32 bits"); }
-    UInt lValue = 0;
-    for (UInt lBit = 0; lBit < aBits; ++lBit) {
-        lValue = lValue << 1 | (u_1(aBitstream) ? 1 : 0);
-    }
-    return lValue;
+    if (aBits > aBitstream.mSize - aBitstream.mPos) { throw std::runtime_error("u_v(): End of data"); }
+    Player::BitReader lReader(aBitstream.mData, static_cast<UInt>((aBitstream.mSize + 7) / 8));
+    lReader.Seek(aBitstream.mPos);
+    aBitstream.mPos += aBits;
+    return lReader.Read(aBits);
 }
 
 UInt ue_v(Bitstream& aBitstream) {

@@ -6,7 +6,7 @@
 
 namespace Parser {
 
-/// Big-endian bit cursor over bytes that it does not own and that outlive it.
+/// A place in the bits of a parameter set, whose bytes it does not own and which outlive it.
 struct Bitstream {
     const Byte* mData = nullptr;
     std::uint64_t mSize = 0;  ///< in bits

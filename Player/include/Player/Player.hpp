@@ -1,6 +1,7 @@
 #pragma once
 
 /// All of the media client library.
+#include "Player/AMRFrame.hpp"
 #include "Player/Assert.hpp"
 #include "Player/BitReader.hpp"
 #include "Player/Buffer.hpp"
@@ -8,6 +9,7 @@
 #include "Player/ErrorCode.hpp"
 #include "Player/Exception.hpp"
 #include "Player/Features.hpp"
+#include "Player/FormatParameters.hpp"
 #include "Player/Keys.hpp"
 #include "Player/MediaHandler.hpp"
 #include "Player/MediaPlayer.hpp"
@@ -25,3 +27,4 @@
 #include "Player/String.hpp"
 #include "Player/Time.hpp"
 #include "Player/Types.hpp"
+#include "Player/URL.hpp"

@@ -23,8 +23,15 @@ void SplitToMap(const std::string& aText, char aPairSep, char aKeyValSep, std::m
 
 /// What `strtoul` reads with base 10 (0 when there are no digits), low 32 bits; `aDefault` for empty text.
 UInt DecimalToUInt(const std::string& aText, UInt aDefault = 0);
-/// The same with base 16.
+/// What `strtoul` reads with base 16, low 32 bits.
 UInt HexToUInt(const std::string& aText);
+/// The value of a hexadecimal digit in either case; -1 for any other character.
+SInt HexDigit(Char aDigit);
+/// The bytes that pairs of hexadecimal digits spell, up to the first that is no pair. Returns whether the whole text
+/// was pairs.
+bool HexToBytes(const std::string& aText, std::string& aBytes);
+/// ASCII letters in lower case, whatever the locale.
+std::string LowerCased(std::string aText);
 
 /// printf into a new string; a null format gives an empty string.
 std::string StringWithFormat(const char* aFmt, ...) __attribute__((format(printf, 1, 2)));

@@ -1,11 +1,15 @@
 #include "writers/AdtsWriter.hpp"
 
+#include "CodecParameters.hpp"
 #include "Failure.hpp"
 #include "Player/String.hpp"
 
 namespace Virertsp {
 
 namespace {
+
+using Parser::AudioConfig;
+using Parser::RateIndex;
 
 constexpr unsigned kRatesOfHeader = 13;
 constexpr unsigned kChannelsOfHeader = 7;
@@ -17,7 +21,7 @@ constexpr std::size_t kLargestFrame = 0x1FFF;
 }
 
 AudioConfig ConfigFor(const Player::Properties& aTrack) {
-    const AudioConfig lConfig = AudioConfig::Of(aTrack);
+    const AudioConfig lConfig = AudioConfigOf(aTrack);
     if (lConfig.mObjectType > AudioConfig::kLTP) { Refuse(lConfig.Name()); }
     if (RateIndex(lConfig.mRate) >= kRatesOfHeader) {
         Refuse(Player::StringWithFormat("%u samples per second", lConfig.mRate));

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "AudioConfig.hpp"
+#include "Parser/AudioConfig.hpp"
 #include "writers/OutputFile.hpp"
 #include "writers/Writer.hpp"
 
@@ -24,7 +24,7 @@ public:
     std::string Name() const override { return mFile.Path(); }
 
 private:
-    AudioConfig mConfig;
+    Parser::AudioConfig mConfig;
     OutputFile mFile;
 };
 

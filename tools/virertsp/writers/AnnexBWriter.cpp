@@ -1,6 +1,6 @@
 #include "writers/AnnexBWriter.hpp"
 
-#include "FormatParameters.hpp"
+#include "CodecParameters.hpp"
 
 namespace Virertsp {
 
@@ -22,7 +22,7 @@ std::size_t ReadLength(const Player::Byte* aData) {
 
 AnnexBWriter::AnnexBWriter(const Player::Properties& aTrack, const std::string& aPath, OutputFile::Existing aExisting)
     : mFile(aPath, aExisting) {
-    for (const std::string& lSet : FormatParameters(aTrack).ParameterSets()) {
+    for (const std::string& lSet : ParameterSetsOf(aTrack)) {
         if (!lSet.empty()) { WriteNAL(lSet.data(), lSet.size()); }
     }
 }

@@ -4,9 +4,8 @@
 
 #include <cstring>
 
-#include "AudioConfig.hpp"
+#include "CodecParameters.hpp"
 #include "Failure.hpp"
-#include "FormatParameters.hpp"
 #include "MediaInfo.hpp"
 #include "writers/AvTrack.hpp"
 
@@ -40,7 +39,7 @@ void AddLength(std::size_t aSize, std::string& aOut) {
 std::string AvcConfiguration(const Player::Properties& aTrack) {
     std::string lSequence;
     std::string lPictures;
-    for (const std::string& lSet : FormatParameters(aTrack).ParameterSets()) {
+    for (const std::string& lSet : ParameterSetsOf(aTrack)) {
         constexpr unsigned kSequenceSet = 7;
         if (lSet.size() > 3) { (kSequenceSet == (lSet[0] & 0x1F) && lSequence.empty() ? lSequence : lPictures) = lSet; }
     }
@@ -56,9 +55,9 @@ std::string AvcConfiguration(const Player::Properties& aTrack) {
 
 /// AudioSpecificConfig: object type (5 bits), rate index (4), channels (4), the rest zero. What extends it is found in
 /// the stream.
-std::string AudioConfiguration(const AudioConfig& aConfig) {
+std::string AudioConfiguration(const Parser::AudioConfig& aConfig) {
     const unsigned lBits =
-        aConfig.mObjectType << 11 | RateIndex(aConfig.mRate) << 7 | aConfig.mChannelConfiguration << 3;
+        aConfig.mObjectType << 11 | Parser::RateIndex(aConfig.mRate) << 7 | aConfig.mChannelConfiguration << 3;
     return {static_cast<char>(lBits >> 8), static_cast<char>(lBits & 0xFF)};
 }
 
@@ -68,10 +67,10 @@ void DescribeVideo(const Player::Properties& aTrack, bool aIsH264, AVCodecParame
     aParameters.codec_id = aIsH264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_MPEG4;
     aParameters.width = static_cast<int>(lInfo.mWidth);
     aParameters.height = static_cast<int>(lInfo.mHeight);
-    SetExtraData(aParameters, aIsH264 ? AvcConfiguration(aTrack) : FormatParameters(aTrack).Config());
+    SetExtraData(aParameters, aIsH264 ? AvcConfiguration(aTrack) : FormatParametersOf(aTrack).Config());
 }
 
-void DescribeAudio(const AudioConfig& aConfig, AVCodecParameters& aParameters) {
+void DescribeAudio(const Parser::AudioConfig& aConfig, AVCodecParameters& aParameters) {
     aParameters.codec_type = AVMEDIA_TYPE_AUDIO;
     aParameters.codec_id = AV_CODEC_ID_AAC;
     aParameters.sample_rate = static_cast<int>(aConfig.mRate);
@@ -115,7 +114,7 @@ std::unique_ptr<Writer> AvContainer::AddTrack(const Player::Properties& aTrack) 
         lStream->time_base = {1, kVideoRate};
         return std::make_unique<AvTrack>(*this, lStream->index, kVideoRate, lCoding, 0);
     }
-    const AudioConfig lConfig = AudioConfig::Of(aTrack);
+    const Parser::AudioConfig lConfig = AudioConfigOf(aTrack);
     DescribeAudio(lConfig, *lStream->codecpar);
     lStream->time_base = {1, static_cast<int>(lConfig.mRate)};
     return std::make_unique<AvTrack>(*this, lStream->index, static_cast<int>(lConfig.mRate), Coding::kSound,

@@ -2,9 +2,9 @@
 
 #include <cerrno>
 
-#include "MediaSessions/RTSP/URL.hpp"
 #include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/Mem.hpp"
+#include "Player/URL.hpp"
 #include "Throw.hpp"
 
 namespace Player::MediaSessions {

@@ -1,5 +1,5 @@
 #include "MediaSessions/RTSP.hpp"
-#include "MediaSessions/RTSP/URL.hpp"
+#include "Player/URL.hpp"
 #include "Throw.hpp"
 
 namespace Player::MediaSessions {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
-#include "MediaSessions/RTSP/URL.hpp"
 #include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/Report.hpp"
+#include "Player/URL.hpp"
 #include "Processors/RTP/Factories.hpp"
 #include "SDP/Normalized.hpp"
 

@@ -1,7 +1,7 @@
 #include "MediaSessions/RTSP.hpp"
-#include "MediaSessions/RTSP/URL.hpp"
 #include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/String.hpp"
+#include "Player/URL.hpp"
 #include "RTP/Transports/OverRTSP.hpp"
 #include "RTP/Transports/OverUDP.hpp"
 #include "Throw.hpp"

@@ -99,13 +99,6 @@ std::string Trimmed(const std::string& aText) {
     return kNone == lBegin ? std::string() : aText.substr(lBegin, aText.find_last_not_of(kTrim) - lBegin + 1);
 }
 
-int HexDigit(char aCh) {
-    if ('0' <= aCh && aCh <= '9') { return aCh - '0'; }
-    if ('a' <= aCh && aCh <= 'f') { return aCh - 'a' + 10; }
-    if ('A' <= aCh && aCh <= 'F') { return aCh - 'A' + 10; }
-    return -1;
-}
-
 /// What is no encoding stays as it is.
 std::string PercentDecoded(const std::string& aText) {
     std::string lText;
@@ -120,21 +113,6 @@ std::string PercentDecoded(const std::string& aText) {
         i += 2;
     }
     return lText;
-}
-
-/// Where the authority of a URL, or the authority itself, begins and ends.
-std::pair<std::size_t, std::size_t> AuthorityOf(const std::string& aURL) {
-    const std::size_t lSlashes = aURL.find("//");
-    const std::size_t lBegin = kNone == lSlashes ? 0 : lSlashes + 2;
-    return {lBegin, std::min(aURL.find('/', lBegin), aURL.size())};
-}
-
-/// Behind the last "@" of the authority; where that begins when there is none.
-std::size_t HostBegin(const std::string& aURL) {
-    const auto [lBegin, lEnd] = AuthorityOf(aURL);
-    if (lBegin == lEnd) { return lBegin; }
-    const std::size_t lAt = aURL.rfind('@', lEnd - 1);
-    return kNone == lAt || lAt < lBegin ? lBegin : lAt + 1;
 }
 
 }  // namespace
@@ -172,17 +150,10 @@ std::string Append(const std::string& aBase, const std::string& aReference) {
 }
 
 UserInfo UserInfoOf(const std::string& aURL) {
-    const std::size_t lBegin = AuthorityOf(aURL).first;
-    const std::size_t lHost = HostBegin(aURL);
-    if (lHost == lBegin) { return {}; }
-    const std::string lInfo = aURL.substr(lBegin, lHost - 1 - lBegin);
+    const std::string lInfo = UserInfoText(aURL);
     const std::size_t lColon = lInfo.find(':');
     return {PercentDecoded(lInfo.substr(0, lColon)),
             kNone == lColon ? std::string() : PercentDecoded(lInfo.substr(lColon + 1))};
-}
-
-std::string WithoutUserInfo(const std::string& aURL) {
-    return aURL.substr(0, AuthorityOf(aURL).first) + aURL.substr(HostBegin(aURL));
 }
 
 std::pair<std::string, std::string> HostAndPort(const std::string& aAuthority, const std::string& aDefaultPort) {
@@ -200,10 +171,7 @@ std::string PathAndQuery(const std::string& aURL) {
 }
 
 std::string Scheme(const std::string& aURL) {
-    std::string lScheme = aURL.substr(0, SchemeLength(aURL));
-    std::transform(lScheme.begin(), lScheme.end(), lScheme.begin(),
-                   [](char aCh) { return 'A' <= aCh && aCh <= 'Z' ? static_cast<char>(aCh - 'A' + 'a') : aCh; });
-    return lScheme;
+    return LowerCased(aURL.substr(0, SchemeLength(aURL)));
 }
 
 }  // namespace Player::URL

@@ -3,6 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "Player/URL.hpp"
+
 /// URLs as servers write them, resolved and taken apart by RFC 3986. Whatever the text, there is a result.
 namespace Player::URL {
 
@@ -27,10 +29,7 @@ struct UserInfo {
     std::string mPassword;
     bool operator==(const UserInfo& aOther) const { return mName == aOther.mName && mPassword == aOther.mPassword; }
 };
-/// Of the authority, up to its last "@": passwords are found with an "@" that was not encoded.
 UserInfo UserInfoOf(const std::string& aURL);
-/// The URL, or authority, without user information. What must not be shown is not in it.
-std::string WithoutUserInfo(const std::string& aURL);
 
 /// Host, without the brackets of an IPv6 address, and port of an authority; user information does not count.
 std::pair<std::string, std::string> HostAndPort(const std::string& aAuthority, const std::string& aDefaultPort);

@@ -1,14 +1,11 @@
 #include "Processors/RTP/AMR.hpp"
 
+#include "Player/AMRFrame.hpp"
 #include "Player/Mem.hpp"
 
 namespace Player::Processors::RTP {
 
 namespace {
-
-/// Bytes of a frame by its type (3GPP TS 26.101), without the table-of-contents byte.
-constexpr Byte gNBFrameTypeOctets[] = {12, 13, 15, 17, 19, 20, 26, 31, 5, 6, 5, 5, 0, 0, 0, 0};
-constexpr UInt kLargestFrame = 31;
 
 // Payload (RFC 3267 section 4.4):
 //   codec mode request, 1 byte
@@ -16,10 +13,6 @@ constexpr UInt kLargestFrame = 31;
 //   the frames in that order
 constexpr UInt kTableStart = 1;
 constexpr Byte kMoreFollow = 0x80;
-
-UInt FrameSize(Byte aEntry) {
-    return gNBFrameTypeOctets[aEntry >> 3 & 0x0F];
-}
 
 /// Where the table of contents ends: behind the entry without the F bit, at the payload's end at the latest.
 UInt FindTableEnd(const Packets::RTP& aPacket) {
@@ -36,7 +29,7 @@ Packet* NewFrame(const Packets::RTP& aPacket, UInt aAt, UInt aSize) {
     const Byte* const lData = aPacket.Begin() + aAt;
     if (aSize <= lLeft) { return new Packets::Media(aPacket.PlayTime(), lData, aSize); }
 
-    Byte lPadded[kLargestFrame] = {};
+    Byte lPadded[AMRFrame::kLargest] = {};
     Mem::Copy(lPadded, lData, lLeft);
     return new Packets::Media(aPacket.PlayTime(), lPadded, aSize);
 }
@@ -53,7 +46,7 @@ bool AMR::Handle(const SharedPtr<Packet, SharedObject>& aPacket, Time aLatest) {
     UInt lAt = lTableEnd;
     bool lOk = true;
     for (UInt lEntry = kTableStart; lEntry < lTableEnd; ++lEntry) {
-        const UInt lSize = FrameSize(lPacket.Begin()[lEntry]);
+        const UInt lSize = AMRFrame::SizeOf(lPacket.Begin()[lEntry]);
         if (0 == lSize) { continue; }
         lOk = Next().Handle(SharedPtr<Packet, SharedObject>(NewFrame(lPacket, lAt, lSize)), aLatest);
         lAt += Util::Min(lSize, lPacket.Size() - lAt);

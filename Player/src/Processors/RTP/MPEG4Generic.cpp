@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "Player/FormatParameters.hpp"
 #include "Player/Mem.hpp"
 #include "Player/String.hpp"
 #include "Processors/RTP/EncMPEG4Generic.hpp"
@@ -17,13 +18,6 @@ constexpr UInt kLengthFieldBits = 16;
 /// Headers may claim the same bytes over and over, and each claim is a copy. A proper packet's AUs take
 /// each byte once; a packet that has taken this many times its own size is left alone.
 constexpr UInt kMaxCopies = 16;
-
-/// Of ASCII letters, whatever the locale.
-String LowerCased(String aText) {
-    std::transform(aText.begin(), aText.end(), aText.begin(),
-                   [](char aCh) { return 'A' <= aCh && aCh <= 'Z' ? static_cast<char>(aCh - 'A' + 'a') : aCh; });
-    return aText;
-}
 
 UInt BytesOf(std::uint64_t aBits) {
     return static_cast<UInt>((aBits + 7) / 8);
@@ -53,10 +47,8 @@ MPEG4Generic::MPEG4Generic(Properties& aFormat) {
 }
 
 void MPEG4Generic::ReadParameters(const String& aText) {
-    std::map<String, String> lPairs;
-    SplitToMap(aText, ';', '=', lPairs);
-    for (const auto& [lName, lVal] : lPairs) {
-        const String lKey = LowerCased(lName);
+    const FormatParameters lParameters(aText);
+    for (const auto& [lKey, lVal] : lParameters.All()) {
         if ("mode" == lKey) {
             mMode = lVal;
         } else if ("config" != lKey) {

@@ -2,26 +2,24 @@
 
 #include <map>
 #include <string>
-#include <vector>
 
-#include "Player/Properties.hpp"
+namespace Player {
 
-namespace Virertsp {
-
-/// The format parameters ("a=fmtp") of a track. Their names are compared without regard to case (RFC 4855).
+/// The parameters of a format ("a=fmtp"), such as "mode=AAC-hbr; sizeLength=13". Case does not count in their names
+/// (RFC 4855 section 3).
 class FormatParameters {
 public:
-    explicit FormatParameters(const Player::Properties& aTrack);
+    explicit FormatParameters(const std::string& aText);
 
     /// The value, or empty text for a parameter that is not there. `aName` in lower case.
     std::string Get(const std::string& aName) const;
     /// The bytes of "config", which is hexadecimal: whole bytes up to the first foreign character.
     std::string Config() const;
-    /// The NAL units in "sprop-parameter-sets" (RFC 6184 section 8.1).
-    std::vector<std::string> ParameterSets() const;
+    /// Values by the names in lower case.
+    const std::map<std::string, std::string>& All() const { return mValues; }
 
 private:
     std::map<std::string, std::string> mValues;
 };
 
-}  // namespace Virertsp
+}  // namespace Player

@@ -1,4 +1,4 @@
-#include "MediaSessions/RTSP/URL.hpp"
+#include "Player/URL.hpp"
 
 #include <gtest/gtest.h>
 
@@ -58,6 +58,15 @@ TEST(URLTest, AddressIsHostAndPort) {
         EXPECT_EQ(std::make_pair(std::string(lCase.mHost), std::string(lCase.mPort)), Address(lCase.mAuthority))
             << lCase.mAuthority;
     }
+}
+
+TEST(URL, UserInformationEndsAtTheLastAtOfTheAuthority) {
+    EXPECT_EQ("a:b@c", URL::UserInfoText("rtsp://a:b@c@host/x@y"));
+    EXPECT_EQ("rtsp://host/x@y", URL::WithoutUserInfo("rtsp://a:b@c@host/x@y"));
+    EXPECT_EQ("", URL::UserInfoText("rtsp://host/x@y"));
+    EXPECT_EQ("rtsp://host/x@y", URL::WithoutUserInfo("rtsp://host/x@y"));
+    EXPECT_EQ("host:1", URL::WithoutUserInfo("a@host:1"));
+    EXPECT_EQ("rtsp:///x@y", URL::WithoutUserInfo("rtsp:///x@y"));
 }
 
 }  // namespace

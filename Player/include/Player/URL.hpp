@@ -13,4 +13,10 @@ std::string Authority(const std::string& aURL);
 /// information begins at the "@", which stays part of it.
 std::pair<std::string, std::string> Address(const std::string& aAuthority);
 
+/// Name and password as the URL has them, with the colon between them: what stands before the last "@" of the
+/// authority. Passwords are found with an "@" that was not encoded.
+std::string UserInfoText(const std::string& aURL);
+/// The URL, or authority, without user information, fit to be shown.
+std::string WithoutUserInfo(const std::string& aURL);
+
 }  // namespace Player::URL
