@@ -264,12 +264,14 @@ TEST_F(Channel, ANewLocationForgetsTheSeek) {
 TEST_F(Channel, AFailedSeekIsToldAndPlaysOn) {
     ServeH264();
     StartPlaying();
-    mServer.On("Seek", Throws<Player::RTSPErr>(0x457, "Seeking PLAY failed"));
+    mServer.On("Seek", [this] {
+        mServer.Push(0, kSecond, "x");
+        throw Player::RTSPErr(0x457, "%s", "Seeking PLAY failed");
+    });
     EXPECT_TRUE(mElement.Seek(90 * GST_SECOND));
     EXPECT_EQ((Texts{"error 1115223", "warning Seeking in rtsp://host/clip failed: the server answered 457."}),
               mElement.TakeMessages());
-    mServer.Push(0, kSecond, "x");
-    EXPECT_TRUE(mElement.Sink(0)->Await("buffer"));
+    EXPECT_TRUE(mElement.Sink(0)->Await("buffer", 2));
 }
 
 TEST_F(Channel, ASeekBeforeAnythingPlaysDoesNothing) {

@@ -2,9 +2,12 @@
 
 #include <sys/time.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
+#include <limits>
 
+#include "Clock.hpp"
 #include "Throw.hpp"
 
 namespace Player {
@@ -12,7 +15,10 @@ namespace Player {
 namespace {
 
 constexpr int kFractionBits = 32;
+constexpr double kUnitsPerSecond = 4294967296.0;
 constexpr int kMaxFractionDigits = 9;
+
+std::atomic<Time (*)()> gClock{nullptr};
 
 std::uint64_t Bits(long long aValue) {
     return static_cast<std::uint64_t>(aValue);
@@ -71,7 +77,24 @@ long long Time::Scale(long long aMul, UInt aDiv, bool aRound) const {
     return FromBits(Bits(MultiplyAndShift(mRaw, aMul, lHalf)) / aDiv);
 }
 
+Time Time::Seconds(double aSeconds) {
+    constexpr double kLimit = 2147483648.0;
+    if (aSeconds >= kLimit) { return Time(std::numeric_limits<long long>::max()); }
+    if (aSeconds < -kLimit) { return Time(std::numeric_limits<long long>::min()); }
+    return aSeconds == aSeconds ? Time(static_cast<long long>(aSeconds * kUnitsPerSecond)) : Time();
+}
+
+double Time::ToSeconds() const {
+    return static_cast<double>(mRaw) / kUnitsPerSecond;
+}
+
+void SetClock(Time (*aClock)()) {
+    gClock = aClock;
+}
+
 Time Time::Now() {
+    Time (*const lClock)() = gClock;
+    if (nullptr != lClock) { return lClock(); }
     timeval lNow{};
     if (0 != gettimeofday(&lNow, nullptr)) {
         const int lErrno = errno;

@@ -8,12 +8,36 @@
 #include <random>
 #include <string>
 
+#include "Support/ClockUnderTest.hpp"
+
 namespace Player {
 namespace {
 
 constexpr long long kSecond = 0x100000000;
 constexpr long long kLargest = std::numeric_limits<long long>::max();
 constexpr long long kSmallest = std::numeric_limits<long long>::min();
+
+TEST(Time, SecondsInAndOut) {
+    EXPECT_EQ(Time(3, 2), Time::Seconds(1.5));
+    EXPECT_EQ(Time(-1), Time::Seconds(-1.0 / 4294967296.0));
+    EXPECT_EQ(Time(0), Time::Seconds(std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_EQ(Time(std::numeric_limits<long long>::max()), Time::Seconds(2147483648.0));
+    EXPECT_EQ(Time(std::numeric_limits<long long>::min()), Time::Seconds(-1e300));
+    EXPECT_EQ(2147483647.0, Time::Seconds(2147483647.0).ToSeconds());
+    EXPECT_EQ(-0.25, Time::Seconds(-0.25).ToSeconds());
+}
+
+TEST(Time, NowReadsTheClockThatIsSet) {
+    {
+        Testing::ClockUnderTest lClock;
+        const Time lBegin = Time::Now();
+        EXPECT_EQ(lBegin, Time::Now());
+        lClock.Advance(Time::Seconds(3600));
+        EXPECT_EQ(lBegin + Time(3600, 1), Time::Now());
+    }
+    const Time lBefore = Time::Now();
+    EXPECT_TRUE(Time::Now() - lBefore < Time(60, 1));
+}
 
 TEST(Time, HoldsTheRawValue) {
     EXPECT_EQ(0, Time().Get());

@@ -13,10 +13,6 @@ namespace {
 
 FakeServer* gServer = nullptr;
 
-double Seconds(Player::Time aTime) {
-    return static_cast<double>(aTime.Get()) / 4294967296.0;
-}
-
 class FakePlayer : public Player::MediaPlayer {
 public:
     explicit FakePlayer(const SharedPtr<Player::MediaSession, SharedObject>& aSession) { SetSession(aSession); }
@@ -46,12 +42,12 @@ public:
         mServer.Enter("Configure", "");
     }
     void Play(Player::MediaHandler& aHandler, const std::string& aURL, Player::Time aStart) override {
-        mServer.Enter("Play", Player::StringWithFormat("Play %s %f", aURL.c_str(), Seconds(aStart)));
+        mServer.Enter("Play", Player::StringWithFormat("Play %s %f", aURL.c_str(), aStart.ToSeconds()));
         OfferTracks(aHandler);
         Rewind(aStart);
     }
     void Seek(Player::MediaHandler& /*aHandler*/, Player::Time aTo) override {
-        mServer.Enter("Seek", Player::StringWithFormat("Seek %f", Seconds(aTo)));
+        mServer.Enter("Seek", Player::StringWithFormat("Seek %f", aTo.ToSeconds()));
         Rewind(aTo);
     }
     void Pause(Player::MediaHandler& /*aHandler*/) override { mServer.Enter("Pause", "Pause"); }
@@ -158,8 +154,8 @@ void FakeServer::Describe(const std::vector<Description>& aTracks) {
 
 void FakeServer::Range(double aBegin, double aEnd) {
     const std::lock_guard<std::mutex> lLock(mMutex);
-    mBegin = Player::Time(static_cast<long long>(aBegin * 4294967296.0));
-    mEnd = Player::Time(static_cast<long long>(aEnd * 4294967296.0));
+    mBegin = Player::Time::Seconds(aBegin);
+    mEnd = Player::Time::Seconds(aEnd);
 }
 
 void FakeServer::Push(unsigned aTrack, long long aPlayTime, const std::string& aBytes) {

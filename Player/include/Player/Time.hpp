@@ -17,6 +17,10 @@ public:
     /// A resolution of 0 yields zero time.
     Time(long long aValue, UInt aResolution, bool aRound = false);
 
+    /// That many seconds, rounded towards zero; what a time can't hold becomes the nearest that it can.
+    static Time Seconds(double aSeconds);
+    double ToSeconds() const;
+
     /// The raw fixed-point value.
     long long Get() const { return mRaw; }
     /// The time in units of `aDiv` / `aMul` seconds, cut or rounded; 0 when `aDiv` is 0.

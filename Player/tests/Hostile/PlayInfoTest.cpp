@@ -130,9 +130,8 @@ TEST_P(HostileRangeTest, IsTakenAsFarAsItIsANumber) {
     Time lBegin;
     Time lEnd;
     mPlayer.GetPlayingRange(lBegin, lEnd);
-    constexpr double kUnitsPerSecond = 4294967296.0;
-    EXPECT_EQ(GetParam().mBegin, static_cast<double>(lBegin.Get()) / kUnitsPerSecond);
-    EXPECT_EQ(GetParam().mEnd, static_cast<double>(lEnd.Get()) / kUnitsPerSecond);
+    EXPECT_EQ(GetParam().mBegin, lBegin.ToSeconds());
+    EXPECT_EQ(GetParam().mEnd, lEnd.ToSeconds());
     ASSERT_TRUE(mServer->Await("sent"));
     mPlayer.Produce(0);
     EXPECT_EQ(2U, mPlayer.GetTrackReception(0).mPacketsReceived);

@@ -59,7 +59,7 @@ std::string Start(const char* aTransport, const char* aSession = "5") {
 
 TEST_F(RTSPModernPlayTest, TheSessionIsKeptAliveOverUDPAndWhilePaused) {
     mPlayer.SetConfigParam("RTSP:Transports", "udp");
-    ServePackets(Start("UDP 0", "5;timeout=2") + R"(
+    ServePackets(Start("UDP 0", "5;timeout=1") + R"(
         > GET_PARAMETER clip/ 4 | Session: 5
         < 200 4
         > GET_PARAMETER clip/ 5 | Session: 5

@@ -1,8 +1,8 @@
 #include <cstdlib>
-#include <thread>
 
 #include "MediaSessions/SessionFixture.hpp"
 #include "Player/String.hpp"
+#include "Support/ClockUnderTest.hpp"
 
 namespace Player::MediaSessions {
 namespace {
@@ -342,17 +342,16 @@ TEST_F(RTSPPlayStateTest, AClipShorterThanTheTargetIsPlayed) {
 }
 
 TEST_F(RTSPPlayStateTest, ASilentFirstTrackDoesNotHoldUpTheOthersForEver) {
+    Testing::ClockUnderTest lClock;
     Start();
     // The setting counts for the tracks that are there.
     mPlayer.SetConfigParam("RTSP:TimeOutRTPAfter", "1");
     Send(kAudio, 1, 0);
     EXPECT_FALSE(TakesPacket(kAudio));
-    bool lHas = false;
-    for (unsigned lTry = 0; !lHas && lTry < 500; ++lTry) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        lHas = mPlayer.TrackHasPacket(kAudio);
-    }
-    EXPECT_TRUE(lHas);
+    lClock.Advance(Time::Seconds(0.9));
+    EXPECT_FALSE(mPlayer.TrackHasPacket(kAudio));
+    lClock.Advance(Time::Seconds(0.2));
+    EXPECT_TRUE(mPlayer.TrackHasPacket(kAudio));
     EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering", "Playing"));
     EXPECT_TRUE(mPlayer.HasTrackTimedOut(kVideo));
     EXPECT_EQ(Reception::End::kTimedOut, mPlayer.GetTrackReception(kVideo).mEnd);

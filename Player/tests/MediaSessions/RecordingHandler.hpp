@@ -70,10 +70,8 @@ private:
     };
 
     void Range(const char* aName, const Time& aBegin, const Time& aEnd) {
-        constexpr double kUnitsPerSecond = 4294967296.0;
         std::ostringstream lCall;
-        lCall << aName << " " << static_cast<double>(aBegin.Get()) / kUnitsPerSecond << " "
-              << static_cast<double>(aEnd.Get()) / kUnitsPerSecond;
+        lCall << aName << " " << aBegin.ToSeconds() << " " << aEnd.ToSeconds();
         mCalls.push_back(lCall.str());
     }
 

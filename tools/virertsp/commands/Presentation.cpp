@@ -3,7 +3,6 @@
 #include "Player/String.hpp"
 #include "Printable.hpp"
 #include "recording/Progress.hpp"
-#include "recording/Units.hpp"
 
 namespace Virertsp {
 
@@ -111,9 +110,9 @@ std::string Presentation::Range() const {
 }
 
 void Presentation::AddRange(Json& aJson) const {
-    aJson.Key("range").Open('{').Key("begin_s").Decimal(ToSeconds(mBegin), 3).Key("end_s");
+    aJson.Key("range").Open('{').Key("begin_s").Decimal(mBegin.ToSeconds(), 3).Key("end_s");
     if (mEnd > mBegin) {
-        aJson.Decimal(ToSeconds(mEnd), 3);
+        aJson.Decimal(mEnd.ToSeconds(), 3);
     } else {
         aJson.Null();
     }

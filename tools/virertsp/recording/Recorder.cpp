@@ -16,7 +16,7 @@ namespace {
 /// The end of a track may be known before its last packets are read: they get so much time.
 constexpr std::chrono::milliseconds kLastWords(300);
 
-/// The last samples of a presentation lie so many seconds before its described end at most.
+/// The last samples of a presentation lie at most that many seconds before its described end.
 constexpr Player::UInt kShortOfEnd = 1;
 
 }  // namespace
@@ -28,7 +28,7 @@ Recorder::Recorder(Player::MediaPlayer& aPlayer, const Settings& aSettings)
       mSink([this](Player::TrackIdx aTrack, const Intake::Sample& aSample) { Take(aTrack, aSample); }),
       mOutput({aSettings.mDirectory, aSettings.mTimes, aSettings.mForce, aSettings.mSplit.IsWanted()}),
       mPart(aSettings.mPart),
-      mLimit(static_cast<long long>(aSettings.mSeconds * 4294967296.0)),
+      mLimit(Player::Time::Seconds(aSettings.mSeconds)),
       mLastTaken(Clock::now()) {
     mOutput.BeginFirst(mPart);
     for (const Player::TrackIdx lChosen : mSettings.mChosen) {

@@ -4,7 +4,6 @@
 #include "Json.hpp"
 #include "Player/String.hpp"
 #include "Printable.hpp"
-#include "recording/Units.hpp"
 
 namespace Virertsp {
 
@@ -17,7 +16,7 @@ double KiloBits(std::uint64_t aBytes, double aSeconds) {
 }
 
 double JitterMs(const Player::Reception& aReception) {
-    return ToSeconds(aReception.mJitter) * kMilli;
+    return aReception.mJitter.ToSeconds() * kMilli;
 }
 
 void AddCounters(const Player::Reception& aReception, Json& aJson) {
@@ -50,7 +49,7 @@ std::string TrackStats::Row() const {
     return Player::StringWithFormat("%7.1f  %5u  %-15s  %7u  %6d  %9u  %10u  %9.3f  %8.1f  %10.2f\n", mSeconds, mTrack,
                                     Printable(mFormat).c_str(), mReception.mPacketsReceived, mReception.Missing(),
                                     mReception.mPacketsReordered, mReception.mPacketsDuplicate, JitterMs(mReception),
-                                    mRate, ToSeconds(mReception.mBufferedTime));
+                                    mRate, mReception.mBufferedTime.ToSeconds());
 }
 
 std::string TrackStats::JsonRow() const {
@@ -59,7 +58,7 @@ std::string TrackStats::JsonRow() const {
     lJson.Key("track").Number(mTrack).Key("format").String(mFormat);
     AddCounters(mReception, lJson);
     lJson.Key("jitter_ms").Decimal(JitterMs(mReception), 3).Key("kbit_per_s").Decimal(mRate, 1);
-    lJson.Key("buffered_s").Decimal(ToSeconds(mReception.mBufferedTime), 3).Close();
+    lJson.Key("buffered_s").Decimal(mReception.mBufferedTime.ToSeconds(), 3).Close();
     return lJson.Text() + "\n";
 }
 

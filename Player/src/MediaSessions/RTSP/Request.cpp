@@ -10,13 +10,11 @@ namespace Player::MediaSessions {
 
 namespace {
 
-constexpr double kTimeUnitsPerSecond = 4294967296.0;
-
 /// Six decimals and always a point: printf would use the application's locale.
 std::string Seconds(Time aTime) {
     std::ostringstream lText;
     lText.imbue(std::locale::classic());
-    lText << std::fixed << std::setprecision(6) << static_cast<double>(aTime.Get()) / kTimeUnitsPerSecond;
+    lText << std::fixed << std::setprecision(6) << aTime.ToSeconds();
     return lText.str();
 }
 
