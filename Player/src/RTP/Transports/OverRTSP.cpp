@@ -69,9 +69,16 @@ void OverRTSP::HandleRTCP(TrackIdx aIdx, const Byte* aData, UInt aSize) {
 
 bool OverRTSP::Receive() {
     try {
-        return mRTSPSession->RecvInterleavedPackets();
-    } catch (const NetworkErr&) {
-        // No more data.
+        const bool lHasRead = mRTSPSession->RecvInterleavedPackets();
+        mFails = false;
+        return lHasRead;
+    } catch (const NetworkErr& lError) {
+        // What is queued is still played, and the tracks time out. Whoever sends the next request connects anew.
+        if (!mFails) {
+            Report(__FILE__, __LINE__, Severity::Warning, "OverRTSP::Receive(): Nothing can be read: %s",
+                   lError.Message());
+        }
+        mFails = true;
         return false;
     }
 }

@@ -49,6 +49,8 @@ private:
     void HandleRTCP(TrackIdx aIdx, const Byte* aData, UInt aSize);
 
     InterleavedConnection* mRTSPSession;
+    /// Whether the last read failed, which is reported when it begins.
+    bool mFails = false;
 };
 
 }  // namespace Player::RTP::Transports

@@ -53,6 +53,15 @@ void SendReport(Sockets::UDP& aSocket, const Byte* aData, UInt aSize, const Addr
     }
 }
 
+/// A socket that fails at each look is reported once.
+void ReportOnce(bool& aFails, unsigned aPort, const NetworkErr& aError) {
+    if (!aFails) {
+        Report(__FILE__, __LINE__, Severity::Warning, "OverUDP::FillTrack(): Nothing can be read from port %u: %s",
+               aPort, aError.Message());
+    }
+    aFails = true;
+}
+
 }  // namespace
 
 UDPTrack::UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP) {
@@ -144,14 +153,15 @@ bool OverUDP::DrainRTP(UDPTrack& aTrack) {
         bool lIsFull = true;
         for (UInt lBatch = 0; lIsFull && lBatch < kMaxBatches && aTrack.WantsMore(Time::Now()); ++lBatch) {
             lIsFull = Sockets::DatagramBatch::kSlots == aTrack.mRTPSocket.ReadMany(mBatch);
+            aTrack.mRTPFails = false;
             for (UInt i = 0; i < mBatch.Count(); ++i) {
                 const bool lTaken = aTrack.mStack.HandleRTP(mBatch.Data(i), mBatch.Size(i), Time::Now());
                 lHasAccepted = lTaken || lHasAccepted;
             }
         }
-    } catch (const NetworkErr&) {
-        // No more data.
-        return lHasAccepted;
+    } catch (const NetworkErr& lError) {
+        // The other tracks go on, and so does this one's RTCP.
+        ReportOnce(aTrack.mRTPFails, aTrack.mLocalRTPPort, lError);
     }
     return lHasAccepted;
 }
@@ -162,14 +172,15 @@ void OverUDP::DrainRTCP(UDPTrack& aTrack) {
     try {
         for (UInt lPacket = 0; lPacket < kMaxRTCPPackets; ++lPacket) {
             const SInt lSize = aTrack.mRTCPSocket.ReadFrom(lData, kMaxDatagram, lFrom);
+            aTrack.mRTCPFails = false;
             if (lSize < 0) { return; }
             // The report may overwrite the packet: it is assembled when that has been read.
             const UInt lReport = AnswerRTCP(aTrack, lData, static_cast<UInt>(lSize), lData, kMaxDatagram);
             if (0 != lReport) { SendReport(aTrack.mRTCPSocket, lData, lReport, lFrom); }
         }
-    } catch (const NetworkErr&) {
-        // No more data.
-        return;
+    } catch (const NetworkErr& lError) {
+        // Media go on without reports.
+        ReportOnce(aTrack.mRTCPFails, aTrack.mLocalRTPPort + 1U, lError);
     }
 }
 

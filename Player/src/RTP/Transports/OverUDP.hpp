@@ -18,6 +18,9 @@ struct UDPTrack : Track {
     String mRemoteIP;
     /// One or two ports joined by a hyphen.
     String mRemotePorts;
+    /// Whether the last read of the socket failed, which is reported when it begins.
+    bool mRTPFails = false;
+    bool mRTCPFails = false;
 
 private:
     bool TryPort(UInt aPort, const String& aLocalIP);

@@ -207,10 +207,19 @@ TEST_F(OverRTSPTest, ReceiveTellsWhatTheSessionTells) {
 }
 
 TEST_F(OverRTSPTest, FailingSocketIsNoMoreData) {
-    mConnection.mOnRead = []() -> bool { throw NetworkErr(38, "reset by peer"); };
+    const CountedReports lReports;
+    const std::string lReport = "OverRTSP::Receive(): Nothing can be read: reset by peer";
+    const auto lFails = []() -> bool { throw NetworkErr(38, "reset by peer"); };
+    mConnection.mOnRead = lFails;
     EXPECT_FALSE(mTransport.Receive());
     EXPECT_FALSE(mTransport.Fill());
     EXPECT_FALSE(mTransport.Produce());
+    EXPECT_EQ(1, lReports.Count(Severity::Warning, lReport)) << "once";
+    mConnection.mOnRead = [] { return false; };
+    EXPECT_FALSE(mTransport.Receive());
+    mConnection.mOnRead = lFails;
+    EXPECT_FALSE(mTransport.Receive());
+    EXPECT_EQ(2, lReports.Count(Severity::Warning, lReport)) << "and again after it went well";
     mConnection.mOnRead = []() -> bool { throw RTSPErr(2, "Invalid request"); };
     EXPECT_THROW(mTransport.Receive(), RTSPErr) << "a broken dialogue is another matter";
 }

@@ -272,6 +272,10 @@ TEST_F(OverUDPTest, FailingRTPSocketDoesNotEndTheOthers) {
     }));
     mPeer.Send(Packet().Build(), mPorts[1]);
     EXPECT_TRUE(Until([&] { return mTransport.Fill(); }));
+    EXPECT_FALSE(mTransport.FillTrack(0));
+    EXPECT_EQ(1, lReports.Count(Severity::Warning, "OverUDP::FillTrack(): Nothing can be read from port " +
+                                                       std::to_string(mPorts[0]) + ": "));
+    EXPECT_EQ(1, lReports.Count(Severity::Warning));
 }
 
 TEST_F(OverUDPTest, FailingRTCPSocketDoesNotHideMedia) {
@@ -279,6 +283,16 @@ TEST_F(OverUDPTest, FailingRTCPSocketDoesNotHideMedia) {
     Break(mPorts[0] + 1);
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(Until([&] { return mTransport.FillTrack(0); }));
+    mTransport.FillTrack(0);
+    EXPECT_EQ(1, lReports.Count(Severity::Warning, "OverUDP::FillTrack(): Nothing can be read from port " +
+                                                       std::to_string(mPorts[0] + 1) + ": "));
+    EXPECT_EQ(1, lReports.Count(Severity::Warning));
+}
+
+TEST_F(OverUDPTest, NothingToReadIsNoFailure) {
+    const CountedReports lReports;
+    EXPECT_FALSE(mTransport.Fill());
+    EXPECT_TRUE(lReports.mEntries.empty());
 }
 
 TEST_F(OverUDPTest, ReportThatCannotBeSentIsDropped) {
