@@ -53,7 +53,7 @@ product() { git ls-files '*.cpp' | grep -vE '(^|/)tests/|^fuzz/'; }
 
 check_tidy() {
     product |
-        nice -n 19 xargs -r -P "$jobs" -n 4 clang-tidy --quiet -p build/debug 2>&1 |
+        nice -n 19 xargs -r -P "$jobs" -n 4 clang-tidy --quiet -p build/debug --extra-arg=-Wthread-safety 2>&1 |
         grep -vE '^[0-9]+ warnings? generated\.$' >build/tidy.log
     [ ! -s build/tidy.log ] || { cat build/tidy.log; return 1; }
 }

@@ -22,10 +22,10 @@ public:
     bool regain(GstState& aStateAtLoss);
 
 private:
-    Mutex m_mutex;  // A leaf; guards the rest.
-    bool m_networkAvailable = true;
-    bool m_returned = false;  ///< And `regain` is still to come.
-    GstState m_stateAtNetworkLoss = GST_STATE_NULL;
+    Mutex m_mutex;  // A leaf.
+    bool m_networkAvailable VIRE_GUARDED_BY(m_mutex) = true;
+    bool m_returned VIRE_GUARDED_BY(m_mutex) = false;  ///< And `regain` is still to come.
+    GstState m_stateAtNetworkLoss VIRE_GUARDED_BY(m_mutex) = GST_STATE_NULL;
 };
 
 }  // namespace nsGstVireRtspSrc

@@ -27,15 +27,15 @@ public:
     Options(const Options&) = delete;
     Options& operator=(const Options&) = delete;
 
-    /// What the library is to be told.
+    /// Returns the value for the library.
     std::string set(guint aId, const GValue* aValue);
     void get(guint aId, GValue* aValue) const;
 
     const Profile& profile() const { return *m_profile; }
 
 private:
-    Mutex m_mutex;                          ///< A leaf.
-    GValue m_values[kEnd - kProfile] = {};  ///< Under m_mutex.
+    Mutex m_mutex;  ///< A leaf.
+    GValue m_values[kEnd - kProfile] VIRE_GUARDED_BY(m_mutex) = {};
     std::atomic<const Profile*> m_profile{&Profile::Named(Profile::kClassic)};
 };
 

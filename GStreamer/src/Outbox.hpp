@@ -24,9 +24,9 @@ private:
     GstMessage* next();
 
     GstElement* const m_element;
-    Mutex m_mutex;  // A leaf; guards the rest.
-    GQueue m_messages = G_QUEUE_INIT;
-    bool m_sending = false;
+    Mutex m_mutex;  // A leaf.
+    GQueue m_messages VIRE_GUARDED_BY(m_mutex) = G_QUEUE_INIT;
+    bool m_sending VIRE_GUARDED_BY(m_mutex) = false;
 };
 
 }  // namespace nsGstVireRtspSrc

@@ -19,7 +19,7 @@ PlayerAccess::MakePlayer gMake = MakeMediaPlayer;
 }  // namespace
 
 PlayerAccess::Hold::Hold(PlayerAccess& aAccess) : m_access(aAccess) {
-    g_static_mutex_lock(m_access.m_playerMutex);
+    m_access.m_playerMutex.lock();
 }
 
 PlayerAccess::Hold::~Hold() {
@@ -40,21 +40,21 @@ void PlayerAccess::SetConfigParam(const std::string& aKey, const std::string& aV
         m_pending.emplace_back(aKey, aValue);
     }
     // Whoever holds the player looks for pending settings after it has let go: none is left behind.
-    if (g_static_mutex_trylock(m_playerMutex)) { LetGo(); }
+    if (m_playerMutex.try_lock()) { LetGo(); }
 }
 
 void PlayerAccess::LetGo() {
     do {
         // Destructors let go: nothing may be thrown here.
         std::vector<Player::Exception> lRefused;
-        AtBoundary(nullptr, [this, &lRefused] { lRefused = ApplyPending(); });
-        g_static_mutex_unlock(m_playerMutex);
+        AtBoundary(nullptr, [this, &lRefused]() VIRE_UNCHECKED { lRefused = ApplyPending(); });
+        m_playerMutex.unlock();
         for (const auto& lException : lRefused) {
             AtBoundary(nullptr, [this, &lException] {
                 if (m_onFailure) { m_onFailure(lException); }
             });
         }
-    } while (HasPending() && g_static_mutex_trylock(m_playerMutex));
+    } while (HasPending() && m_playerMutex.try_lock());
 }
 
 bool PlayerAccess::HasPending() {
@@ -105,7 +105,7 @@ unsigned int PlayerAccess::TakeIn(unsigned int aTrack) {
 
 void PlayerAccess::DropUnplayed() {
     for (const unsigned int lTrack : m_unplayed) {
-        // What fails here fails for the played track as well, if that needs it, and is told there.
+        // What fails here fails for the played track as well, if that needs it, and is reported there.
         try {
             for (int lDropped = 0; lDropped < kDropAtMost && m_player->GetTrackPacket(lTrack); ++lDropped) {}
         } catch (const Player::Exception&) { return; }
@@ -118,7 +118,7 @@ Player::Properties PlayerAccess::TrackInfo(unsigned int aTrack) {
 }
 
 std::vector<Player::Reception> PlayerAccess::Receptions() {
-    if (g_static_mutex_trylock(m_playerMutex)) {
+    if (m_playerMutex.try_lock()) {
         const Hold lPlayer(*this, std::adopt_lock);
         std::vector<Player::Reception> lNow;
         for (unsigned int lTrack = 0; lTrack < lPlayer->GetTrackCount(); ++lTrack) {

@@ -29,16 +29,16 @@ public:
 
     /// The player, locked for as long as this object lives. Settings that came meanwhile are applied when
     /// it lets go.
-    class Hold {
+    class VIRE_SCOPED_CAPABILITY Hold {
     public:
-        explicit Hold(PlayerAccess& aAccess);
+        explicit Hold(PlayerAccess& aAccess) VIRE_ACQUIRE(aAccess.m_playerMutex);
         /// Where the player mutex is held already.
-        Hold(PlayerAccess& aAccess, std::adopt_lock_t) : m_access(aAccess) {}
-        ~Hold();
+        Hold(PlayerAccess& aAccess, std::adopt_lock_t) VIRE_REQUIRES(aAccess.m_playerMutex) : m_access(aAccess) {}
+        ~Hold() VIRE_RELEASE();
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
 
-        Player::MediaPlayer* operator->() const { return m_access.m_player.get(); }
+        Player::MediaPlayer* operator->() const VIRE_UNCHECKED { return m_access.m_player.get(); }
 
     private:
         PlayerAccess& m_access;
@@ -49,7 +49,7 @@ public:
 
     /// The track's next packet, or null; reads from the network.
     Player::SharedPtr<Player::Packet, Player::SharedObject> TakePacket(unsigned int aTrack);
-    /// Reads what has arrived and keeps it; never throws. What fails here is told by `TakePacket`. Tells how many
+    /// Reads what has arrived and keeps it; never throws. `TakePacket` reports what fails here. Returns how many
     /// packets of the track have arrived since it was played or sought.
     unsigned int TakeIn(unsigned int aTrack);
     /// A copy of the track's description, good without the lock.
@@ -71,23 +71,22 @@ public:
 private:
     using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-    /// With the player mutex held.
-    void DropUnplayed();
+    void DropUnplayed() VIRE_REQUIRES(m_playerMutex);
     Pairs TakePending();
     bool HasPending();
-    /// With the player mutex held; gives back what was refused.
-    std::vector<Player::Exception> ApplyPending();
+    /// Gives back what was refused.
+    std::vector<Player::Exception> ApplyPending() VIRE_REQUIRES(m_playerMutex);
     /// Lets go of the player mutex. What a setter leaves behind in the last moment is applied, here or by the
     /// next holder.
-    void LetGo();
+    void LetGo() VIRE_RELEASE(m_playerMutex);
 
     const OnFailure m_onFailure;
     Mutex m_playerMutex;
-    std::unique_ptr<Player::MediaPlayer> m_player;  ///< Under m_playerMutex.
-    std::vector<unsigned int> m_unplayed;           ///< Under m_playerMutex.
-    Mutex m_pendingMutex;                           ///< A leaf.
-    std::vector<Player::Reception> m_receptions;    ///< Under m_pendingMutex.
-    Pairs m_pending;                                ///< Under m_pendingMutex, in the order in which they came.
+    std::unique_ptr<Player::MediaPlayer> m_player VIRE_GUARDED_BY(m_playerMutex);
+    std::vector<unsigned int> m_unplayed VIRE_GUARDED_BY(m_playerMutex);
+    Mutex m_pendingMutex;  ///< A leaf.
+    std::vector<Player::Reception> m_receptions VIRE_GUARDED_BY(m_pendingMutex);
+    Pairs m_pending VIRE_GUARDED_BY(m_pendingMutex);  ///< In the order in which they came.
 };
 
 }  // namespace nsGstVireRtspSrc

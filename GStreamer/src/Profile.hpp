@@ -23,9 +23,9 @@ public:
     virtual bool plays_newer_formats() const = 0;
     /// The formats that get one, for people.
     virtual const char* formats() const = 0;
-    /// What a message is that tells of a failure after which no media comes.
+    /// The type of the message for a failure after which no media comes.
     virtual GstMessageType failure() const = 0;
-    /// Whether a start that is refused before the server is asked is told on the bus as well.
+    /// Whether a start that is refused before the server is asked is posted on the bus as well.
     virtual bool posts_refusals() const = 0;
 };
 

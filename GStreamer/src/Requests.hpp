@@ -18,7 +18,7 @@ public:
     /// `aStore` stores a location and says whether there is one, with the lock of this held: a start takes either
     /// the old location, and the request stays, or the new one together with it. A seek in the old one is forgotten.
     void ask_location(const std::function<bool()>& aStore);
-    /// The location that `aRead` gives, which is about to be played: nobody need ask for it any more.
+    /// The location that `aRead` gives, which is about to be played; its request is forgotten.
     std::string take_location(const std::function<std::string()>& aRead);
     /// Whether there was a request, which is forgotten.
     bool take_location();
@@ -31,11 +31,11 @@ public:
     bool take_pause_check(GstClockID& aId);
 
 private:
-    Mutex m_mutex;  // A leaf but for the settings; guards the rest.
-    bool m_location = false;
-    bool m_seek = false;
-    gint64 m_position = -1;
-    GstClockID m_pauseCheck = nullptr;  ///< Only compared.
+    Mutex m_mutex;  // A leaf but for the settings.
+    bool m_location VIRE_GUARDED_BY(m_mutex) = false;
+    bool m_seek VIRE_GUARDED_BY(m_mutex) = false;
+    gint64 m_position VIRE_GUARDED_BY(m_mutex) = -1;
+    GstClockID m_pauseCheck VIRE_GUARDED_BY(m_mutex) = nullptr;  ///< Only compared.
 };
 
 }  // namespace nsGstVireRtspSrc

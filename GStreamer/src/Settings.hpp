@@ -40,24 +40,26 @@ public:
 private:
     Mutex m_mutex;
     /// Where the text of a string setting is.
-    gchar*& value(ConfigParamKey aKey);
-    const gchar* value(ConfigParamKey aKey) const { return const_cast<Settings*>(this)->value(aKey); }
+    gchar*& value(ConfigParamKey aKey) VIRE_REQUIRES(m_mutex);
+    const gchar* value(ConfigParamKey aKey) const VIRE_REQUIRES(m_mutex) {
+        return const_cast<Settings*>(this)->value(aKey);
+    }
 
-    // By key; under m_mutex.
-    gchar* m_location = nullptr;
-    gchar* m_useProxy = nullptr;
-    gchar* m_proxyAuthorization = nullptr;
-    gchar* m_networkType = nullptr;
-    gchar* m_referrer = nullptr;
-    gchar* m_wapProfile = nullptr;
-    gchar* m_useLocalIp = nullptr;
-    gchar* m_udpPortsFrom = nullptr;
-    gchar* m_udpPortsTo = nullptr;
-    gchar* m_rtpBufferSize = nullptr;
-    gchar* m_timeoutRtspAfter = nullptr;
-    gchar* m_timeoutRtpAfter = nullptr;
-    /// What `get` has handed out, each text once; under m_mutex.
-    mutable std::set<std::string> m_handedOut;
+    // By key.
+    gchar* m_location VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_useProxy VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_proxyAuthorization VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_networkType VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_referrer VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_wapProfile VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_useLocalIp VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_udpPortsFrom VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_udpPortsTo VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_rtpBufferSize VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_timeoutRtspAfter VIRE_GUARDED_BY(m_mutex) = nullptr;
+    gchar* m_timeoutRtpAfter VIRE_GUARDED_BY(m_mutex) = nullptr;
+    /// What `get` has handed out, each text once.
+    mutable std::set<std::string> m_handedOut VIRE_GUARDED_BY(m_mutex);
 };
 
 }  // namespace nsGstVireRtspSrc

@@ -78,7 +78,7 @@ public:
     /// Figures of each track, for people and tools; the caller's. (SourceStats.cpp)
     GstStructure* stats();
 
-    /// Tells whether the network may be used. (SourceNetwork.cpp)
+    /// Sets whether the network may be used. (SourceNetwork.cpp)
     void set_network_available(int aAvailable);
 
     // From the streaming threads. (SourceReports.cpp)
@@ -134,7 +134,7 @@ private:
     void remove_changed_streams(unsigned int aTracks);
     void create_missing_streams(unsigned int aTracks);
     Stream* create_stream(unsigned int aTrack);
-    /// Reads range and duration, and tells them.
+    /// Reads range and duration, and posts the duration.
     void update_times();
     void delete_all_streams();
     /// Returns when some track has a packet, or none will come.
@@ -159,7 +159,7 @@ private:
     void network_timeout(bool aFirst);
     /// `aWhat` is what failed: "Playing", "Pausing" ...
     void handle_exception(const Player::Exception* aException, const char* aWhat);
-    /// Runs the action; what it throws is told and goes no further. Whether it threw nothing.
+    /// Runs the action; what it throws is reported and goes no further. Returns whether it threw nothing.
     bool guarded(const char* aWhat, const std::function<void()>& aAction);
 
     GstElement* const m_element;  ///< Owns this.

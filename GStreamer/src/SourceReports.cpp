@@ -6,7 +6,7 @@ namespace nsGstVireRtspSrc {
 
 namespace {
 
-/// What an application is told when the network has timed out.
+/// The error that is posted when the network has timed out.
 constexpr int kNetworkTimeOut = 33043;
 
 /// The session was never started: there is nothing that a person could do about it.

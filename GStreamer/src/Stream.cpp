@@ -97,10 +97,6 @@ bool Stream::task_is_running() const {
     return m_running && GST_STATE_PLAYING == CurrentState(m_element);
 }
 
-bool Stream::task_is_wanted() const {
-    return m_running && GST_TASK_STARTED == gst_task_get_state(m_task);
-}
-
 StreamStatus Stream::status_get() const {
     const Lock lLock(m_statusMutex);
     return m_status;

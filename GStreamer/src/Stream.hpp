@@ -15,7 +15,7 @@ namespace nsGstVireRtspSrc {
 /// One track of the session as GStreamer sees it: a source pad, a task that runs the track's streaming loop,
 /// and the track's status. The codec classes supply the caps and the work per packet.
 ///
-/// Made, driven and deleted by the `Source` under its state lock; the loop runs on the task's thread. What
+/// Made, driven and deleted by who has the `Source`'s turn; the loop runs on the task's thread. What
 /// both touch is atomic or under m_statusMutex.
 class Stream {
 public:
@@ -40,8 +40,6 @@ public:
     /// GStreamer keeps the lock from one iteration to the next.
     void task_wait();
     bool task_is_running() const;
-    /// Whether the loop is still meant to go on: neither paused nor stopped nor about to be deleted.
-    bool task_is_wanted() const;
 
     /// Pushed since the stream was made.
     guint64 access_units() const { return m_accessUnits; }
@@ -80,7 +78,7 @@ protected:
 private:
     void task_create();
     void task_destroy();
-    /// `task_process`, with a failure told once and counted as no packet.
+    /// `task_process`, with a failure reported once and counted as no packet.
     bool process_guarded();
     void handle_got_packet();
     void rest();
@@ -98,13 +96,13 @@ private:
     GstTask* m_task = nullptr;
     GStaticRecMutex m_taskLock{};  ///< Held by GStreamer while the task runs.
     std::atomic<bool> m_running{false};
-    StreamStatus m_status = kOk;       ///< Under m_statusMutex.
+    StreamStatus m_status VIRE_GUARDED_BY(m_statusMutex) = kOk;
     std::atomic<int> m_noDataTime{0};  ///< Microseconds since the last packet or report.
     std::atomic<guint64> m_accessUnits{0};
     std::atomic<bool> m_failureTold{false};
     Player::Pace m_pace;          ///< Of the looks at the sockets; the loop's own, as the next.
     unsigned int m_received = 0;  ///< Packets, at the last look.
-    bool m_flushing = false;      ///< Under the source's state lock.
+    bool m_flushing = false;      ///< By who has the source's turn.
 };
 
 }  // namespace nsGstVireRtspSrc

@@ -31,7 +31,7 @@ public:
 
     /// Pauses the tasks and flushes; no packet is on its way afterwards.
     void halt();
-    /// Runs the tasks. Pads that flush stop doing so, with `aFlush` all are told to.
+    /// Runs the tasks. Pads that flush stop doing so; with `aFlush` all of them send the end of a flush.
     void run(bool aFlush);
     void stop();
 

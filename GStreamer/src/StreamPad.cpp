@@ -55,7 +55,7 @@ gboolean gst_vire_rtsp_stream_activatepush(GstPad* /*aPad*/, gboolean /*aActive*
 }
 
 /// Nothing goes on to the source: seeks reach the element through its send_event. Those who ask for one here
-/// are told that it did not happen.
+/// learn that it did not happen.
 gboolean gst_vire_rtsp_stream_event(GstPad* aPad, GstEvent* aEvent) {
     const GstEventType lType = GST_EVENT_TYPE(aEvent);
     if (GST_EVENT_QOS != lType) {

@@ -25,7 +25,7 @@ public:
 
 private:
     Mutex m_mutex;  // A leaf.
-    GstElement* m_element;
+    GstElement* m_element VIRE_GUARDED_BY(m_mutex);
 };
 
 Timer::Timer(GstElement* aElement, Action aAction) : m_element(aElement), m_action(std::move(aAction)) {}

@@ -32,9 +32,9 @@ private:
 
     GstElement* const m_element;
     const Action m_action;
-    Mutex m_mutex;  // A leaf but for the shot's; guards the rest.
-    GstClockID m_checkIfPausedId = nullptr;
-    Shot* m_shot = nullptr;  ///< The clock's, which keeps it for the id.
+    Mutex m_mutex;  // A leaf but for the shot's.
+    GstClockID m_checkIfPausedId VIRE_GUARDED_BY(m_mutex) = nullptr;
+    Shot* m_shot VIRE_GUARDED_BY(m_mutex) = nullptr;  ///< The clock's, which keeps it for the id.
 };
 
 }  // namespace nsGstVireRtspSrc

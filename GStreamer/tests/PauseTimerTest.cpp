@@ -195,7 +195,7 @@ TEST_F(PauseTimer, ATimerThatFiredBeforeATransitionTookItBackDoesNothing) {
     ServeH264();
     ASSERT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
     mServer.TakeCalls();
-    // A new location holds the state lock over the moment at which the timer fires.
+    // A new location has the turn over the moment at which the timer fires.
     mServer.Push(0, kSecond, "x");
     mServer.Block("Play");
     std::thread lChange([this] { mElement.SetText("location", "rtsp://host/b"); });

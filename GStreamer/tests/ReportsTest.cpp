@@ -205,7 +205,7 @@ TEST_F(Reports, AStreamThatHasToWaitWithItsReportGivesWayToATransition) {
         mServer.End(0, "Timeout");
         mServer.End(1, "Timeout");
         lGate.mEntered.get_future().wait();
-        // One track holds the state lock and the other one wants it; then a transition wants it, too.
+        // One track has the turn and the other one wants it; then a transition wants it, too.
         ASSERT_TRUE(Eventually([&lLog] {
             return 1 == lLog.Count(GST_LEVEL_DEBUG, "got kTimedOut from track 0") &&
                    1 == lLog.Count(GST_LEVEL_DEBUG, "got kTimedOut from track 1");
