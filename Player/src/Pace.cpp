@@ -4,9 +4,9 @@ namespace Player {
 
 namespace {
 
-/// A look that brings so many packets could as well come later ...
+/// After a look that brings fewer than this many packets the next may come later ...
 constexpr unsigned kFew = 24;
-/// ... and one that brings so many should come sooner: a UDP socket holds about 180 of full size.
+/// ... and after one that brings this many it should come sooner: a UDP socket holds about 180 of full size.
 constexpr unsigned kMany = 64;
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace Player {
 namespace {
 
 constexpr SInt kLocalSize = 4096;
-/// Longer messages are cut to so many characters: they are not expected to occur.
+/// Longer messages, which are not expected, are cut to that many characters.
 constexpr SInt kOverlongLength = 3;
 
 /// There before any other static object and never destroyed: constructors and destructors of those may report.

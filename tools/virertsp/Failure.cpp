@@ -26,7 +26,7 @@ std::string ServerOf(const std::string& aURL) {
     const std::size_t lSlashes = aURL.find("//");
     const std::size_t lBegin = std::string::npos == lSlashes ? 0 : lSlashes + 2;
     std::string lServer = aURL.substr(lBegin, aURL.find('/', lBegin) - lBegin);
-    // A password is nobody's business.
+    // Passwords are never shown.
     lServer.erase(0, lServer.rfind('@') + 1);
     return lServer;
 }

@@ -23,7 +23,7 @@ private:
 /// The library's failure in words that need no knowledge of the library.
 Failure Explain(const Player::Exception& aException, const std::string& aURL);
 
-/// Runs a command: tells its failure on standard error. Returns an `ExitCode`.
+/// Runs a command and reports its failure on standard error. Returns an `ExitCode`.
 int Guard(const std::function<void()>& aCommand);
 
 }  // namespace Virertsp

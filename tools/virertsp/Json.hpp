@@ -21,7 +21,7 @@ public:
 
     Json& String(const std::string& aText);
     Json& Number(std::int64_t aValue);
-    /// With so many digits behind the point.
+    /// With that many digits after the point.
     Json& Decimal(double aValue, int aDigits);
     Json& Bool(bool aValue);
     Json& Null();

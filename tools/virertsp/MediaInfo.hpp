@@ -6,7 +6,7 @@
 
 namespace Virertsp {
 
-/// What a described track becomes. Numbers that nobody tells are 0, texts empty.
+/// What a described track becomes. Numbers that are not known are 0, texts empty.
 struct MediaInfo {
     static MediaInfo Of(const Player::Properties& aTrack);
 

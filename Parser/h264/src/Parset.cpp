@@ -26,7 +26,7 @@ Bitstream Unpack(Byte* aBytes, std::size_t aLength) {
     return Bitstream{lBytes, RBSPtoSODB(lBytes, static_cast<std::size_t>(lLength)), 0};
 }
 
-/// The profiles whose parameter sets tell the chroma format.
+/// The profiles whose parameter sets have the chroma format.
 bool HasChromaFormat(UInt aProfile) {
     switch (aProfile) {
         case 44:
@@ -191,7 +191,7 @@ void ReadSliceGroups(Bitstream& aBitstream, PicParameterSet& aPps) {
             aPps.slice_group_change_rate_minus1 = ue_v(aBitstream);
             break;
         case 6: ReadSliceGroupIds(aBitstream, aPps); break;
-        default: break;  // type 1, dispersed, tells nothing more
+        default: break;  // type 1, dispersed, has no parameters
     }
 }
 

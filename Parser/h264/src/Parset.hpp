@@ -18,7 +18,7 @@ void FreePPS(PicParameterSet* aPps);
 
 /// A NAL unit with its header byte, whose type is not looked at. The bytes are unescaped in place.
 void ProcessSPS(SeqParameterSet& aSps, Byte* aBytes, std::size_t aLength);
-/// `aSps` tells the chroma format, on which the number of scaling lists hangs.
+/// The number of scaling lists depends on the chroma format of `aSps`.
 void ProcessPPS(PicParameterSet& aPps, Byte* aBytes, std::size_t aLength, const SeqParameterSet& aSps);
 
 void InterpretSPS(Bitstream& aBitstream, SeqParameterSet& aSps);

@@ -17,7 +17,7 @@ public:
     ParserMpeg4(const unsigned char* aData, unsigned int aSize);
     ~ParserMpeg4();
 
-    /// Goes through all start codes. Never throws; what data that ends too early did not tell stays 0.
+    /// Goes through all start codes. Never throws; what is missing from data that ends early stays 0.
     void Parse();
 
     // In luma samples, of the last rectangular video object layer that has them; 0 when there is none.

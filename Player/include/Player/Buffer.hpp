@@ -5,7 +5,7 @@
 
 namespace Player {
 
-/// A view of bytes that somebody else owns and that outlive it.
+/// A view of bytes that it does not own and that outlive it.
 class BufferRef {
 public:
     BufferRef() = default;

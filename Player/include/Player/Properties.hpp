@@ -33,7 +33,7 @@ public:
 
     /// Whether `aKey` is there and its value is exactly `aVal`.
     bool Is(const std::string& aKey, const std::string& aVal) const;
-    /// The value, or empty text when the key is absent; `Has` tells the two apart.
+    /// The value, or empty text when the key is absent; `Has` distinguishes the two.
     void Get(const std::string& aKey, std::string& aVal) const;
     std::string Get(const std::string& aKey) const;
     bool Has(const std::string& aKey) const;

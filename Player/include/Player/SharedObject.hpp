@@ -11,7 +11,7 @@ class SharedObject {
 public:
     /// `aRefCount` owners from the start; 0 for an object that is handed to a `SharedPtr` next.
     explicit SharedObject(UInt aRefCount) : mRefCount(aRefCount) {}
-    /// A copy is an object of its own that nobody owns yet.
+    /// A copy is an object of its own, without owners.
     SharedObject(const SharedObject& /*aOther*/) : mRefCount(0) {}
     SharedObject& operator=(const SharedObject& /*aOther*/) { return *this; }
     /// Asserts that no owner is left.

@@ -15,7 +15,7 @@ bool IsAvailable();
 /// The hash of a text in lower-case hexadecimal digits; empty when the cryptographic library refuses that hash.
 std::string HexDigest(Hash aHash, const std::string& aText);
 
-/// So many random bytes, at most 32, in hexadecimal digits; empty when there are none to have.
+/// That many random bytes, at most 32, in hexadecimal digits; empty when the system has none.
 std::string RandomHex(UInt aBytes);
 
 }  // namespace Player::Crypto

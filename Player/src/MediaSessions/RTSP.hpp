@@ -242,13 +242,13 @@ private:
     bool mBufferReported = false;
     /// Tracks whose set-up the server has accepted.
     UInt mTracksSetUp = 0;
-    /// The handler has accepted tracks that it was not told to discard.
+    /// The handler has accepted tracks that it has not discarded.
     bool mHandlerHasTracks = false;
 
     PlayState mState = Stopped;
     /// When `mState` last changed.
     Time mStateTime;
-    /// The same by a clock that nobody sets.
+    /// The moment of that change by the monotonic clock.
     Connection::Clock::time_point mStateSince;
     /// Where playing began last, and for whom.
     Time mFrom;

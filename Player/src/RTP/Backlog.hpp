@@ -7,7 +7,7 @@
 
 namespace Player::RTP {
 
-/// What the stacks of a session hold together, in bytes. The limit ends a queue that nobody empties, as when a
+/// What the stacks of a session hold together, in bytes. The limit ends a queue that is never emptied, as when a
 /// sender's timestamps stand still and the target of buffering is never reached.
 /// A track that holds little takes a little even then: one that is not read does not starve the others.
 class Backlog : public SharedObject {
@@ -21,7 +21,7 @@ public:
 
     /// No more is to be read. What was read already still fits, as a rule.
     bool Full() const { return mHeld >= mLimit - mLimit / kHeadroom; }
-    /// Whether more is to be read for a track that holds so many bytes.
+    /// Whether more is to be read for a track that holds that many bytes.
     bool Wants(std::size_t aOwn) const { return !Full() || aOwn < mLimit / kShare; }
     /// Whether a packet finds place that came for such a track.
     bool Takes(std::size_t aOwn) const { return mHeld < mLimit || aOwn < mLimit / kShare; }

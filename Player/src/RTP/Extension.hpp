@@ -30,7 +30,7 @@ public:
     /// From the base to the highest number, both included.
     Wide Expected() const { return Count(mCycles, mHighest) - mBase + 1; }
 
-    /// A new play range begins here. The count goes on from where it is, or so many numbers behind.
+    /// A new play range begins here. The count goes on from where it is, or that many numbers further.
     void SetBase(Number aBase, Wide aStep = 0) {
         mOffset += Count(mCycles, mHighest) - mBase + aStep;
         StartAt(aBase);

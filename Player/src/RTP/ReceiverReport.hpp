@@ -4,7 +4,7 @@
 
 namespace Player::RTP {
 
-/// What an RTCP receiver report with one report block tells (RFC 3550, section 6.4.2).
+/// What an RTCP receiver report with one report block holds (RFC 3550, section 6.4.2).
 struct ReceiverReport {
     static constexpr UInt kSize = 32;
 

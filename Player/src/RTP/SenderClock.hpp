@@ -7,7 +7,7 @@
 
 namespace Player::RTP {
 
-/// The server's clock as its sender reports tell it: an NTP time and the RTP time of the same moment.
+/// The server's clock as its sender reports give it: an NTP time and the RTP time of the same moment.
 class SenderClock {
 public:
     /// Takes a report. `aNTPTime`: 32.32 fixed point; `aTimeRes`: the track's clock rate in Hz.

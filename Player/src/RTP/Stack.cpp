@@ -60,7 +60,7 @@ bool IsCompound(const Byte* aData, UInt aSize) {
 
 void Stack::SetSeqBase(unsigned short aSeq, UInt aStep) {
     mLearnsSeq = false;
-    // Over the connection media of the new range may overtake the answer that tells where it begins.
+    // Over the connection media of the new range may overtake the answer that says where it begins.
     const UInt lAhead = static_cast<UInt>(static_cast<unsigned short>(mSeq.Highest() - aSeq)) + 1;
     const UInt lSincePreflight = mRun.mPacketsReceived - mRun.mReceivedAtPreflight;
     const UInt lOvertaken = lAhead <= lSincePreflight ? lAhead : 0;
@@ -71,7 +71,7 @@ void Stack::SetSeqBase(unsigned short aSeq, UInt aStep) {
 }
 
 UInt Stack::Expected() const {
-    // A base alone tells of no packet.
+    // A base alone stands for no packet.
     const bool lHasBegun = mRun.mPacketsReceived != mRun.mReceivedBefore;
     return mRun.mExpectedBefore + (lHasBegun ? mSeq.Expected() : 0);
 }
@@ -181,7 +181,7 @@ void Stack::HandleRTCP_BYE(const Byte* /*aData*/, UInt /*aSize*/) {
     mRun.mEnd = Reception::End::kBye;
 }
 
-// These tell nothing of use here.
+// Nothing in these is of use here.
 void Stack::HandleRTCP_RR(const Byte* /*aData*/, UInt /*aSize*/) {}
 void Stack::HandleRTCP_SDES(const Byte* /*aData*/, UInt /*aSize*/) {}
 void Stack::HandleRTCP_APP(const Byte* /*aData*/, UInt /*aSize*/) {}

@@ -27,7 +27,7 @@ class Stack {
 public:
     using Queue = std::deque<SharedPtr<Packets::RTP, SharedObject>>;
 
-    // Configuration. 0 stands for "any, learnt from the first packet" where a packet can tell.
+    // Configuration. 0 stands for "any, learnt from the first packet" where a packet has it.
     void SetExpectedPT(unsigned char aPT) { mExpectedPT = aPT; }
     void SetExpectedSSRC(unsigned int aSSRC) { mExpectedSSRC = aSSRC; }
     /// Our own identity in receiver reports.

@@ -62,9 +62,9 @@ public:
     virtual bool Fetch() = 0;
     virtual bool Produce() = 0;
 
-    /// Asks for a receive buffer of so many bytes; what the track gets, 0 where it has none of its own.
+    /// Asks for a receive buffer of that many bytes; returns what the track gets, 0 where it has none of its own.
     virtual UInt SetTrackReceiveBuffer(TrackIdx aIdx, UInt aBytes);
-    /// Whether the sender's system has said that nobody receives there.
+    /// Whether the sender's system has refused a datagram: its port is closed.
     virtual bool IsRefused();
 
     /// Bytes of packets that the tracks may hold in order, together. For a transport without tracks.

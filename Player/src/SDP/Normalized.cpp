@@ -21,7 +21,7 @@ constexpr char kBlanks[] = " \t";
 constexpr std::size_t kNone = std::string::npos;
 
 constexpr const char* kEncodings[] = {"H264", "MP4V-ES", "MP4A-LATM", "AMR", "mpeg4-generic", "enc-mpeg4-generic"};
-/// As far as somebody looks for them by their exact name.
+/// Those that are looked up by their exact name.
 constexpr char kParameterSets[] = "sprop-parameter-sets";
 constexpr const char* kParameters[] = {"config", kParameterSets, "profile-level-id", "packetization-mode",
                                        "mode",   "octet-align",  "cpresent",         "object"};

@@ -28,7 +28,7 @@ public:
     sockaddr* Begin() { return reinterpret_cast<sockaddr*>(mStorage); }
     const sockaddr* Begin() const { return reinterpret_cast<const sockaddr*>(mStorage); }
     UInt Size() const { return mSize; }
-    /// For calls that store an address and tell its length.
+    /// For calls that store an address and its length.
     UInt& Size() { return mSize; }
     static constexpr UInt Capacity() { return kCapacity; }
 

@@ -23,20 +23,20 @@ public:
 
     /// Blocking. Throws `kConnectFailed`.
     SInt Connect(const Address& aAddr);
-    /// For a socket in non-blocking mode; waits so many whole seconds. Throws `kConnectFailed`.
+    /// For a socket in non-blocking mode; waits at most that many whole seconds. Throws `kConnectFailed`.
     SInt Connect(const Address& aAddr, UInt aTimeoutSec);
     /// Throws `kBindFailed`.
     SInt Bind(const Address& aAddr);
     /// One `recv`: the byte count, `kClosed` or `kNoData`. Throws `kReadFailed`.
     SInt Read(void* aData, UInt aSize);
-    /// Waits so many whole seconds first: `kTimeOut` when nothing came. Throws `kReadFailed`.
+    /// Waits at most that many whole seconds first: `kTimeOut` when nothing came. Throws `kReadFailed`.
     SInt Read(void* aData, UInt aSize, UInt aTimeoutSec);
     /// `Read` that never blocks, whatever the mode of the socket. Throws `kReadFailed`.
     SInt ReadAvailable(void* aData, UInt aSize);
     /// One `send`: the byte count, perhaps less than `aSize`, or `kNoData` when the socket takes none now.
     /// Throws `kWriteFailed`.
     SInt Write(const void* aData, UInt aSize);
-    /// Waits so many whole seconds for room first, and never longer: `kTimeOut` when there was none.
+    /// Waits at most that many whole seconds for room first: `kTimeOut` when there was none.
     /// Throws `kWriteFailed`.
     SInt Write(const void* aData, UInt aSize, UInt aTimeoutSec);
     /// Whether the peer has ended the connection and nothing is left to read.
@@ -44,7 +44,7 @@ public:
     /// Throws `kOptionFailed`, like the next two.
     SInt KeepAlive(bool aEnable);
     SInt RecvBufferSize(UInt aBytes);
-    /// What the system gives, 0 when it does not tell.
+    /// What the system gives, 0 when it is unknown.
     UInt RecvBufferSize() const;
     /// Sets the descriptor's status flags to `O_NONBLOCK` alone, or to none.
     SInt NonBlockingMode(bool aEnable);

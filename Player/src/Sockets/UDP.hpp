@@ -19,7 +19,7 @@ public:
     SInt ReadFrom(void* aData, UInt aSize, Address& aFrom) const;
     /// Takes in what waits, up to a full batch, without blocking; the count. Throws `NetworkErr` `kReadFailed`.
     UInt ReadMany(DatagramBatch& aBatch) const;
-    /// Whether an answer came to what was sent that nobody receives it there. It is kept from the first call on.
+    /// Whether the destination has refused a datagram (ICMP). The system keeps that from the first call on.
     bool TakeRefusal();
 
 private:

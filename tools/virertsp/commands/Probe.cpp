@@ -29,7 +29,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, boo
     return lGoOn;
 }
 
-/// Tells what came to light, even when the session failed on the way.
+/// Shows what was found, even when the session failed on the way.
 void Probe(const SessionOptions& aSession, bool aJson) {
     ProbePlayer lPlayer;
     std::exception_ptr lFailure;

@@ -6,11 +6,11 @@ namespace Virertsp {
 
 namespace {
 
-/// Packets that were overtaken find their place in so many seconds of media that are not taken out yet ...
+/// Packets that were overtaken find their place in that many seconds of media that are not taken out yet ...
 constexpr Player::UInt kHeld = 1;
 /// ... as long as more comes: when nothing was due for this time, all is taken.
 constexpr std::chrono::milliseconds kPatience(500);
-/// After so many samples of one track the others get their turn.
+/// After that many samples of one track the others get their turn.
 constexpr unsigned kMaxTurn = 256;
 
 }  // namespace

@@ -37,7 +37,7 @@ Split Split::Of(const std::string& aText) {
         const double lSeconds = lNumber * lUnit.mSeconds;
         const double lBytes = lNumber * lUnit.mBytes;
         if ((lSeconds >= 1 && lSeconds <= kMostSeconds) || (lBytes >= 1 && lBytes <= kMost)) {
-            return {Player::Time(static_cast<long long>(lSeconds * 4294967296.0)), static_cast<std::uint64_t>(lBytes)};
+            return {Player::Time::Seconds(lSeconds), static_cast<std::uint64_t>(lBytes)};
         }
     }
     throw Failure(kExitUsage, "--split takes a time such as 10min (s, min, h) or a size such as 100MB (kB to GiB).");

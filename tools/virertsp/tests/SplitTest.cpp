@@ -30,7 +30,7 @@ TEST(SplitTest, TimesAndSizes) {
              Case{"4GiB", 0, 4294967296},
          }) {
         const Split lSplit = Split::Of(lCase.mText);
-        EXPECT_EQ(Time(static_cast<long long>(lCase.mSeconds * 4294967296.0)), lSplit.mLength) << lCase.mText;
+        EXPECT_EQ(Time::Seconds(lCase.mSeconds), lSplit.mLength) << lCase.mText;
         EXPECT_EQ(lCase.mBytes, lSplit.mBytes) << lCase.mText;
         EXPECT_TRUE(lSplit.IsWanted());
     }

@@ -36,7 +36,7 @@ AudioConfig ConfigFor(const Player::Properties& aTrack) {
 /// Bit by bit:
 ///   sync word 0xFFF (12), MPEG-4 (1), layer 0 (2), no CRC (1)
 ///   object type less 1 (2), rate index (4), private (1), channels (3), original, home (2)
-///   copyright bit, its start (2), length (13), buffer fullness 0x7FF: not told (11), frames less 1 (2)
+///   copyright bit, its start (2), length (13), buffer fullness 0x7FF: unknown (11), frames less 1 (2)
 void MakeHeader(const AudioConfig& aConfig, std::size_t aFrame, Player::Byte* aHeader) {
     const std::size_t lLength = aFrame + AdtsWriter::kHeaderSize;
     const unsigned lChannels = aConfig.mChannelConfiguration;

@@ -7,8 +7,8 @@
 
 namespace Virertsp {
 
-/// AMR narrow-band in its storage format (RFC 4867 section 5): a magic number, then each frame behind a byte that
-/// tells its type. The samples come without that byte; their size gives it back.
+/// AMR narrow-band in its storage format (RFC 4867 section 5): a magic number, then each frame after a byte with
+/// its type. The samples come without that byte; their size gives it back.
 class AmrWriter : public Writer {
 public:
     /// Throws `Failure` for a track that says it is sent in another way than octet-aligned, one channel, plain.

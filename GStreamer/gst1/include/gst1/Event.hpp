@@ -17,7 +17,7 @@ GstEvent* NewSegment(gdouble aRate, GstFormat aFormat, gint64 aStart, gint64 aSt
 /// and would change states for that, whose lock an application may hold that waits for the element.
 #define gst_event_new_flush_stop() (gst_event_new_flush_stop)(FALSE)
 
-/// 1.x tells only that it has changed; the pads answer queries with the figure.
+/// 1.x says only that it has changed; the pads answer queries with the figure.
 #undef gst_message_new_duration
 #define gst_message_new_duration(aSource, aFormat, aDuration) \
     (static_cast<void>(aDuration), gst_message_new_duration_changed(aSource))

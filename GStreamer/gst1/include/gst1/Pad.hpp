@@ -17,7 +17,7 @@ void BeginStream(GstElement* aElement, GstPad* aPad);
 /// The same for a pad of the element that was active before: what it sends begins another run.
 void Restart(GstElement* aElement, GstPad* aPad);
 
-/// The pad's caps as the element knows them; they survive READY, where 1.x drops the event. What goes
+/// The pad's caps as the element knows them; they are kept in READY, where 1.x drops the event. What goes
 /// downstream has in addition the fields that today's parsers and decoders insist on.
 gboolean SetCaps(GstPad* aPad, GstCaps* aCaps);
 /// The pad's, or null.

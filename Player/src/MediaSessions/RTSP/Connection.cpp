@@ -19,7 +19,7 @@ constexpr UInt kMaxRead = 2 * 1024 * 1024;
 constexpr UInt kMaxBuffered = 4 * 1024 * 1024;
 /// One drain takes in so much at most; what is left waits in the socket for the next.
 constexpr UInt kMaxDrain = 128 * 1024;
-/// A message may take so many time-outs: one that trickles in, or stays out while media flows, comes to an end.
+/// A message may take that many time-outs: one that trickles in, or stays out while media flows, comes to an end.
 constexpr UInt kMostTimeOuts = 10;
 
 constexpr char kCR = 13;
@@ -101,7 +101,7 @@ bool Connection::FillBuf(UInt aSize) {
         bool lSettled = false;
         do {
             if (!IsOpen() || 0 == ReadOnce(aSize)) { return false; }
-            // The read that tells how the last line ended is not the one that was asked for.
+            // The read that shows how the last line ended is not the one that was asked for.
             lSettled = SettleLineEnd();
         } while (lSettled && !Have(aSize));
         return Have(aSize);

@@ -57,11 +57,11 @@ public:
     bool FillBuf(UInt aSize);
     /// Takes in what has arrived, without waiting. True when anything had.
     bool FillInterleavedBuf();
-    /// The byte so many ahead.
+    /// The byte that many ahead.
     bool PeekCh(char& aCh, UInt aOff);
     bool Peek(void* aOut, UInt aSize);
     bool Skip(UInt aSize);
-    /// Consumes bytes and tells where they lie, or null. Good until the next read.
+    /// Consumes bytes and returns where they lie, or null. Good until the next read.
     Byte* Take(UInt aSize);
 
     // A line ends with CR LF, CR, LF or the end of the data. False when there is no byte at all.

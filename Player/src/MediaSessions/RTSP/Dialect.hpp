@@ -65,7 +65,7 @@ public:
 
     /// Whether a refusal names another place for the presentation.
     virtual bool IsRedirection(UInt aStatus) const = 0;
-    /// Whether the session is kept alive while nobody asks the server for anything.
+    /// Whether the session is kept alive while no request goes to the server.
     virtual bool KeepsAlive() const = 0;
     /// What is received first behind a resume is numbered on by so much from the last before.
     virtual UInt StepOverPause() const = 0;

@@ -56,7 +56,7 @@ public:
     /// messages can't be told apart any more; sending opens another.
     void BeginRequest();
     /// Receives the response to the request numbered `aCSeq`; frames and requests in front of it are dealt
-    /// with, 1xx responses dropped. True for a 2xx response; otherwise `StatusCode` and `StatusText` tell.
+    /// with, 1xx responses dropped. True for a 2xx response; otherwise `StatusCode` and `StatusText` say why.
     /// Throws `RTSPErr` `kMalformed` for a response that is malformed or not the one awaited. Whatever is thrown, the
     /// connection is out of step then: the answer may still come.
     bool RecvResponse(UInt aCSeq);
@@ -91,13 +91,13 @@ private:
     /// Consumes the body that the headers announce. False when it is not all there.
     bool RecvBody(const Headers& aHeaders, Buffer& aBody);
     void CheckCSeq(const Headers& aHeaders, UInt aCSeq) const;
-    /// Whether it is one that nobody waits for.
+    /// Whether it is a response that is not waited for.
     bool IsUnawaited(const Headers& aHeaders);
     /// Drops a response that came where none is awaited.
     void DropResponse();
     /// Steps over what is neither a frame nor a line, up to what may be one; where there is none, over all of it.
     void SkipGarbage();
-    /// Whether a frame of a known channel begins so many bytes ahead, or a response.
+    /// Whether a frame of a known channel begins that many bytes ahead, or a response.
     bool MayBegin(UInt aOff);
     /// Every request of a server is answered with 501.
     void HandleRequest(const std::string& aRequestLine);

@@ -23,7 +23,7 @@ protected:
     static bool IsFormat(const Properties& aFormat, const char* aName) {
         return aFormat.Is("Transport", "RTP/AVP") && aFormat.Is("Format", aName);
     }
-    /// A new `T` for a track of this payload format; the consumer's side is told that samples come out of
+    /// A new `T` for a track of this payload format; the consumer's side learns that samples come out of
     /// the chain. Null, and the description stays as it is, for any other track.
     template <typename T>
     static SharedPtr<Processor, SharedObject> CreateFor(Properties& aFormat, const char* aName) {

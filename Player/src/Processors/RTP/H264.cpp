@@ -203,7 +203,7 @@ void H264::DecodeFU(PacketList::const_iterator& aIt, PacketList::const_iterator 
             aSample.ModifySize(lMark, aSample.Mark() - lMark - Packets::H264Sample::kSizeBytes);
             return;
         }
-        // What continues a unit is told by its number alone; the type byte is not looked at.
+        // The sequence number alone says what continues a unit; the type byte is not looked at.
         ++lSeqNumber;
         if (aIt == aEnd || (*aIt)->SeqNumber() != lSeqNumber || HasFUFlag(**aIt, kFUStart)) {
             aSample.Revert(lMark);

@@ -11,7 +11,7 @@ namespace Player::RTP::Transports {
 struct Track {
     SharedPtr<Processor, SharedObject> mProcessor;
     Stack mStack;
-    /// The chain knows that the track has ended; it is told once per play.
+    /// The chain knows that the track has ended; it learns that once per play.
     bool mEndNotified = false;
 
     /// Whether more is to be read for it. While nothing is, its time-out does not run.
@@ -21,7 +21,7 @@ struct Track {
     void Flush(Time aNow);
     /// Hands queued packets to the chain until it refuses more. True when any went.
     bool Fetch();
-    /// Tells the chain why the track has ended, once nothing is queued. True when it did so now.
+    /// Passes on why the track has ended, once nothing is queued. True when it did so now.
     bool NotifyEnd(Time aNow);
 };
 
