@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,13 @@ public:
 
     void Report(const char* aFile, UInt aLine, Severity aSeverity, const char* aMessage) override {
         mEntries.push_back({aFile, aLine, aSeverity, aMessage});
+    }
+
+    /// Reports of this severity that begin so.
+    long Count(Severity aSeverity, const std::string& aBegin = "") const {
+        return std::count_if(mEntries.begin(), mEntries.end(), [&](const Entry& aEntry) {
+            return aSeverity == aEntry.mSeverity && 0 == aEntry.mMessage.rfind(aBegin, 0);
+        });
     }
 
     std::vector<Entry> mEntries;

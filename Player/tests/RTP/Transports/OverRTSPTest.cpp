@@ -7,14 +7,14 @@
 
 #include "Player/Exception.hpp"
 #include "RTP/PacketBuilder.hpp"
-#include "RTP/Transports/CountedReports.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
+#include "Support/CaughtReports.hpp"
 
 namespace Player::RTP::Transports {
 
 using Testing::Bytes;
+using Testing::CaughtReports;
 using Testing::Compound;
-using Testing::CountedReports;
 using Testing::Packet;
 using Testing::RecordingProcessor;
 using Events = std::vector<std::string>;
@@ -191,7 +191,7 @@ TEST_F(OverRTSPTest, RTCPAlignsTheOtherTracks) {
 }
 
 TEST_F(OverRTSPTest, ReportThatCannotBeSentIsDropped) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     mConnection.mFailsToSend = true;
     EXPECT_TRUE(Deliver(0, Packet().Build()));
     EXPECT_NO_THROW(Deliver(1, Compound().RR().Build()));
@@ -207,7 +207,7 @@ TEST_F(OverRTSPTest, ReceiveTellsWhatTheSessionTells) {
 }
 
 TEST_F(OverRTSPTest, FailingSocketIsNoMoreData) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     const std::string lReport = "OverRTSP::Receive(): Nothing can be read: reset by peer";
     const auto lFails = []() -> bool { throw NetworkErr(38, "reset by peer"); };
     mConnection.mOnRead = lFails;

@@ -9,14 +9,14 @@
 #include <vector>
 
 #include "Player/Exception.hpp"
-#include "RTP/Transports/CountedReports.hpp"
 #include "RTP/Transports/LocalPorts.hpp"
 #include "RTP/Transports/OverUDP.hpp"
+#include "Support/CaughtReports.hpp"
 #include "support/UdpSocket.hpp"
 
 namespace Player::RTP::Transports {
 
-using Testing::CountedReports;
+using Testing::CaughtReports;
 using Testing::DescriptorOf;
 using Testing::kPortsBegin;
 using Testing::kPortsEnd;
@@ -84,7 +84,7 @@ TEST(OverUDPPortsTest, OnePairIsTriedOnce) {
     EXPECT_EQ(0U, lTransport.AddTrack());
     EXPECT_EQ(lBegin, LocalPort(lTransport, 0));
 
-    const CountedReports lReports;
+    const CaughtReports lReports;
     try {
         lTransport.AddTrack();
         FAIL() << "a second pair from a range of one";
@@ -100,7 +100,7 @@ TEST(OverUDPPortsTest, OnePairIsTriedOnce) {
 TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
     constexpr UInt kPairs = 4;
     const UInt lBegin = FreePorts(kPairs);
-    const CountedReports lReports;
+    const CaughtReports lReports;
     for (UInt lFree = 0; lFree < kPairs; ++lFree) {
         std::vector<UdpSocket> lTaken;
         for (UInt i = 0; i < kPairs; ++i) {
@@ -120,7 +120,7 @@ TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
 
 TEST(OverUDPPortsTest, TakenRTCPPortMovesThePairOn) {
     const UInt lBegin = FreePorts(2);
-    const CountedReports lReports;
+    const CaughtReports lReports;
     const UdpSocket lTaken(lBegin + 1);
     for (UInt lSeed = 0; lSeed < 8; ++lSeed) {
         std::srand(lSeed);
@@ -133,7 +133,7 @@ TEST(OverUDPPortsTest, TakenRTCPPortMovesThePairOn) {
 
 TEST(OverUDPPortsTest, BindsToTheLocalAddress) {
     const UInt lBegin = FreePorts(1);
-    const CountedReports lReports;
+    const CaughtReports lReports;
     OverUDP lFirst(lBegin, lBegin + 2, "127.0.0.1");
     OverUDP lSecond(lBegin, lBegin + 2, "127.0.0.2");
     EXPECT_EQ(0U, lFirst.AddTrack());

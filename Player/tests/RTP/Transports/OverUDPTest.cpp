@@ -9,16 +9,16 @@
 #include <vector>
 
 #include "RTP/PacketBuilder.hpp"
-#include "RTP/Transports/CountedReports.hpp"
 #include "RTP/Transports/LocalPorts.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
+#include "Support/CaughtReports.hpp"
 #include "support/UdpSocket.hpp"
 
 namespace Player::RTP::Transports {
 
 using Testing::Bytes;
+using Testing::CaughtReports;
 using Testing::Compound;
-using Testing::CountedReports;
 using Testing::DescriptorOf;
 using Testing::kPortsBegin;
 using Testing::kPortsEnd;
@@ -261,7 +261,7 @@ TEST_F(OverUDPTest, RTCPAlignsTheOtherTracks) {
 // ---------------------------------------------------------------- failures
 
 TEST_F(OverUDPTest, FailingRTPSocketDoesNotEndTheOthers) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
     Break(mPorts[0]);
@@ -279,7 +279,7 @@ TEST_F(OverUDPTest, FailingRTPSocketDoesNotEndTheOthers) {
 }
 
 TEST_F(OverUDPTest, FailingRTCPSocketDoesNotHideMedia) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     Break(mPorts[0] + 1);
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(Until([&] { return mTransport.FillTrack(0); }));
@@ -290,13 +290,13 @@ TEST_F(OverUDPTest, FailingRTCPSocketDoesNotHideMedia) {
 }
 
 TEST_F(OverUDPTest, NothingToReadIsNoFailure) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     EXPECT_FALSE(mTransport.Fill());
     EXPECT_TRUE(lReports.mEntries.empty());
 }
 
 TEST_F(OverUDPTest, ReportThatCannotBeSentIsDropped) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
     ::shutdown(DescriptorOf(mPorts[0] + 1), SHUT_WR);
@@ -312,7 +312,7 @@ TEST_F(OverUDPTest, ReportThatCannotBeSentIsDropped) {
 // ---------------------------------------------------------------- opening the way
 
 TEST_F(OverUDPTest, PreflightPunchesAHoleFromEitherSocket) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     const UdpSocket lControl;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(0, std::to_string(mPeer.Port()) + " - " + std::to_string(lControl.Port()));
@@ -327,7 +327,7 @@ TEST_F(OverUDPTest, PreflightPunchesAHoleFromEitherSocket) {
 }
 
 TEST_F(OverUDPTest, SinglePortIsPunchedFromTheRTPSocket) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     for (const char* lTail : {"", "-"}) {
         mTransport.SetTrackRemoteIP(1, "127.0.0.1");
         mTransport.SetTrackRemotePorts(1, std::to_string(mPeer.Port()) + lTail);
@@ -338,7 +338,7 @@ TEST_F(OverUDPTest, SinglePortIsPunchedFromTheRTPSocket) {
 }
 
 TEST_F(OverUDPTest, NoHoleWithoutAddressOrPorts) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(1, "5000-5001");
     mTransport.Preflight();
@@ -346,7 +346,7 @@ TEST_F(OverUDPTest, NoHoleWithoutAddressOrPorts) {
 }
 
 TEST_F(OverUDPTest, HoleThatCannotBePunchedIsHarmless) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(0, "no-port");
     mTransport.SetTrackRemoteIP(1, "127.0.0.1");
@@ -374,7 +374,7 @@ TEST_F(OverUDPTest, PreflightStartsTheTimeOutsAnew) {
 // ---------------------------------------------------------------- the end
 
 TEST_F(OverUDPTest, EndIsToldOnceWhenTheQueueIsDrained) {
-    const CountedReports lReports;
+    const CaughtReports lReports;
     mTransport.ModifyTrackRTPStack(0).SetTimeoutTime(Time(1));
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
