@@ -16,7 +16,7 @@ PATIENCE = 60
 
 # What is typed before the Tab, and the words that it becomes.
 CASES = (
-    ("virertsp re", ["record"]),
+    ("virertsp rec", ["record"]),
     ("virertsp record --forc", ["record", "--force"]),
     ("virertsp record --transport t", ["record", "--transport", "tcp"]),
     ("virertsp record --transport=t", ["record", "--transport=tcp"]),

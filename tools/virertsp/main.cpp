@@ -13,6 +13,7 @@
 #include "commands/Completion.hpp"
 #include "commands/Probe.hpp"
 #include "commands/Record.hpp"
+#include "commands/Report.hpp"
 #include "commands/Stats.hpp"
 
 namespace {
@@ -23,6 +24,7 @@ constexpr Command kCommands[] = {
     {"record", "Play a location and write its tracks to files", Virertsp::RunRecord},
     {"probe", "Tell what a server says of a location, and what its tracks become", Virertsp::RunProbe},
     {"stats", "Play a location and show its reception every second", Virertsp::RunStats},
+    {"report", "Write a page of what a server says and of the reception", Virertsp::RunReport},
 };
 
 void PrintHelp(std::FILE* aOut) {

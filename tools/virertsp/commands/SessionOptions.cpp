@@ -10,6 +10,7 @@
 
 #include "Failure.hpp"
 #include "FormatName.hpp"
+#include "Player/Keys.hpp"
 #include "Player/Report.hpp"
 #include "Printable.hpp"
 #include "commands/Completion.hpp"
@@ -19,6 +20,8 @@
 namespace Virertsp {
 
 namespace {
+
+namespace Setting = Player::Setting;
 
 constexpr char kScheme[] = "rtsp://";
 constexpr char kSecureScheme[] = "rtsps://";
@@ -60,6 +63,20 @@ std::vector<GOptionEntry> Entries(const GOptionEntry* aFirst, const GOptionEntry
     return lEntries;
 }
 
+bool IsLocation(const std::string& aText) {
+    return 0 == strncasecmp(aText.c_str(), kScheme, sizeof(kScheme) - 1) ||
+           0 == strncasecmp(aText.c_str(), kSecureScheme, sizeof(kSecureScheme) - 1);
+}
+
+const char* OperandsName(Operands aOperands) {
+    switch (aOperands) {
+        case Operands::kURLs: return "URL...";
+        case Operands::kURLOrFile: return "URL|FILE";
+        case Operands::kURL: break;
+    }
+    return "URL";
+}
+
 using ContextPtr = std::unique_ptr<GOptionContext, FreeContext>;
 
 }  // namespace
@@ -68,7 +85,8 @@ SessionOptions::~SessionOptions() {
     g_strfreev(mConfig);
 }
 
-bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries) {
+bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries,
+                           Operands aOperands) {
     gboolean lHelp = FALSE;
     const GOptionEntry lCommon[] = {
         {"transport", 0, 0, G_OPTION_ARG_STRING, &mTransport.mText, "Ways for media: udp, tcp, or udp,tcp", "LIST"},
@@ -88,7 +106,7 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
         return false;
     }
     g_set_prgname((std::string("virertsp ") + aArguments[0]).c_str());
-    const ContextPtr lContext(g_option_context_new("URL"));
+    const ContextPtr lContext(g_option_context_new(OperandsName(aOperands)));
     g_option_context_set_summary(lContext.get(), aSummary);
     g_option_context_set_description(lContext.get(), (ConfigurationHelp() + "\n" + ExitCodeHelp()).c_str());
     // The parser's own help would end the program.
@@ -107,51 +125,63 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
         g_free(lText);
         return false;
     }
-    TakeURL(aCount, aArguments);
+    TakeOperands(aCount, aArguments, aOperands);
     const std::string lTransport = mTransport.Value();
     if (!lTransport.empty() &&
         std::end(kTransports) == std::find(std::begin(kTransports), std::end(kTransports), lTransport)) {
         throw Failure(kExitUsage, "--transport takes udp, tcp or udp,tcp.");
     }
+    if (!mUser.Value().empty()) { mPassword = Password(); }
     return true;
 }
 
-void SessionOptions::TakeURL(int aCount, char** aArguments) {
-    if (2 != aCount) { throw Failure(kExitUsage, "Give one URL, such as rtsp://host/clip."); }
-    mURL = aArguments[1];
-    const bool lIsSecure = 0 == strncasecmp(mURL.c_str(), kSecureScheme, sizeof(kSecureScheme) - 1);
-    if (!lIsSecure && 0 != strncasecmp(mURL.c_str(), kScheme, sizeof(kScheme) - 1)) {
+void SessionOptions::TakeOperands(int aCount, char** aArguments, Operands aOperands) {
+    if (aCount < 2 || (aCount > 2 && Operands::kURLs != aOperands)) {
+        throw Failure(kExitUsage, Operands::kURLs == aOperands ? "Give URLs, such as rtsp://host/clip."
+                                                               : "Give one URL, such as rtsp://host/clip.");
+    }
+    mGiven.assign(aArguments + 1, aArguments + aCount);
+    for (const std::string& lGiven : mGiven) {
+        if (IsLocation(lGiven) || Operands::kURLOrFile == aOperands) { continue; }
         throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + ".");
     }
 }
 
+bool SessionOptions::IsFile() const {
+    return !IsLocation(mGiven.front());
+}
+
 void SessionOptions::Open(ProbePlayer& aPlayer) const {
     if (!Verbose()) { Player::SetReporter(nullptr); }
-    Configure(aPlayer, Settings(), mConfig);
     const ImpatientWait lWait(kExitTimeOut);
+    Play(aPlayer, mGiven.front());
+}
+
+void SessionOptions::Play(ProbePlayer& aPlayer, const std::string& aURL) const {
+    Configure(aPlayer, Settings(), mConfig);
     try {
-        aPlayer.Play(mURL, Player::Time(0));
-    } catch (const Player::Exception& lException) { throw WithAdvice(Explain(lException, mURL), lException); }
+        aPlayer.Play(aURL, Player::Time(0));
+    } catch (const Player::Exception& lException) { throw WithAdvice(Explain(lException, aURL), lException); }
     if (0 == aPlayer.GetTrackCount()) { throw NothingPlayable(aPlayer); }
 }
 
 Values SessionOptions::Settings() const {
-    Values lValues = {{"RTSP:Profile", FALSE != mClassic ? "classic" : "modern"}};
+    Values lValues = {{Setting::kProfile, FALSE != mClassic ? "classic" : "modern"}};
     const std::string lTransport = FALSE != mTCP ? "tcp" : mTransport.Value();
-    if (!lTransport.empty()) { lValues["RTSP:Transports"] = lTransport; }
-    if ("tcp" == lTransport) { lValues["RTSP:UseInterleavedRTP"] = "1"; }
-    if (!mAuthorities.Value().empty()) { lValues["RTSP:TLSAuthorities"] = mAuthorities.Value(); }
+    if (!lTransport.empty()) { lValues[Setting::kTransports] = lTransport; }
+    if ("tcp" == lTransport) { lValues[Setting::kUseInterleavedRTP] = "1"; }
+    if (!mAuthorities.Value().empty()) { lValues[Setting::kTLSAuthorities] = mAuthorities.Value(); }
     if (!mUser.Value().empty()) {
-        lValues["RTSP:UserName"] = mUser.Value();
-        lValues["RTSP:Password"] = Password();
+        lValues[Setting::kUserName] = mUser.Value();
+        lValues[Setting::kPassword] = mPassword;
     }
     return lValues;
 }
 
-std::string SessionOptions::URL() const {
-    const std::size_t lUser = mURL.find("//") + 2;
-    const std::size_t lAt = mURL.substr(0, mURL.find('/', lUser)).rfind('@');
-    return std::string::npos == lAt ? mURL : mURL.substr(0, lUser) + mURL.substr(lAt + 1);
+std::string SessionOptions::WithoutUser(const std::string& aURL) {
+    const std::size_t lUser = aURL.find("//") + 2;
+    const std::size_t lAt = aURL.substr(0, aURL.find('/', lUser)).rfind('@');
+    return std::string::npos == lAt ? aURL : aURL.substr(0, lUser) + aURL.substr(lAt + 1);
 }
 
 Failure SessionOptions::WithAdvice(const Failure& aFailure, const Player::Exception& aException) const {
@@ -169,7 +199,7 @@ void Leave(Player::MediaPlayer& aPlayer) {
     const ImpatientWait lWait(kExitOk);
     try {
         // The request is what counts; the answer changes nothing any more.
-        aPlayer.SetConfigParam("RTSP:TimeOutAfter", "2");
+        aPlayer.SetConfigParam(Setting::kTimeOutAfter, "2");
         aPlayer.Close();
     } catch (const Player::Exception&) { return; }
 }

@@ -23,6 +23,9 @@ struct OptionText {
     gchar* mText = nullptr;
 };
 
+/// What a command takes behind its options.
+enum class Operands { kURL, kURLs, kURLOrFile };
+
 /// What every command that opens a session lets its user say.
 class SessionOptions {
 public:
@@ -33,18 +36,26 @@ public:
 
     /// Reads the command line with the command's own entries (ended by an empty one) beside the common ones.
     /// Throws `Failure`. False when help, or candidates for a shell, were asked for and printed.
-    bool Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries);
+    bool Parse(int aCount, char** aArguments, const char* aSummary, const GOptionEntry* aEntries,
+               Operands aOperands = Operands::kURL);
 
-    /// Without a user and a password, to show it.
-    std::string URL() const;
+    /// At least one.
+    const std::vector<std::string>& Given() const { return mGiven; }
+    /// Whether the first is the name of a file and no location.
+    bool IsFile() const;
+    /// The first location without a user and a password, to show it.
+    std::string URL() const { return WithoutUser(mGiven.front()); }
+    static std::string WithoutUser(const std::string& aURL);
     bool Verbose() const { return FALSE != mVerbose; }
 
     /// Plays the location. The library's messages are silenced unless they were asked for.
     /// Throws `Failure`, also when no track can be played.
     void Open(ProbePlayer& aPlayer) const;
+    /// Plays this location; several threads may do so, each with a player of its own. Throws as `Open` does.
+    void Play(ProbePlayer& aPlayer, const std::string& aURL) const;
 
 private:
-    void TakeURL(int aCount, char** aArguments);
+    void TakeOperands(int aCount, char** aArguments, Operands aOperands);
     Failure WithAdvice(const Failure& aFailure, const Player::Exception& aException) const;
 
     Values Settings() const;
@@ -56,7 +67,8 @@ private:
     OptionText mAuthorities;
     gboolean mVerbose = FALSE;
     gchar** mConfig = nullptr;
-    std::string mURL;
+    std::string mPassword;
+    std::vector<std::string> mGiven;
 };
 
 /// Gives back what a "--seconds" option may say. Throws `Failure` for other numbers.

@@ -1,5 +1,7 @@
 #include "commands/Stats.hpp"
 
+#include <cstdio>
+
 #include "Failure.hpp"
 #include "commands/Interrupt.hpp"
 #include "recording/Recording.hpp"
@@ -18,6 +20,12 @@ struct Settings {
     bool mJson = false;
     double mSeconds = 0;
 };
+
+/// Whoever reads along gets each line at once.
+void Print(const std::string& aText) {
+    std::fputs(aText.c_str(), stdout);
+    std::fflush(stdout);
+}
 
 /// False when only help was wanted.
 bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Settings& aSettings) {
@@ -44,7 +52,7 @@ int RunStats(int aCount, char** aArguments) {
         CatchInterrupts();
         Recorder::Settings lDrop;
         lDrop.mDirectory = "/dev/null";
-        StatsObserver lObserver(lSettings.mJson, lSettings.mSeconds);
+        StatsObserver lObserver(lSettings.mJson, lSettings.mSeconds, Print);
         RecordSession(lSession, lDrop, lObserver, false);
     });
 }

@@ -16,6 +16,9 @@ public:
     Observer& operator=(const Observer&) = delete;
     virtual ~Observer() = default;
 
+    /// Called for each sample that was received.
+    virtual void Sample(const Player::MediaPlayer& /*aPlayer*/, Player::TrackIdx /*aTrack*/,
+                        const Player::Packet& /*aSample*/) {}
     /// Called between two looks at the network. False ends the recording.
     virtual bool Update(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) = 0;
     /// Called once at the end, before the session is left.

@@ -96,6 +96,7 @@ bool Recorder::IsChosen(Player::TrackIdx aIndex) const {
 }
 
 void Recorder::Run(Observer& aObserver) {
+    mObserver = &aObserver;
     try {
         RunUntilOver(aObserver);
     } catch (const Player::Exception&) {
@@ -123,7 +124,9 @@ void Recorder::TakeAll() {
 }
 
 void Recorder::Take(Player::TrackIdx aTrack, const Intake::Sample& aSample) {
-    mCutter&& mTracks[aTrack].mWritten ? mCutter->Take(aTrack, aSample) : Write(aTrack, aSample);
+    mObserver->Sample(mPlayer, aTrack, *aSample);
+    if (mCutter && mTracks[aTrack].mWritten) { return mCutter->Take(aTrack, aSample); }
+    Write(aTrack, aSample);
 }
 
 void Recorder::Write(Player::TrackIdx aTrack, const Intake::Sample& aSample) {

@@ -83,6 +83,8 @@ private:
     Player::TrackIdx TrackCount() const { return static_cast<Player::TrackIdx>(mTracks.size()); }
 
     Player::MediaPlayer& mPlayer;
+    /// Of the run.
+    Observer* mObserver = nullptr;
     Settings mSettings;
     Intake mIntake;
     Intake::Sink mSink;

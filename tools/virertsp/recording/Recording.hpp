@@ -5,10 +5,14 @@
 
 namespace Virertsp {
 
-/// Opens the session and records it to its end. Also when the connection breaks, what came is completed and told
+/// Records a session that plays to its end. Also when the connection breaks, what came is completed and told
 /// before the failure goes on. Throws `Failure`.
 /// With `aSummary` a line per track goes to standard output. `aNextPart`, if it is not null, becomes the number
 /// behind that of the latest part once files were begun.
+void RecordPlaying(ProbePlayer& aPlayer, const std::string& aURL, const Recorder::Settings& aSettings,
+                   Observer& aObserver, bool aSummary, unsigned* aNextPart = nullptr);
+
+/// The same for a session that is opened for it and left at its end.
 void RecordSession(const SessionOptions& aSession, const Recorder::Settings& aSettings, Observer& aObserver,
                    bool aSummary, unsigned* aNextPart = nullptr);
 

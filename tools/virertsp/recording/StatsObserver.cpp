@@ -1,29 +1,23 @@
 #include "recording/StatsObserver.hpp"
 
-#include <cstdio>
-
 namespace Virertsp {
 
 namespace {
 
 constexpr std::chrono::seconds kInterval(1);
 
-void Print(const std::string& aText) {
-    std::fputs(aText.c_str(), stdout);
-}
-
 }  // namespace
 
-StatsObserver::StatsObserver(bool aJson, double aSeconds) : mJson(aJson), mLimit(aSeconds) {}
+StatsObserver::StatsObserver(bool aJson, double aSeconds, Print aPrint)
+    : mJson(aJson), mLimit(aSeconds), mPrint(std::move(aPrint)) {}
 
 bool StatsObserver::Update(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) {
     if (!mBegun) { Begin(aPlayer, aNow); }
     if (aNow >= mNext) {
         Take(aPlayer, aNow);
         for (const TrackStats& lTrack : mTracks) {
-            Print(mJson ? lTrack.JsonRow() : lTrack.Row());
+            mPrint(mJson ? lTrack.JsonRow() : lTrack.Row());
         }
-        std::fflush(stdout);
         // However late this one was, the next ones keep to the full seconds.
         while (mNext <= aNow) {
             mNext += kInterval;
@@ -36,7 +30,7 @@ void StatsObserver::Conclude(const Player::MediaPlayer& aPlayer, Clock::time_poi
     if (!mBegun) { Begin(aPlayer, aNow); }
     Take(aPlayer, aNow);
     for (const TrackStats& lTrack : mTracks) {
-        Print(mJson ? lTrack.JsonSummary() : lTrack.Summary());
+        mPrint(mJson ? lTrack.JsonSummary() : lTrack.Summary());
     }
 }
 
@@ -47,7 +41,7 @@ void StatsObserver::Begin(const Player::MediaPlayer& aPlayer, Clock::time_point 
     for (Player::TrackIdx lTrack = 0; lTrack < aPlayer.GetTrackCount(); ++lTrack) {
         mTracks.emplace_back(lTrack, aPlayer.GetTrackInfo(lTrack)->Get("Format"));
     }
-    if (!mJson) { Print(TrackStats::Heading()); }
+    if (!mJson) { mPrint(TrackStats::Heading()); }
 }
 
 void StatsObserver::Take(const Player::MediaPlayer& aPlayer, Clock::time_point aNow) {
