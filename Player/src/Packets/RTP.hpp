@@ -25,9 +25,15 @@ public:
     /// units of the track's clock.
     RTP(const Byte* aData, UInt aSize, const Lengths& aLengths, UInt aSeqNumberExt, long long aTimestampExt);
 
-    const Byte* Begin() const override { return Data().Begin() + mLengths.mHeader + mLengths.mExtension; }
+    RTP(const RTP&) = delete;
+    RTP& operator=(const RTP&) = delete;
+
+    const Byte* Begin() const override { return Datagram().Begin() + mLengths.mHeader + mLengths.mExtension; }
     const Byte* End() const override { return Begin() + Size(); }
-    UInt Size() const override { return Data().Size() - mLengths.Overhead(); }
+    UInt Size() const override { return Datagram().Size() - mLengths.Overhead(); }
+
+    /// The whole packet as it came.
+    const BufferRef& Datagram() const { return mDatagram; }
 
     unsigned short SeqNumber() const;
     UInt Timestamp() const;
@@ -43,7 +49,12 @@ public:
     /// At most `aMax` bytes of the extension's data; nothing when there is no extension.
     void CopyExtension(Byte* aDst, unsigned short aMax) const;
 
+protected:
+    /// The datagram stays the caller's and outlives the packet.
+    RTP(const BufferRef& aDatagram, const Lengths& aLengths, UInt aSeqNumberExt, long long aTimestampExt);
+
 private:
+    BufferRef mDatagram;
     Lengths mLengths;
     UInt mSeqNumberExt;
     long long mTimestampExt;

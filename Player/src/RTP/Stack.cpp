@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "BigEndian.hpp"
+#include "Packets/StoredRTP.hpp"
 
 namespace Player::RTP {
 
@@ -38,7 +39,7 @@ bool MeasureRTP(const Byte* aData, UInt aSize, Packets::RTP::Lengths& aLengths) 
 
 /// By a packet, its datagram included.
 std::size_t Occupied(const Packets::RTP& aPacket) {
-    return sizeof(aPacket) + aPacket.Packet::Size();
+    return sizeof(aPacket) + aPacket.Datagram().Size();
 }
 
 UInt RTCPLength(const Byte* aData) {
@@ -137,7 +138,7 @@ bool Stack::Enqueue(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& 
         mHeld.ReportDrop();
         return false;
     }
-    SharedPtr<Packets::RTP, SharedObject> lPacket(new Packets::RTP(aData, aSize, aLengths, aIndex, aTimestamp));
+    auto lPacket = Packets::StoredRTP::Make(*mArena, aData, aSize, aLengths, aIndex, aTimestamp);
     const std::size_t lBytes = Occupied(*lPacket);
     lQueue.insert(lAt, std::move(lPacket));
     mHeld.Add(lBytes);

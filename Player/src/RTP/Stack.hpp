@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 
+#include "Packets/Arena.hpp"
 #include "Packets/RTP.hpp"
 #include "Player/Ptr.hpp"
 #include "Player/Reception.hpp"
@@ -164,6 +165,8 @@ private:
     bool mLearnsSeq = false;
     bool mLearnsTime = false;
     UInt mStep = 0;
+    /// Where packets lie. A copy of the stack shares it, as it shares the packets.
+    SharedPtr<Packets::Arena, SharedObject> mArena{new Packets::Arena};
     Run mRun;
     /// What is queued.
     BacklogShare mHeld;

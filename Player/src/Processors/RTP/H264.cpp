@@ -114,7 +114,7 @@ bool H264::Ends(const Packets::RTP& aNext) const {
 
 void H264::Gather(PacketPtr aPacket) {
     // The whole datagram counts, not the payload alone: that is what the sender makes us hold.
-    const UInt lHeld = static_cast<UInt>(sizeof(Packets::RTP)) + aPacket->Packet::Size();
+    const UInt lHeld = static_cast<UInt>(sizeof(Packets::RTP)) + aPacket->Datagram().Size();
     if (mPendingBytes <= kMaxPendingBytes) { mPendingBytes += lHeld; }
     if (mPendingBytes > kMaxPendingBytes) { mPending.clear(); }
     if (mEndsAtDelimiter) { mHasSlice = mHasSlice || HasSlice(*aPacket); }
