@@ -24,11 +24,12 @@ ALLOWED = {
     "Parser/include": VALUES,
     "Parser": VALUES + ["Parser/include"],
     "GStreamer/gst1": [],
+    "GStreamer/gst010": [],
     "GStreamer/src": VALUES + ["Parser/include"],
     "tools/virertsp": VALUES + ["Parser/include"],
 }
 SEARCHED = ["Player/include", "Player/src", "Parser/include", "Parser/h264/src", "Parser/mpeg4/src", "GStreamer/src",
-            "GStreamer/gst1/include", "tools/virertsp"]
+            "GStreamer/gst1/include", "GStreamer/gst010/include", "tools/virertsp"]
 # Files of the root of Player/src that are helpers; the others there are the player, the top of the library.
 HELPERS = ["Base64.hpp", "BigEndian.hpp", "Throw.hpp"]
 

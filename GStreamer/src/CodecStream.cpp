@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "Player/Mem.hpp"
 #include "Player/String.hpp"
 #include "StreamDebug.hpp"
 
@@ -18,6 +19,24 @@ GstCaps* CurrentCaps(GstPad* aPad) {
     if (nullptr != lCaps) { gst_caps_ref(lCaps); }
     GST_OBJECT_UNLOCK(aPad);
     return lCaps;
+}
+
+void FreeBytes(gpointer aBytes) {
+    Player::Mem::Free(static_cast<Player::Byte*>(aBytes));
+}
+
+/// What the pad allocates for so many bytes, or null where a buffer of our own is as good.
+GstBuffer* AllocateFor(GstPad* aPad, gsize aSize, GstCaps* aCaps) {
+    GstBuffer* lBuffer = nullptr;
+    if (!gst_pad_is_linked(aPad) || GST_FLOW_OK != gst_pad_alloc_buffer(aPad, GST_BUFFER_OFFSET_NONE,
+                                                                        static_cast<gint>(aSize), aCaps, &lBuffer)) {
+        return nullptr;
+    }
+    if (nullptr != lBuffer && (GST_BUFFER_SIZE(lBuffer) != aSize || GstLeg::IsOrdinary(lBuffer))) {
+        gst_buffer_unref(lBuffer);
+        lBuffer = nullptr;
+    }
+    return lBuffer;
 }
 
 }  // namespace
@@ -57,24 +76,23 @@ void CodecStream::handle_push_result(GstFlowReturn aResult) {
                        gst_flow_get_name(aResult));
 }
 
-GstBuffer* CodecStream::make_buffer(const Player::Packet& aPacket) const {
+GstBuffer* CodecStream::make_buffer(Player::Packet& aPacket) const {
     guint8 lHeader = 0;
     const gsize lHeaderSize = header(aPacket, lHeader);
     const gsize lSize = lHeaderSize + aPacket.Size();
     GstCaps* const lCaps = CurrentCaps(pad());
-    GstBuffer* lBuffer = nullptr;
-    if (gst_pad_is_linked(pad())) {
-        const GstFlowReturn lResult =
-            gst_pad_alloc_buffer(pad(), GST_BUFFER_OFFSET_NONE, static_cast<gint>(lSize), lCaps, &lBuffer);
-        if (GST_FLOW_OK != lResult) { lBuffer = nullptr; }
+    GstBuffer* lBuffer = AllocateFor(pad(), lSize, lCaps);
+    // The packet's own bytes, unless somebody wants them elsewhere.
+    Player::Byte* const lBytes = nullptr == lBuffer && 0 == lHeaderSize ? aPacket.Detach() : nullptr;
+    if (nullptr != lBytes) {
+        lBuffer = GstLeg::NewBufferOwning(lBytes, lSize, FreeBytes);
+    } else {
+        if (nullptr == lBuffer) { lBuffer = gst_buffer_new_and_alloc(static_cast<guint>(lSize)); }
+        if (0 != lHeaderSize) { *GST_BUFFER_DATA(lBuffer) = lHeader; }
+        if (lSize != lHeaderSize) {
+            std::memcpy(GST_BUFFER_DATA(lBuffer) + lHeaderSize, aPacket.Begin(), lSize - lHeaderSize);
+        }
     }
-    if (nullptr != lBuffer && GST_BUFFER_SIZE(lBuffer) != lSize) {
-        gst_buffer_unref(lBuffer);
-        lBuffer = nullptr;
-    }
-    if (nullptr == lBuffer) { lBuffer = gst_buffer_new_and_alloc(static_cast<guint>(lSize)); }
-    if (0 != lHeaderSize) { *GST_BUFFER_DATA(lBuffer) = lHeader; }
-    if (0 != aPacket.Size()) { std::memcpy(GST_BUFFER_DATA(lBuffer) + lHeaderSize, aPacket.Begin(), aPacket.Size()); }
     if (nullptr != lCaps) {
         gst_buffer_set_caps(lBuffer, lCaps);
         gst_caps_unref(lCaps);

@@ -32,7 +32,8 @@ protected:
     virtual gsize header(const Player::Packet& /*aPacket*/, guint8& /*aByte*/) const { return 0; }
 
 private:
-    GstBuffer* make_buffer(const Player::Packet& aPacket) const;
+    /// Takes the packet's bytes where it can.
+    GstBuffer* make_buffer(Player::Packet& aPacket) const;
     void start_segment(GstBuffer* aBuffer);
     void handle_push_result(GstFlowReturn aResult);
 

@@ -112,4 +112,11 @@ void Buffer::Assign(const void* aData, UInt aSize) {
     mSize = aSize;
 }
 
+Byte* Buffer::Detach() {
+    Byte* const lData = mData;
+    mData = nullptr;
+    mSize = mCapacity = 0;
+    return lData;
+}
+
 }  // namespace Player

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "Player/Mem.hpp"
 #include "Support/HeapBlock.hpp"
 
 namespace Player {
@@ -261,6 +262,20 @@ TEST(Buffer, SizesBeyond32BitsAreRefusedBeforeAnythingChanges) {
 
     const Byte lByte = 0;
     EXPECT_THROW(Buffer(&lByte + 1, &lByte), std::length_error);
+}
+
+TEST(Buffer, GivesItsBytesAway) {
+    Buffer lBuffer = Bytes("abc");
+    const Byte* const lData = lBuffer.Begin();
+    Byte* const lGiven = lBuffer.Detach();
+    EXPECT_EQ(lData, lGiven);
+    EXPECT_EQ("abc", std::string(lGiven, lGiven + 3));
+    Mem::Free(lGiven);
+    EXPECT_TRUE(lBuffer.Empty());
+    EXPECT_EQ(0U, lBuffer.Capacity());
+    EXPECT_EQ(nullptr, lBuffer.Detach());
+    lBuffer.Append("xyz", 3);
+    EXPECT_EQ("xyz", Text(lBuffer)) << "and takes others";
 }
 
 }  // namespace

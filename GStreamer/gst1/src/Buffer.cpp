@@ -10,9 +10,4 @@ guint8* BufferData(GstBuffer* aBuffer) {
     return lData;
 }
 
-GstFlowReturn AllocBuffer(gint aSize, GstBuffer** aBuffer) {
-    *aBuffer = gst_buffer_new_and_alloc(static_cast<gsize>(aSize));
-    return nullptr == *aBuffer ? GST_FLOW_ERROR : GST_FLOW_OK;
-}
-
 }  // namespace Gst1

@@ -69,6 +69,9 @@ public:
     /// Replaces the contents. `aData` does not point into this buffer.
     void Assign(const void* aData, UInt aSize);
 
+    /// Gives the bytes away, to be freed with `Mem::Free`; the buffer is empty afterwards. Null when it has none.
+    Byte* Detach();
+
     /// Pointer to byte `aIdx`, checked against the capacity: reserved room may be written before a resize.
     Byte* operator+(UInt aIdx) {
         PLAYER_ASSERT(aIdx < mCapacity);

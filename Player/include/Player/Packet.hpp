@@ -21,6 +21,13 @@ public:
     /// Whether a consumer under load may drop it without harm to what follows.
     virtual bool IsDisposable() const { return false; }
 
+    /// Gives the payload away, as `Buffer::Detach` does: the packet is empty then. Null, and nothing changes, where the
+    /// payload is but a small part of the memory that it lies in.
+    Byte* Detach() {
+        const bool lIsMost = Begin() == mData.Begin() && mData.Capacity() - Size() <= Size();
+        return lIsMost ? mData.Detach() : nullptr;
+    }
+
     /// Seconds on the presentation's time line.
     Time PlayTime() const { return mPlayTime; }
     void SetPlayTime(const Time& aTime) { mPlayTime = aTime; }

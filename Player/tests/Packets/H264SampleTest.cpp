@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "Player/Mem.hpp"
+
 namespace Player::Packets {
 namespace {
 
@@ -109,6 +111,27 @@ TEST(H264SampleTest, IsDisposableWhenNoOtherPictureRefersToIt) {
         const Packet& lPacket = lSample;
         EXPECT_EQ(lRow.mIsDisposable, lPacket.IsDisposable()) << testing::PrintToString(lRow.mBytes);
     }
+}
+
+TEST(H264SampleTest, GivesItsBytesAway) {
+    H264Sample lSample{Time(0)};
+    lSample.Grow(30);
+    lSample.Append("abcdefghijklmnop", 16);
+    const Byte* const lBegin = lSample.Begin();
+    Byte* const lBytes = lSample.Detach();
+    EXPECT_EQ(lBegin, lBytes);
+    EXPECT_EQ('a', lBytes[0]);
+    Mem::Free(lBytes);
+    EXPECT_EQ(0U, lSample.Size());
+    EXPECT_EQ(nullptr, lSample.Detach());
+}
+
+TEST(H264SampleTest, KeepsItsBytesWhereTheyWouldHoldMuchMemory) {
+    H264Sample lSample{Time(0)};
+    lSample.Grow(33);
+    lSample.Append("abcdefghijklmnop", 16);
+    EXPECT_EQ(nullptr, lSample.Detach());
+    EXPECT_EQ(16U, lSample.Size());
 }
 
 }  // namespace

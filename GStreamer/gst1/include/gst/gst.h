@@ -8,6 +8,7 @@
 #include "gst1/Buffer.hpp"
 #include "gst1/Event.hpp"
 #include "gst1/Mutex.hpp"
+#include "gst1/OwningBuffer.hpp"
 #include "gst1/Pad.hpp"
 #include "gst1/Plugin.hpp"
 #include "gst1/Run.hpp"

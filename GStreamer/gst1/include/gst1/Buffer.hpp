@@ -8,9 +8,6 @@ namespace Gst1 {
 /// they are when the mapping ends.
 guint8* BufferData(GstBuffer* aBuffer);
 
-/// 1.x has no allocation by the peer in the push itself: ordinary memory.
-GstFlowReturn AllocBuffer(gint aSize, GstBuffer** aBuffer);
-
 }  // namespace Gst1
 
 #define GST_BUFFER_DATA(aBuffer) ::Gst1::BufferData(aBuffer)
@@ -19,4 +16,6 @@ GstFlowReturn AllocBuffer(gint aSize, GstBuffer** aBuffer);
 /// Caps travel as an event of the pad.
 #define gst_buffer_set_caps(aBuffer, aCaps) static_cast<void>(aCaps)
 
-#define gst_pad_alloc_buffer(aPad, aOffset, aSize, aCaps, aBuffer) ::Gst1::AllocBuffer(aSize, aBuffer)
+/// 1.x has no allocation by the peer in the push itself: the pad never gives a buffer.
+#define gst_pad_alloc_buffer(aPad, aOffset, aSize, aCaps, aBuffer) \
+    (static_cast<void>(aSize), static_cast<void>(aCaps), static_cast<void>(aBuffer), GST_FLOW_NOT_SUPPORTED)
