@@ -2,7 +2,7 @@
 // then counts packets in the simplest loop there is.
 //
 //     bare_client udp URL     one blocking recv per packet
-//     bare_client tcp URL     reads blocks of 64 KiB and finds the frames where they lie
+//     bare_client tcp URL     reads blocks of 256 KiB and finds the frames where they lie
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -48,10 +48,10 @@ void ReceiveDatagrams(int aSocket) {
 }
 
 void ReceiveFrames(int aControl) {
-    static unsigned char lData[65536 + 1504];
+    static unsigned char lData[262144 + 1504];
     std::size_t lHave = 0;
     for (;;) {
-        const ssize_t lSize = ::recv(aControl, lData + lHave, 65536, 0);
+        const ssize_t lSize = ::recv(aControl, lData + lHave, 262144, 0);
         if (lSize <= 0) { return; }
         lHave += static_cast<std::size_t>(lSize);
         std::size_t lAt = 0;

@@ -1,10 +1,13 @@
-// An RTSP server that sends one H.264 track at a given rate to whoever asks: packets of 1400 bytes, evenly
-// spread, for as long as the client stays. It does no more than the comparison needs.
+// An RTSP server that sends one H.264 track at a given rate to whoever asks: packets of 1400 bytes for as long as the
+// client stays. It does no more than the comparison needs.
 //
-//     blast_server CLIP.h264 MBIT_PER_S      prints its URL; ends when its standard input does
+//     blast_server CLIP.h264 MBIT_PER_S
 //
-// Each access unit is the clip's first picture (an IDR slice), filled up with cabac_zero_words to the size
-// that the rate asks for, in FU-A fragments.
+// Prints its URL, and for each line of its standard input how many packets it has sent; ends with its input.
+//
+// Each access unit is the clip's first picture (an IDR slice), filled up with cabac_zero_words to 22 packets, every
+// 30th to 100 packets, and sent in one go, as cameras do; the rate says how many units there are in a second. A unit
+// ends with the time at which its last packet was sent: 8 bytes of nanoseconds, host byte order, CLOCK_MONOTONIC.
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -14,6 +17,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -31,10 +35,14 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Clock = std::chrono::steady_clock;
 
-constexpr unsigned kUnitsPerSecond = 30;
 constexpr unsigned kPacketSize = 1400;
 constexpr unsigned kHeaderSize = 12;
 constexpr unsigned kFragmentHeader = 2;
+constexpr std::size_t kBody = kPacketSize - kHeaderSize - kFragmentHeader;
+constexpr unsigned kPackets = 22;
+constexpr unsigned kPacketsOfKey = 100;
+constexpr unsigned kUnitsPerKey = 30;
+constexpr double kPacketsPerUnit = (kPackets * (kUnitsPerKey - 1.0) + kPacketsOfKey) / kUnitsPerKey;
 constexpr std::uint32_t kSsrc = 0x1A2B3C4D;
 
 Bytes ReadFile(const char* aPath) {
@@ -84,16 +92,26 @@ struct Stream {
     Bytes mSps;
     Bytes mPps;
     Bytes mUnit;
+    Bytes mKeyUnit;
+    double mUnitsPerSecond;
 };
+
+std::atomic<std::uint64_t> gPackets{0};
+
+/// Of exactly so many packets; its header travels in those of the fragments.
+Bytes FilledUp(Bytes aUnit, unsigned aPackets) {
+    while (aUnit.size() < 1 + aPackets * kBody) {
+        aUnit.insert(aUnit.end(), {0, 0, 3});
+    }
+    aUnit.resize(1 + aPackets * kBody);
+    return aUnit;
+}
 
 Stream LoadStream(const char* aPath, double aMegabits) {
     const std::vector<Bytes> lUnits = SplitAnnexB(ReadFile(aPath));
-    Stream lStream{FirstOfType(lUnits, 7), FirstOfType(lUnits, 8), FirstOfType(lUnits, 5)};
-    const auto lSize = static_cast<std::size_t>(aMegabits * 1e6 / 8 / kUnitsPerSecond);
-    while (lStream.mUnit.size() < lSize) {
-        lStream.mUnit.insert(lStream.mUnit.end(), {0, 0, 3});
-    }
-    return lStream;
+    const Bytes lPicture = FirstOfType(lUnits, 5);
+    return {FirstOfType(lUnits, 7), FirstOfType(lUnits, 8), FilledUp(lPicture, kPackets),
+            FilledUp(lPicture, kPacketsOfKey), aMegabits * 1e6 / 8 / kPacketSize / kPacketsPerUnit};
 }
 
 /// Where media goes: a connected UDP socket, or frames on the RTSP connection.
@@ -102,6 +120,7 @@ public:
     Sender(int aSocket, bool aInterleaved) : mSocket(aSocket), mInterleaved(aInterleaved) {}
 
     void Send(const Bytes& aPacket) {
+        ++gPackets;
         if (!mInterleaved) {
             // A client that is gone makes this fail; the control connection tells.
             static_cast<void>(::send(mSocket, aPacket.data(), aPacket.size(), MSG_NOSIGNAL));
@@ -130,35 +149,40 @@ private:
     Bytes mHeld;
 };
 
+/// The bytes of a packet of the unit.
+Bytes Packet(const Bytes& aUnit, std::size_t aIdx, std::uint16_t aSeq, std::uint32_t aTime) {
+    const std::size_t lFrom = 1 + aIdx * kBody;
+    const bool lLast = aUnit.size() == lFrom + kBody;
+    Bytes lPacket = {0x80, static_cast<std::uint8_t>(lLast ? 0xE0 : 0x60), static_cast<std::uint8_t>(aSeq >> 8),
+                     static_cast<std::uint8_t>(aSeq)};
+    for (const std::uint32_t lWord : {aTime, kSsrc}) {
+        for (int lShift = 24; lShift >= 0; lShift -= 8) {
+            lPacket.push_back(static_cast<std::uint8_t>(lWord >> lShift));
+        }
+    }
+    lPacket.push_back(static_cast<std::uint8_t>((aUnit[0] & 0x60) | 28));
+    lPacket.push_back(static_cast<std::uint8_t>((0 == aIdx ? 0x80 : 0) | (lLast ? 0x40 : 0) | 5));
+    const auto lBegin = aUnit.begin() + static_cast<std::ptrdiff_t>(lFrom);
+    lPacket.insert(lPacket.end(), lBegin, lBegin + static_cast<std::ptrdiff_t>(kBody));
+    if (lLast) {
+        const std::int64_t lNow = Clock::now().time_since_epoch().count();
+        std::memcpy(lPacket.data() + lPacket.size() - sizeof(lNow), &lNow, sizeof(lNow));
+    }
+    return lPacket;
+}
+
 /// Sends until the client has another request or leaves: `aIsWanted` then tells.
 template <typename IsWanted>
 void Blast(const Stream& aStream, Sender aSender, std::uint16_t& aSeq, IsWanted aIsWanted) {
-    const std::size_t lBody = kPacketSize - kHeaderSize - kFragmentHeader;
-    const std::size_t lPackets = (aStream.mUnit.size() - 1 + lBody - 1) / lBody;
-    const auto lStep = std::chrono::nanoseconds(1000000000LL / kUnitsPerSecond / static_cast<long long>(lPackets));
-    Clock::time_point lDue = Clock::now();
-    for (std::uint32_t lUnit = 0;; ++lUnit) {
-        for (std::size_t i = 0; i < lPackets; ++i, ++aSeq, lDue += lStep) {
-            const bool lLast = lPackets - 1 == i;
-            const std::size_t lFrom = 1 + i * lBody;
-            const std::size_t lTo = std::min(lFrom + lBody, aStream.mUnit.size());
-            const std::uint32_t lTime = lUnit * (90000 / kUnitsPerSecond);
-            Bytes lPacket = {0x80, static_cast<std::uint8_t>(lLast ? 0xE0 : 0x60), static_cast<std::uint8_t>(aSeq >> 8),
-                             static_cast<std::uint8_t>(aSeq)};
-            for (const std::uint32_t lWord : {lTime, kSsrc}) {
-                for (int lShift = 24; lShift >= 0; lShift -= 8) {
-                    lPacket.push_back(static_cast<std::uint8_t>(lWord >> lShift));
-                }
-            }
-            lPacket.push_back(static_cast<std::uint8_t>((aStream.mUnit[0] & 0x60) | 28));
-            lPacket.push_back(static_cast<std::uint8_t>((0 == i ? 0x80 : 0) | (lLast ? 0x40 : 0) | 5));
-            lPacket.insert(lPacket.end(), aStream.mUnit.begin() + static_cast<std::ptrdiff_t>(lFrom),
-                           aStream.mUnit.begin() + static_cast<std::ptrdiff_t>(lTo));
-            aSender.Send(lPacket);
-            if (Clock::now() < lDue) {
-                if (!aSender.Flush() || !aIsWanted()) { return; }
-                std::this_thread::sleep_until(lDue);
-            }
+    const auto lStart = Clock::now();
+    for (std::uint64_t lIdx = 0;; ++lIdx) {
+        const double lSince = static_cast<double>(lIdx) / aStream.mUnitsPerSecond;
+        const auto lTime = static_cast<std::uint32_t>(static_cast<std::uint64_t>(lSince * 90000));
+        const Bytes& lUnit = 0 == lIdx % kUnitsPerKey ? aStream.mKeyUnit : aStream.mUnit;
+        std::this_thread::sleep_until(
+            lStart + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(lSince)));
+        for (std::size_t i = 0; i < (lUnit.size() - 1) / kBody; ++i) {
+            aSender.Send(Packet(lUnit, i, aSeq++, lTime));
         }
         if (!aSender.Flush() || !aIsWanted()) { return; }
     }
@@ -175,6 +199,12 @@ class Client {
 public:
     Client(int aControl, const Stream& aStream, const std::string& aURL)
         : mControl(aControl), mStream(aStream), mURL(aURL) {}
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+    ~Client() {
+        ::close(mMedia);
+        ::close(mControl);
+    }
 
     void Serve() {
         std::string lRequest;
@@ -281,7 +311,7 @@ int Listen(unsigned& aPort) {
     lAddress.sin_family = AF_INET;
     lAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t lSize = sizeof(lAddress);
-    if (0 != ::bind(lSocket, reinterpret_cast<sockaddr*>(&lAddress), lSize) || 0 != ::listen(lSocket, 4) ||
+    if (0 != ::bind(lSocket, reinterpret_cast<sockaddr*>(&lAddress), lSize) || 0 != ::listen(lSocket, 1024) ||
         0 != ::getsockname(lSocket, reinterpret_cast<sockaddr*>(&lAddress), &lSize)) {
         throw std::runtime_error("no port to listen on");
     }
@@ -307,13 +337,16 @@ int main(int aCount, char** aArgs) {
     pollfd lWait[] = {{STDIN_FILENO, POLLIN, 0}, {lListener, POLLIN, 0}};
     for (;;) {
         ::poll(lWait, 2, -1);
-        if (0 != lWait[0].revents) { return 0; }
+        if (0 != lWait[0].revents) {
+            char lLine[64];
+            if (::read(STDIN_FILENO, lLine, sizeof(lLine)) <= 0) { return 0; }
+            std::printf("%llu\n", static_cast<unsigned long long>(gPackets));
+            std::fflush(stdout);
+        }
+        if (0 == lWait[1].revents) { continue; }
         const int lControl = ::accept(lListener, nullptr, nullptr);
         const int lOn = 1;
         ::setsockopt(lControl, IPPROTO_TCP, TCP_NODELAY, &lOn, sizeof(lOn));
-        std::thread([lControl, &lStream, lURL] {
-            Client(lControl, lStream, lURL).Serve();
-            ::close(lControl);
-        }).detach();
+        std::thread([lControl, &lStream, lURL] { Client(lControl, lStream, lURL).Serve(); }).detach();
     }
 }

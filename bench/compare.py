@@ -1,19 +1,37 @@
 #!/usr/bin/env python3
-"""Compares what receiving costs: CPU time per packet and memory of whole processes, one after the other, against the
-same local server in one run. Absolute times depend on the machine; the ratios are what counts.
+"""Compares what receiving costs: CPU time per packet, loss and memory of whole processes in their steady state, against
+the same local server. The clients take turns, as many rounds as asked for; what is shown is the median of the rounds.
+Absolute times depend on the machine; the ratios within one run are what counts.
 
-    bench/compare.py [--build DIR] [--rates 8,40,100,400] [--seconds 5] [--plugin DIR]
+    bench/compare.py [--build DIR] [--rates 8,40,100,400] [--transports udp,tcp] [--seconds 4] [--rounds 3]
+                     [--clients NAME,...] [--add NAME=COMMAND...]
+
+{url}, {transport} and {build} in a command are replaced. OPENRTSP names the program openRTSP, which is left out
+otherwise.
 """
 import argparse
 import os
 import pathlib
+import shlex
+import shutil
+import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
-PACKET_PAYLOAD = 1386  # bytes of the access unit in a packet of 1400
-SETTLE = 2.0
+PACKET = 1400  # bytes
+WARM_UP = 4.5  # seconds: players gather 3 before they play
+
+CLIENTS = {
+    "bare loop": "{build}/bench/bare_client {transport} {url}",
+    "virertsp": "{build}/tools/virertsp/virertsp record {url} --output /dev/null --transport {transport}",
+    "virertspsrc": "gst-launch-1.0 -q --gst-plugin-path={build}/GStreamer/1.0 virertspsrc location={url} "
+                   "transports={transport} ! fakesink sync=false",
+    "rtspsrc": "gst-launch-1.0 -q rtspsrc location={url} protocols={transport} ! rtph264depay ! fakesink sync=false",
+    "ffmpeg": "ffmpeg -nostdin -v quiet -rtsp_transport {transport} -i {url} -c copy -f null -",
+    "openRTSP": os.environ.get("OPENRTSP", "openRTSP") + " -V -v -b 2000000 {interleaved} {url}",
+}
 
 
 def run_quietly(command):
@@ -32,6 +50,12 @@ class Server:
                                         stdout=subprocess.PIPE, text=True)
         self.url = self.process.stdout.readline().strip()
 
+    def packets(self):
+        """So many it has sent."""
+        self.process.stdin.write("\n")
+        self.process.stdin.flush()
+        return int(self.process.stdout.readline())
+
     def __enter__(self):
         return self
 
@@ -41,11 +65,15 @@ class Server:
 
 
 def cpu_seconds(pid):
-    """All threads of the process, in nanoseconds as the scheduler counts them."""
-    total = 0
-    for task in pathlib.Path(f"/proc/{pid}/task").iterdir():
-        total += int((task / "schedstat").read_text().split()[0])
-    return total / 1e9
+    """Of all threads of the process."""
+    return time.clock_gettime((~pid << 3) | 2)
+
+
+def dropped():
+    """Datagrams that found no room in the buffer of a socket, on the whole machine."""
+    names, values = (line.split() for line in pathlib.Path("/proc/net/snmp").read_text().splitlines()
+                     if line.startswith("Udp:"))
+    return int(values[names.index("RcvbufErrors")])
 
 
 def memory_kb(pid):
@@ -59,69 +87,74 @@ def threads(pid):
     return len(list(pathlib.Path(f"/proc/{pid}/task").iterdir()))
 
 
-def measure(command, seconds, environment=None):
-    """CPU seconds per second of play, private memory in KB, threads; None when the client did not last."""
+def measure(server, command, seconds, environment=None):
+    """CPU microseconds per packet that was not dropped, the share that was, from the start on, private memory in KB and
+    threads; None when the client did not last."""
+    start, lost = server.packets(), dropped()
     process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                stdin=subprocess.DEVNULL, env=environment)
     try:
-        time.sleep(SETTLE)
-        before, start = cpu_seconds(process.pid), time.monotonic()
+        time.sleep(WARM_UP)
+        before, warm, warm_lost = cpu_seconds(process.pid), server.packets(), dropped()
         time.sleep(seconds)
-        after, end = cpu_seconds(process.pid), time.monotonic()
-        result = (after - before) / (end - start), memory_kb(process.pid), threads(process.pid)
-        return result if process.poll() is None else None
-    except (FileNotFoundError, ProcessLookupError):
+        after, end, end_lost = cpu_seconds(process.pid), server.packets(), dropped()
+        received = end - warm - (end_lost - warm_lost)
+        if process.poll() is not None or received <= 0:
+            return None
+        return ((after - before) / received * 1e6, 100 * (end_lost - lost) / (end - start), memory_kb(process.pid),
+                threads(process.pid))
+    except (FileNotFoundError, ProcessLookupError, OSError):
         return None
     finally:
         process.kill()
         process.wait()
 
 
-def clients(build, url, tcp, plugin):
-    record = [build / "tools/virertsp/virertsp", "record", url, "--output", "/dev/null", "--config",
-              "RTSP:TargetRTPBuffer=0"]
-    transport = "tcp" if tcp else "udp"
-    yield "bare loop", [build / "bench/bare_client", transport, url], None
-    yield "virertsp", record + (["--tcp"] if tcp else []), None
-    if plugin and not tcp:
-        environment = dict(os.environ, GST_PLUGIN_PATH=str(plugin))
-        yield "virertspsrc", ["gst-launch-1.0", "-q", "virertspsrc", f"location={url}", "rtp-buffer-size=0", "!",
-                              "fakesink", "sync=false"], environment
-    yield "rtspsrc", ["gst-launch-1.0", "-q", "rtspsrc", f"location={url}", f"protocols={transport}", "!",
-                      "rtph264depay", "!", "fakesink", "sync=false"], None
-    yield "ffmpeg", ["ffmpeg", "-nostdin", "-rtsp_transport", transport, "-i", url, "-c", "copy", "-f", "null", "-"], None
+def filled(command, **values):
+    values["interleaved"] = "-t" if values["transport"] == "tcp" else ""
+    return shlex.split(command.format(**values))
 
 
-def compare(build, clip, rate, tcp, seconds, plugin):
-    print(f"\n{rate} Mbit/s over {'TCP' if tcp else 'UDP'}")
-    print(f"  {'':12} {'us/packet':>10} {'x bare':>8} {'private KB':>11} {'threads':>8}")
-    packets = rate * 1e6 / 8 / PACKET_PAYLOAD
+def compare(arguments, clients, clip, rate, transport):
+    print(f"\n{rate} Mbit/s over {transport.upper()}")
+    print(f"  {'':12} {'us/packet':>10} {'x bare':>8} {'lost %':>8} {'private KB':>11} {'threads':>8}")
+    runs = {name: [] for name in clients}
+    with Server(arguments.build, clip, rate) as server:
+        for _ in range(arguments.rounds):
+            for name, command in clients.items():
+                command = filled(command, url=server.url, transport=transport, build=arguments.build)
+                if shutil.which(command[0]):
+                    runs[name].append(measure(server, command, arguments.seconds))
     bare = None
-    with Server(build, clip, rate) as server:
-        for name, command, environment in clients(build, server.url, tcp, plugin):
-            result = measure(command, seconds, environment)
-            if result is None:
-                print(f"  {name:12} did not last")
-                continue
-            cost = result[0] / packets * 1e6
-            bare = bare or cost
-            print(f"  {name:12} {cost:10.2f} {cost / bare:8.2f} {result[1]:11} {result[2]:8}")
-            sys.stdout.flush()
+    for name, results in runs.items():
+        results = [result for result in results if result]
+        if not results:
+            print(f"  {name:12} did not last, or is not there")
+            continue
+        cost, lost, memory, count = (statistics.median(column) for column in zip(*results))
+        bare = bare or cost
+        print(f"  {name:12} {cost:10.2f} {cost / bare:8.2f} {lost:8.2f} {memory:11.0f} {count:8.0f}")
+    sys.stdout.flush()
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--build", type=pathlib.Path, default=pathlib.Path("build/release"))
     parser.add_argument("--rates", default="8,40,100,400")
-    parser.add_argument("--seconds", type=float, default=5)
-    parser.add_argument("--plugin", type=pathlib.Path, help="folder of the GStreamer plugin, to compare the element too")
+    parser.add_argument("--transports", default="udp,tcp")
+    parser.add_argument("--seconds", type=float, default=4)
+    parser.add_argument("--rounds", type=int, default=3)
+    parser.add_argument("--clients", default=",".join(CLIENTS))
+    parser.add_argument("--add", action="append", default=[], metavar="NAME=COMMAND")
     arguments = parser.parse_args()
+    clients = {name: CLIENTS[name] for name in arguments.clients.split(",")}
+    clients.update(addition.split("=", 1) for addition in arguments.add)
     with tempfile.TemporaryDirectory() as folder:
         clip = pathlib.Path(folder) / "picture.h264"
         make_clip(clip)
-        for tcp in (False, True):
+        for transport in arguments.transports.split(","):
             for rate in arguments.rates.split(","):
-                compare(arguments.build, clip, int(rate), tcp, arguments.seconds, arguments.plugin)
+                compare(arguments, clients, clip, float(rate), transport)
 
 
 if __name__ == "__main__":

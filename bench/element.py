@@ -13,9 +13,6 @@ import tempfile
 
 import compare
 
-FRAME_MS = 1000 / 30
-
-
 def environment(build, **more):
     return dict(os.environ, GST_PLUGIN_PATH=str(build / "GStreamer/1.0"), **more)
 
@@ -25,14 +22,13 @@ def pipeline(url, elements):
     return ["gst-launch-1.0", "-q"] + one * elements
 
 
-def many(build, url, elements, rate, seconds):
-    result = compare.measure(pipeline(url, elements), seconds, environment(build))
+def many(server, build, elements, seconds):
+    result = compare.measure(server, pipeline(server.url, elements), seconds, environment(build))
     if result is None:
         print(f"  {elements:8}  did not last")
         return
-    cpu, memory, threads = result
-    packets = rate * 1e6 / 8 / compare.PACKET_PAYLOAD
-    print(f"  {elements:8} {cpu / elements / packets * 1e6:10.2f} {memory / elements:15.0f} {threads / elements:18.2f}")
+    cost, lost, memory, threads = result
+    print(f"  {elements:8} {cost:10.2f} {lost:8.2f} {memory / elements:15.0f} {threads / elements:18.2f}")
 
 
 def milliseconds(line):
@@ -74,13 +70,13 @@ def main():
         compare.make_clip(clip)
         with compare.Server(arguments.build, clip, arguments.rate) as server:
             print(f"{arguments.rate} Mbit/s over UDP for each element, all in one process")
-            print(f"  {'elements':>8} {'us/packet':>10} {'private KB each':>15} {'threads each':>18}")
+            print(f"  {'elements':>8} {'us/packet':>10} {'lost %':>8} {'private KB each':>15} {'threads each':>18}")
             for elements in arguments.elements.split(","):
-                many(arguments.build, server.url, int(elements), arguments.rate, arguments.seconds)
+                many(server, arguments.build, int(elements), arguments.seconds)
             starts = [start(arguments.build, server.url) for _ in range(arguments.starts)]
             playing, buffer = (statistics.median(column) for column in zip(*starts))
             print(f"\nFrom the answer to PLAY, median of {arguments.starts}: PLAYING is asked for after {playing:.1f} ms, "
-                  f"the first buffer is in the sink after {buffer:.1f} ms; a frame takes {FRAME_MS:.1f} ms to arrive.")
+                  f"the first buffer is in the sink after {buffer:.1f} ms.")
 
 
 if __name__ == "__main__":
