@@ -103,6 +103,11 @@ unsigned int PlayerAccess::TakeIn(unsigned int aTrack) {
     return 0;
 }
 
+PlayerAccess::Arrival PlayerAccess::NextArrival(unsigned int aTrack) {
+    const Hold lPlayer(*this);
+    return {lPlayer->MediaDescriptor(aTrack), lPlayer->GetTrackReception(aTrack).mPacketsReceived};
+}
+
 void PlayerAccess::DropUnplayed() {
     for (const unsigned int lTrack : m_unplayed) {
         // What fails here fails for the played track as well, if that needs it, and is reported there.

@@ -52,6 +52,12 @@ public:
     /// Reads what has arrived and keeps it; never throws. `TakePacket` reports what fails here. Returns how many
     /// packets of the track have arrived since it was played or sought.
     unsigned int TakeIn(unsigned int aTrack);
+    /// What becomes readable when media of the track arrives, or -1, and how many of its packets have arrived.
+    struct Arrival {
+        int mDescriptor;
+        unsigned int mReceived;
+    };
+    Arrival NextArrival(unsigned int aTrack);
     /// A copy of the track's description, good without the lock.
     Player::Properties TrackInfo(unsigned int aTrack);
 

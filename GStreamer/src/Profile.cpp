@@ -8,6 +8,7 @@ namespace {
 class Classic : public Profile {
 public:
     bool plays_newer_formats() const override { return false; }
+    bool waits_for_media() const override { return false; }
     const char* formats() const override { return "H.264, MPEG-4 video and MPEG-4 audio (LATM)"; }
     GstMessageType failure() const override { return GST_MESSAGE_WARNING; }
     bool posts_refusals() const override { return false; }
@@ -16,6 +17,7 @@ public:
 class Modern : public Profile {
 public:
     bool plays_newer_formats() const override { return true; }
+    bool waits_for_media() const override { return true; }
     const char* formats() const override { return "H.264, MPEG-4 video, MPEG-4 audio (LATM and generic) and AMR"; }
     GstMessageType failure() const override { return GST_MESSAGE_ERROR; }
     bool posts_refusals() const override { return true; }

@@ -21,6 +21,8 @@ public:
 
     /// Whether tracks of a format that the element has not always played get a pad.
     virtual bool plays_newer_formats() const = 0;
+    /// Whether packets go out as they come. Otherwise a track that has none rests for an interval, whatever comes.
+    virtual bool waits_for_media() const = 0;
     /// The formats that get one, for people.
     virtual const char* formats() const = 0;
     /// The type of the message for a failure after which no media comes.

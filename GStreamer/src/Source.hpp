@@ -83,6 +83,7 @@ public:
 
     // From the streaming threads. (SourceReports.cpp)
     void stream_controller_status(StreamStatus aStatus, unsigned int aTrack) override;
+    bool stream_controller_waits() const override { return m_options.profile().waits_for_media(); }
     void stream_controller_exception(const Player::Exception& aException, unsigned int aTrack) override;
 
     /// The element lets go of others: no timer may find it any more.

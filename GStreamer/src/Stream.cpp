@@ -1,5 +1,6 @@
 #include "Stream.hpp"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,6 +22,20 @@ namespace {
 
 /// A track without data says so this often, in microseconds.
 constexpr int kNoDataReportInterval = 500000;
+
+/// What follows an arrival within so many microseconds is taken along with it: an access unit comes in a burst.
+constexpr int kGatherTime = 500;
+/// Between two waits that something ended which was not for this track.
+constexpr int kIdleTime = 5000;
+
+/// Whether something arrived, within an interval. The descriptor may have been closed since it was asked for, and
+/// even be another's by now: then this is a wait for nothing, once.
+bool AwaitArrival(int aDescriptor) {
+    pollfd lPoll{aDescriptor, POLLIN, 0};
+    if (poll(&lPoll, 1, kPollInterval / 1000) <= 0) { return false; }
+    usleep(kGatherTime);
+    return true;
+}
 
 }  // namespace
 
@@ -187,9 +202,25 @@ void Stream::rest() {
     }
 }
 
+int Stream::wait_or_rest() {
+    using std::chrono::steady_clock;
+    const auto lArrival =
+        m_controller->stream_controller_waits() ? m_player.NextArrival(m_track) : PlayerAccess::Arrival{-1, 0};
+    if (lArrival.mDescriptor < 0) {
+        rest();
+        return kPollInterval;
+    }
+    const auto lBegin = steady_clock::now();
+    // What brought nothing to this track may be there still, such as the end of a connection.
+    if (m_wasWoken && lArrival.mReceived == m_received) { usleep(kIdleTime); }
+    m_received = lArrival.mReceived;
+    m_wasWoken = AwaitArrival(lArrival.mDescriptor);
+    return static_cast<int>(
+        std::chrono::duration_cast<std::chrono::microseconds>(steady_clock::now() - lBegin).count());
+}
+
 void Stream::handle_no_packet() {
-    rest();
-    m_noDataTime += kPollInterval;
+    m_noDataTime += wait_or_rest();
     bool lEnded = false;
     bool lTimedOut = false;
     {

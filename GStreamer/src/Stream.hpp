@@ -82,6 +82,8 @@ private:
     bool process_guarded();
     void handle_got_packet();
     void rest();
+    /// Until there may be a packet, for an interval at most. In microseconds.
+    int wait_or_rest();
     void handle_no_packet();
     void take_rest_or_end(bool aTimedOut);
     void handle_end(bool aTimedOut);
@@ -102,6 +104,7 @@ private:
     std::atomic<bool> m_failureTold{false};
     Player::Pace m_pace;          ///< Of the looks at the sockets; the loop's own, as the next.
     unsigned int m_received = 0;  ///< Packets, at the last look.
+    bool m_wasWoken = false;      ///< Something ended the last wait.
     bool m_flushing = false;      ///< By who has the source's turn.
 };
 

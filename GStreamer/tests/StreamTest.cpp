@@ -1,7 +1,9 @@
 #include "Stream.hpp"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -43,6 +45,9 @@ public:
         mExceptions.emplace_back(aException.Code(), aTrack);
     }
 
+    bool stream_controller_waits() const override { return mWaits; }
+    void Wait() { mWaits = true; }
+
     /// Is called with each report, on its thread.
     void OnStatus(std::function<void(StreamStatus)> aAction) {
         const std::lock_guard<std::mutex> lLock(mMutex);
@@ -70,6 +75,7 @@ private:
     std::function<void(StreamStatus)> mOnStatus;
     std::vector<Report> mReports;
     std::vector<std::pair<Player::UInt, unsigned>> mExceptions;
+    bool mWaits = false;  ///< Set before the stream runs.
 };
 
 /// One stream on its own, for track 1 of what is described; its element is said to be PLAYING.
@@ -129,6 +135,70 @@ TEST_F(StreamAlone, ReportsMissingDataEveryHalfSecond) {
         EXPECT_LE(lReport.mTime - lBefore, std::chrono::milliseconds(1500));
         lBefore = lReport.mTime;
     }
+}
+
+namespace {
+
+/// A descriptor that is readable once something was written.
+class Pipe {
+public:
+    Pipe() { EXPECT_EQ(0, pipe(mEnds)); }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    ~Pipe() {
+        close(mEnds[0]);
+        close(mEnds[1]);
+    }
+    void Write() { EXPECT_EQ(1, write(mEnds[1], "x", 1)); }
+    int Descriptor() const { return mEnds[0]; }
+
+private:
+    int mEnds[2] = {-1, -1};
+};
+
+}  // namespace
+
+TEST_F(StreamAlone, ThatWaitsLooksAgainAsSoonAsSomethingArrives) {
+    Pipe lPipe;
+    mServer.AwaitWith(lPipe.Descriptor());
+    mController.Wait();
+    std::atomic<int> lLooks{0};
+    mServer.On("Produce", [&lLooks] { ++lLooks; });
+    MakeH264();
+    mStream->task_run();
+    ASSERT_TRUE(Eventually([this] { return 1 == mController.Count(kNoData); }));
+    EXPECT_LE(lLooks, 7) << "a look per interval, when nothing arrives";
+    lPipe.Write();  // and is never read
+    const int lBefore = lLooks;
+    ASSERT_TRUE(Eventually([this] { return 2 == mController.Count(kNoData); }));
+    EXPECT_GE(lLooks - lBefore, 12) << "in half a second";
+}
+
+TEST_F(StreamAlone, ThatDoesNotWaitRestsWhateverArrives) {
+    Pipe lPipe;
+    lPipe.Write();
+    mServer.AwaitWith(lPipe.Descriptor());
+    std::atomic<int> lLooks{0};
+    mServer.On("Produce", [&lLooks] { ++lLooks; });
+    MakeH264();
+    mStream->task_run();
+    ASSERT_TRUE(Eventually([this] { return 1 == mController.Count(kNoData); }));
+    EXPECT_LE(lLooks, 7);
+}
+
+TEST_F(StreamAlone, ThatWaitsDeliversAndEndsAsOthersDo) {
+    Pipe lPipe;
+    lPipe.Write();
+    mServer.AwaitWith(lPipe.Descriptor());
+    mController.Wait();
+    MakeH264();
+    mStream->task_run();
+    mServer.Push(1, 1500000000, "first");
+    ASSERT_TRUE(Sink().Await("buffer"));
+    mServer.Push(1, 1540000000, "second");
+    mServer.End(1, "Bye");
+    ASSERT_TRUE(Sink().Await("eos"));
+    EXPECT_EQ(2U, Sink().Count("buffer"));
 }
 
 TEST_F(StreamAlone, ReportsOkOnceWhenDataComesBack) {

@@ -111,6 +111,10 @@ SharedPtr<Packet, SharedObject> MediaPlayer::GetTrackPacket(TrackIdx aIdx) {
     return TrackHasPacket(aIdx) ? mTracks[aIdx]->Pop() : SharedPtr<Packet, SharedObject>();
 }
 
+SInt MediaPlayer::MediaDescriptor(TrackIdx aIdx) const {
+    return Has(aIdx) && Session() ? Session()->MediaDescriptor(aIdx) : -1;
+}
+
 Reception MediaPlayer::GetTrackReception(TrackIdx aIdx) const {
     return Has(aIdx) && Session() ? Session()->TrackReception(aIdx) : Reception();
 }

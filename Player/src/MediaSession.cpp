@@ -4,6 +4,10 @@ namespace Player {
 
 void MediaSession::TakeIn() {}
 
+SInt MediaSession::MediaDescriptor(UInt /*aTrack*/) const {
+    return -1;
+}
+
 Reception MediaSession::TrackReception(UInt /*aTrack*/) const {
     return Reception();
 }

@@ -65,6 +65,7 @@ public:
         const std::lock_guard<std::mutex> lLock(mServer.mMutex);
         return mServer.mReceptions[aTrack];
     }
+    Player::SInt MediaDescriptor(Player::UInt /*aTrack*/) const override { return mServer.mDescriptor; }
     void TakeIn() override {
         mServer.Enter("TakeIn", "");
         for (unsigned lTrack = 0; lTrack < mConsumers.size(); ++lTrack) {

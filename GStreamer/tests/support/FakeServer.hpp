@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -49,6 +50,9 @@ public:
     /// What the session says of a track's reception from now on.
     void Receive(unsigned aTrack, const Player::Reception& aReception);
 
+    /// What the session says that media can be awaited with, from now on.
+    void AwaitWith(int aDescriptor) { mDescriptor = aDescriptor; }
+
     /// Drops the media and the ends that were not taken.
     void Forget();
 
@@ -96,6 +100,7 @@ private:
     std::vector<std::string> mCalls;
     std::map<std::string, std::string> mConfiguration;
     unsigned mPlayersMade = 0;
+    std::atomic<int> mDescriptor{-1};
 };
 
 /// For `FakeServer::On`.

@@ -60,6 +60,8 @@ public:
     /// The track's next sample, reading from the network if its queue is empty; null when there is none.
     SharedPtr<Packet, SharedObject> GetTrackPacket(TrackIdx aIdx);
 
+    /// `MediaSession::MediaDescriptor`; -1 for a track that is not there.
+    SInt MediaDescriptor(TrackIdx aIdx) const;
     /// Figures of the track's reception; all zero for a track that is not there.
     Reception GetTrackReception(TrackIdx aIdx) const;
 

@@ -38,6 +38,9 @@ public:
     /// Reads what has arrived while playing and keeps it; delivers nothing. For an owner that will not ask for
     /// packets for a while: sockets hold little of a fast stream.
     virtual void TakeIn();
+    /// What becomes readable when media of the track arrives: an owner that has got no packet may wait for that rather
+    /// than ask again and again. -1 when waiting is of no use. The session may close it during any other operation.
+    virtual SInt MediaDescriptor(UInt aTrack) const;
     /// Figures for tools; all zero for a track that is not there.
     virtual Reception TrackReception(UInt aTrack) const;
 };

@@ -45,6 +45,7 @@ public:
     bool Fetch(UInt aTrack) override;
     bool Produce(UInt aTrack) override;
     void TakeIn() override;
+    SInt MediaDescriptor(UInt aTrack) const override;
     Reception TrackReception(UInt aTrack) const override;
 
     // What the transport of interleaved tracks asks of its session.

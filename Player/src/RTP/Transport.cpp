@@ -32,6 +32,10 @@ int Transport::GetChannelIndexByChannelIdentifier(int /*aChannel*/) const {
     return 0;
 }
 
+SInt Transport::TrackDescriptor(TrackIdx /*aIdx*/) const {
+    return -1;
+}
+
 UInt Transport::SetTrackReceiveBuffer(TrackIdx /*aIdx*/, UInt /*aBytes*/) {
     return 0;
 }

@@ -62,6 +62,8 @@ public:
     virtual bool Fetch() = 0;
     virtual bool Produce() = 0;
 
+    /// What becomes readable when a packet of the track arrives; -1 where the track has no such thing of its own.
+    virtual SInt TrackDescriptor(TrackIdx aIdx) const;
     /// Asks for a receive buffer of that many bytes; returns what the track gets, 0 where it has none of its own.
     virtual UInt SetTrackReceiveBuffer(TrackIdx aIdx, UInt aBytes);
     /// Whether the sender's system has refused a datagram: its port is closed.

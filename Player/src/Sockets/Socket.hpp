@@ -48,9 +48,10 @@ public:
     UInt RecvBufferSize() const;
     /// Sets the descriptor's status flags to `O_NONBLOCK` alone, or to none.
     SInt NonBlockingMode(bool aEnable);
+    /// For waiting; -1 when there is none.
+    SInt Descriptor() const { return mSocket; }
 
 protected:
-    SInt Descriptor() const { return mSocket; }
     /// Closes the descriptor; every operation fails until another is adopted.
     void Close();
     void Adopt(UInt aSocket) { mSocket = static_cast<SInt>(aSocket); }

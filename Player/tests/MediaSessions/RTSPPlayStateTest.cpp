@@ -1,3 +1,5 @@
+#include <poll.h>
+
 #include <cstdlib>
 
 #include "MediaSessions/SessionFixture.hpp"
@@ -411,6 +413,40 @@ TEST_F(RTSPPlayStateTest, TracksThatAreNotThereHaveNothing) {
     EXPECT_TRUE(TakesPacket(kVideo));
     lExpectNothing();
     EXPECT_THAT(States(), ElementsAre("WaitData", "Buffering", "Playing"));
+}
+
+namespace {
+
+bool IsReadable(SInt aDescriptor) {
+    pollfd lPoll{aDescriptor, POLLIN, 0};
+    return 1 == poll(&lPoll, 1, 0);
+}
+
+}  // namespace
+
+TEST_F(RTSPPlayStateTest, SaysWhatAPacketCanBeAwaitedWith) {
+    Serve(StartDialogue() + "> PAUSE clip 5\n< 200 5\n");
+    EXPECT_EQ(-1, mPlayer.MediaDescriptor(kVideo)) << "nothing plays";
+    Play();
+    const SInt lVideo = mPlayer.MediaDescriptor(kVideo);
+    ASSERT_NE(-1, lVideo);
+    EXPECT_NE(lVideo, mPlayer.MediaDescriptor(kAudio)) << "each track has a socket of its own";
+    EXPECT_EQ(-1, mPlayer.MediaDescriptor(2)) << "there is no such track";
+    EXPECT_FALSE(IsReadable(lVideo));
+
+    Send(kVideo, 1, 0);
+    EXPECT_TRUE(IsReadable(lVideo));
+    EXPECT_FALSE(TakesPacket(kVideo)) << "it is buffered";
+    EXPECT_EQ(lVideo, mPlayer.MediaDescriptor(kVideo)) << "more is needed";
+    EXPECT_FALSE(IsReadable(lVideo));
+
+    Send(kVideo, 2, 4 * kTicks[kVideo]);
+    EXPECT_TRUE(TakesPacket(kVideo));
+    EXPECT_EQ(-1, mPlayer.MediaDescriptor(kVideo)) << "the second packet is here already";
+    EXPECT_TRUE(TakesPacket(kVideo));
+    EXPECT_EQ(lVideo, mPlayer.MediaDescriptor(kVideo));
+    mPlayer.Pause();
+    EXPECT_EQ(-1, mPlayer.MediaDescriptor(kVideo));
 }
 
 TEST_F(RTSPPlayStateTest, FiguresTellHowATrackIsReceived) {

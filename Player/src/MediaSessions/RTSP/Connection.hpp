@@ -28,6 +28,8 @@ public:
     /// Where the socket was connected to: the server, or the proxy.
     const Address& ServerAddress() const { return mServerAddress; }
     bool IsOpen() const { return nullptr != mSocket.Ptr(); }
+    /// Readable when something has arrived; -1 when it is not open.
+    SInt Descriptor() const { return IsOpen() ? mSocket->Descriptor() : -1; }
 
     /// Whether the next connections, lost ones that are opened again included, go within TLS.
     void SetSecure(bool aIsSecure) { mIsSecure = aIsSecure; }

@@ -41,6 +41,7 @@ public:
     void SetTrackRemoteIP(TrackIdx aIdx, const String& aIP) override;
     void SetTrackRemotePorts(TrackIdx aIdx, const String& aPorts) override;
     void Preflight() override;
+    SInt TrackDescriptor(TrackIdx aIdx) const override { return At(aIdx).mRTPSocket.Descriptor(); }
     UInt SetTrackReceiveBuffer(TrackIdx aIdx, UInt aBytes) override;
     /// From the first call on the system is asked to keep what it learns.
     bool IsRefused() override;
