@@ -13,6 +13,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -327,6 +328,11 @@ int main(int aCount, char** aArgs) {
         std::fprintf(stderr, "usage: blast_server CLIP.h264 MBIT_PER_S\n");
         return 2;
     }
+    // Each client takes two descriptors.
+    rlimit lLimit{};
+    ::getrlimit(RLIMIT_NOFILE, &lLimit);
+    lLimit.rlim_cur = lLimit.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &lLimit);
     const Stream lStream = LoadStream(aArgs[1], std::strtod(aArgs[2], nullptr));
     unsigned lPort = 0;
     const int lListener = Listen(lPort);

@@ -28,8 +28,8 @@ void FreeBytes(gpointer aBytes) {
 /// What the pad allocates for so many bytes, or null where a buffer of our own is as good.
 GstBuffer* AllocateFor(GstPad* aPad, gsize aSize, GstCaps* aCaps) {
     GstBuffer* lBuffer = nullptr;
-    if (!gst_pad_is_linked(aPad) || GST_FLOW_OK != gst_pad_alloc_buffer(aPad, GST_BUFFER_OFFSET_NONE,
-                                                                        static_cast<gint>(aSize), aCaps, &lBuffer)) {
+    if (!gst_pad_is_linked(aPad) ||
+        GST_FLOW_OK != gst_pad_alloc_buffer(aPad, GST_BUFFER_OFFSET_NONE, static_cast<gint>(aSize), aCaps, &lBuffer)) {
         return nullptr;
     }
     if (nullptr != lBuffer && (GST_BUFFER_SIZE(lBuffer) != aSize || GstLeg::IsOrdinary(lBuffer))) {
