@@ -44,6 +44,7 @@ constexpr unsigned kPackets = 22;
 constexpr unsigned kPacketsOfKey = 100;
 constexpr unsigned kUnitsPerKey = 30;
 constexpr double kPacketsPerUnit = (kPackets * (kUnitsPerKey - 1.0) + kPacketsOfKey) / kUnitsPerKey;
+constexpr std::chrono::milliseconds kPatience(20);
 constexpr std::uint32_t kSsrc = 0x1A2B3C4D;
 
 Bytes ReadFile(const char* aPath) {
@@ -180,8 +181,12 @@ void Blast(const Stream& aStream, Sender aSender, std::uint16_t& aSeq, IsWanted 
         const double lSince = static_cast<double>(lIdx) / aStream.mUnitsPerSecond;
         const auto lTime = static_cast<std::uint32_t>(static_cast<std::uint64_t>(lSince * 90000));
         const Bytes& lUnit = 0 == lIdx % kUnitsPerKey ? aStream.mKeyUnit : aStream.mUnit;
-        std::this_thread::sleep_until(
-            lStart + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(lSince)));
+        const auto lDue = lStart + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(lSince));
+        // Between units that come seldom requests are answered all the same.
+        for (; lDue - Clock::now() > kPatience; std::this_thread::sleep_for(kPatience)) {
+            if (!aIsWanted()) { return; }
+        }
+        std::this_thread::sleep_until(lDue);
         for (std::size_t i = 0; i < (lUnit.size() - 1) / kBody; ++i) {
             aSender.Send(Packet(lUnit, i, aSeq++, lTime));
         }
