@@ -15,10 +15,7 @@ namespace {
 constexpr SInt kLocalSize = 1024;
 
 std::string Trimmed(const std::string& aText, std::size_t aBegin, std::size_t aEnd, const char* aTrim) {
-    const std::string lPiece = aText.substr(aBegin, aEnd - aBegin);
-    const std::size_t lFirst = lPiece.find_first_not_of(aTrim);
-    if (std::string::npos == lFirst) { return std::string(); }
-    return lPiece.substr(lFirst, lPiece.find_last_not_of(aTrim) - lFirst + 1);
+    return Player::Trimmed(aText.substr(aBegin, aEnd - aBegin), aTrim);
 }
 
 /// Position of the separator at or after `aFrom`, or the end of the text.
@@ -42,6 +39,12 @@ SInt FormatAlone(Char* aDst, std::size_t aSize, const Char* aFmt, ...) {
 }
 
 }  // namespace
+
+std::string Trimmed(const std::string& aText, const char* aTrim) {
+    const std::size_t lFirst = aText.find_first_not_of(aTrim);
+    if (std::string::npos == lFirst) { return std::string(); }
+    return aText.substr(lFirst, aText.find_last_not_of(aTrim) - lFirst + 1);
+}
 
 void Split(const std::string& aText, char aSep, std::vector<std::string>& aOut, const char* aTrim) {
     for (std::size_t lBegin = 0; lBegin < aText.size();) {

@@ -25,6 +25,14 @@ std::map<std::string, std::string> MapText(const std::string& aText) {
     return lOut;
 }
 
+TEST(Trimmed, KeepsWhatIsBetweenTheEnds) {
+    EXPECT_EQ("a b", Trimmed(" \t\ra b\n "));
+    EXPECT_EQ("a", Trimmed("a"));
+    EXPECT_EQ("", Trimmed(" \t"));
+    EXPECT_EQ("", Trimmed(""));
+    EXPECT_EQ(" a ", Trimmed("-- a -", "-"));
+}
+
 TEST(Split, Pieces) {
     EXPECT_THAT(SplitText(""), IsEmpty());
     EXPECT_THAT(SplitText(" x "), ElementsAre("x"));

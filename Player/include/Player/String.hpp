@@ -11,6 +11,9 @@ namespace Player {
 /// The white space that the library trims around list elements, keys and values.
 inline constexpr const char* kTrim = " \t\n\r";
 
+/// Without the characters of `aTrim` at both ends.
+std::string Trimmed(const std::string& aText, const char* aTrim = kTrim);
+
 /// Appends the pieces of `aText` between separators to `aOut`, each trimmed of the characters in `aTrim`.
 /// Empty pieces count, but a trailing separator adds none: "a, b,,c," gives "a", "b", "", "c".
 void Split(const std::string& aText, char aSep, std::vector<std::string>& aOut, const char* aTrim = kTrim);

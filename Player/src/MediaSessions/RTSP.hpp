@@ -96,6 +96,8 @@ private:
     std::string OtherURL(TrackIdx aIdx, UInt aStatus) const;
     /// After a refusal; false when there is no other URL to try, or that is refused, too.
     bool SetUpElsewhere(TrackIdx aIdx);
+    /// Where another URL is left to try, no answer is a refusal.
+    bool RecvSetupOrSilence(TrackIdx aIdx, Severity aRefused);
     bool RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused = Severity::Error);
     bool RecvPlay(UInt aCSeq, bool aSwitching);
     /// Sends all set-ups and the PLAY before it waits for any answer.

@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <set>
@@ -40,11 +41,6 @@ std::string Known(const std::string& aName, const char* const (&aKnown)[Count]) 
 bool IsPlayable(const std::string& aEncoding) {
     return std::any_of(std::begin(kEncodings), std::end(kEncodings),
                        [&](const char* aOne) { return 0 == strcasecmp(aOne, aEncoding.c_str()); });
-}
-
-std::string Trimmed(const std::string& aText) {
-    const std::size_t lBegin = aText.find_first_not_of(kBlanks);
-    return kNone == lBegin ? std::string() : aText.substr(lBegin, aText.find_last_not_of(kBlanks) - lBegin + 1);
 }
 
 /// The first word, and what follows it.
@@ -161,6 +157,11 @@ public:
         std::swap(mWords[kFirstFormat], *Chosen());
     }
 
+    /// Whether media go there from the client, as a camera with a loudspeaker wants them.
+    bool IsBackChannel() const {
+        return std::any_of(mBegin, mEnd, [](const std::string& aLine) { return "a=sendonly" == Trimmed(aLine); });
+    }
+
     void Write(std::string& aText) const {
         std::string lLine = "m=";
         for (const std::string& lWord : mWords) {
@@ -216,10 +217,16 @@ std::string NormalizedSDP(const std::string& aText) {
     for (Line lIt = lLines.begin(); lIt != lMedium; ++lIt) {
         WriteLine(lText, Written(*lIt));
     }
+    std::vector<Medium> lMedia;
     while (lMedium != lLines.end()) {
         const Line lNext = std::find_if(lMedium + 1, lLines.end(), IsMedium);
-        Medium(lMedium, lNext).Write(lText);
+        lMedia.emplace_back(lMedium, lNext);
         lMedium = lNext;
+    }
+    // Where all are, it is the server that says so of itself.
+    const bool lAllAre = std::all_of(lMedia.begin(), lMedia.end(), std::mem_fn(&Medium::IsBackChannel));
+    for (const Medium& lOne : lMedia) {
+        if (lAllAre || !lOne.IsBackChannel()) { lOne.Write(lText); }
     }
     return lText;
 }

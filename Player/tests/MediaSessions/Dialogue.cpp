@@ -19,12 +19,13 @@ Words Pieces(const std::string& aText, char aSep) {
 }
 
 std::string URLOf(const std::string& aPath) {
-    return "rtsp://127.0.0.1:{port}/" + aPath;
+    return std::string::npos == aPath.find("://") ? "rtsp://127.0.0.1:{port}/" + aPath : aPath;
 }
 
 std::string ReasonOf(const std::string& aStatus) {
     static const std::map<std::string, std::string> kReasons = {
         {"200", "OK"},
+        {"302", "Found"},
         {"404", "Not Found"},
         {"454", "Session Not Found"},
         {"459", "Aggregate Operation Not Allowed"},

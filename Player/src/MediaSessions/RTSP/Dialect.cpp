@@ -21,8 +21,8 @@ constexpr char kDefaultPort[] = "554";
 constexpr char kDefaultSecurePort[] = "322";
 constexpr char kSecure[] = "rtsps";
 
-/// What servers say to a URL that they do not know.
-constexpr UInt kWrongURL[] = {0x400, 0x404, 0x451, 0x455, 0x503};
+/// What servers say to a URL that they do not know; nothing, if they are not prepared for that.
+constexpr UInt kWrongURL[] = {0, 0x400, 0x404, 0x451, 0x455, 0x503};
 constexpr UInt kRedirections[] = {0x301, 0x302, 0x303, 0x307, 0x308};
 
 template <std::size_t Count>
@@ -72,7 +72,9 @@ bool Modern::IsSecure(const std::string& aURL) const {
 }
 
 void Modern::Prepare(Buffer& aSDP) const {
-    const std::string lText = NormalizedSDP(std::string(aSDP.Begin(), aSDP.End()));
+    std::string lText = NormalizedSDP(std::string(aSDP.Begin(), aSDP.End()));
+    // Some cameras describe nothing but their tracks.
+    if (0 == lText.compare(0, 2, "m=")) { lText.insert(0, "v=0\r\n"); }
     aSDP.Assign(reinterpret_cast<const Byte*>(lText.data()), static_cast<UInt>(lText.size()));
 }
 

@@ -69,12 +69,18 @@ public:
     virtual bool KeepsAlive() const = 0;
     /// What is received first behind a resume is numbered on by so much from the last before.
     virtual UInt StepOverPause() const = 0;
+    /// Whether interleaved media that come before the answer to the first PLAY belong to it.
+    virtual bool KeepsEarlyMedia() const = 0;
     /// The longest interleaved frame; one that is longer ends the process.
     virtual UInt LargestFrame() const = 0;
     /// Whether bytes that are neither frame nor line are stepped over.
     virtual bool Resynchronizes() const = 0;
     /// Whether a response without a number may be the one that is awaited.
     virtual bool TakesUnnumbered() const = 0;
+    /// Whether headers may go on in further lines, and blanks around names and values do not count.
+    virtual bool UnfoldsHeaders() const = 0;
+    /// Whether the sender of media is who the server says it is; otherwise it is whoever sends first.
+    virtual bool TrustsSSRC() const = 0;
 };
 
 /// The letter of the dialogue that this client has always spoken.
@@ -108,9 +114,12 @@ public:
     bool IsRedirection(UInt /*aStatus*/) const override { return false; }
     bool KeepsAlive() const override { return false; }
     UInt StepOverPause() const override { return 0; }
+    bool KeepsEarlyMedia() const override { return false; }
     UInt LargestFrame() const override { return 1500; }
     bool Resynchronizes() const override { return false; }
     bool TakesUnnumbered() const override { return false; }
+    bool UnfoldsHeaders() const override { return false; }
+    bool TrustsSSRC() const override { return true; }
 };
 
 /// What makes today's servers play.
@@ -135,9 +144,13 @@ public:
     bool IsRedirection(UInt aStatus) const override;
     bool KeepsAlive() const override { return true; }
     UInt StepOverPause() const override { return 1; }
+    bool KeepsEarlyMedia() const override { return true; }
     UInt LargestFrame() const override { return 65535; }
     bool Resynchronizes() const override { return true; }
     bool TakesUnnumbered() const override { return true; }
+    bool UnfoldsHeaders() const override { return true; }
+    /// Cameras name one that they do not use, or write it in decimal digits.
+    bool TrustsSSRC() const override { return false; }
 };
 
 }  // namespace Player::MediaSessions

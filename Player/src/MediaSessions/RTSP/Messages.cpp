@@ -21,6 +21,9 @@ constexpr char kBlanks[] = " \t\n\v\f\r";
 constexpr std::size_t kMostHeaders = 16384;
 
 constexpr char kGotResponse[] = "Got RTSP response: %03x %s";
+/// While an answer is awaited: a key frame of a high-resolution camera, and more.
+constexpr std::size_t kMostFramesHeld = 16384;
+constexpr std::size_t kMostBytesHeld = 16 << 20;
 /// Headers that ask who the client is, of one message.
 constexpr std::size_t kMostChallenges = 16;
 
@@ -174,19 +177,33 @@ std::string Messages::NextLine() {
 }
 
 void Messages::RecvHeaders(Headers& aHeaders) {
+    const bool lIsLoose = mConnection.Speaks().UnfoldsHeaders();
     std::string lLine;
-    while (mConnection.ReadLn(lLine) && !lLine.empty()) {
+    while (ReadHeader(lLine)) {
         if (kMostHeaders == aHeaders.size()) {
             mConnection.SetOutOfStep();
             PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvHeaders(): %s: %s", "Invalid message",
                          "Too many headers");
         }
         const std::size_t lColon = lLine.find(':');
-        std::string& lValue = aHeaders[lLine.substr(0, lColon)];
+        const std::string lName = lIsLoose ? Trimmed(lLine.substr(0, lColon)) : lLine.substr(0, lColon);
         const std::size_t lBegin = std::string::npos == lColon ? lColon : lLine.find_first_not_of(' ', lColon + 1);
-        lValue = std::string::npos == lBegin ? std::string() : lLine.substr(lBegin);
-        KeepChallenge(lLine.substr(0, lColon), lValue);
+        const std::string lValue = std::string::npos == lBegin ? std::string() : lLine.substr(lBegin);
+        std::string& lKept = aHeaders[lName];
+        lKept = lIsLoose ? Trimmed(lValue) : lValue;
+        KeepChallenge(lName, lKept);
     }
+}
+
+bool Messages::ReadHeader(std::string& aLine) {
+    if (!mConnection.ReadLn(aLine) || aLine.empty()) { return false; }
+    char lCh = 0;
+    while (mConnection.Speaks().UnfoldsHeaders() && mConnection.PeekCh(lCh, 0) && (' ' == lCh || '\t' == lCh)) {
+        std::string lMore;
+        mConnection.ReadLn(lMore);
+        aLine += lMore;
+    }
+    return true;
 }
 
 void Messages::KeepChallenge(const std::string& aName, const std::string& aValue) {
@@ -308,6 +325,28 @@ void Messages::HandleRequest(const std::string& aRequestLine) {
     mConnection.Flush();
 }
 
+void Messages::TakeFrame(Byte aChannel, Byte* aData, UInt aSize) {
+    if (!mHoldsFrames) {
+        mFrameReceiver->HandlePacketData(aChannel, aData, static_cast<unsigned short>(aSize));
+    } else if (mFramesHeld.size() < kMostFramesHeld && mBytesHeld + aSize <= kMostBytesHeld) {
+        mFramesHeld.emplace_back(aChannel, Buffer(aData, aSize));
+        mBytesHeld += aSize;
+    }
+}
+
+Messages::HoldingFrames::~HoldingFrames() {
+    mMessages.mHoldsFrames = false;
+    mMessages.mFramesHeld.clear();
+    mMessages.mBytesHeld = 0;
+}
+
+void Messages::HoldingFrames::Release() {
+    mMessages.mHoldsFrames = false;
+    for (auto& [lChannel, lFrame] : std::exchange(mMessages.mFramesHeld, {})) {
+        mMessages.TakeFrame(lChannel, lFrame.Begin(), lFrame.Size());
+    }
+}
+
 bool Messages::HandleInterleavedData(bool aBlocking) {
     bool lDelivered = false;
     char lCh = 0;
@@ -324,8 +363,7 @@ bool Messages::HandleInterleavedData(bool aBlocking) {
             if (!aBlocking && !mConnection.Have(lSize + kFrameHeaderSize)) { break; }
             lFrame = mConnection.Take(lSize + kFrameHeaderSize);
             if (nullptr != lFrame && nullptr != mFrameReceiver) {
-                mFrameReceiver->HandlePacketData(lHeader[1], lFrame + kFrameHeaderSize,
-                                                 static_cast<unsigned short>(lSize));
+                TakeFrame(lHeader[1], lFrame + kFrameHeaderSize, lSize);
                 lDelivered = true;
             }
             mConnection.SkipLineEnds();

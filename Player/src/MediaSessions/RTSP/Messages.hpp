@@ -50,6 +50,19 @@ public:
         Messages& mMessages;
         MediaHandler* mBefore;
     };
+    /// Frames that come meanwhile wait until they are released, or are dropped: what the answer to come says of the
+    /// media counts for them.
+    class HoldingFrames {
+    public:
+        HoldingFrames(Messages& aMessages, bool aHolds) : mMessages(aMessages) { mMessages.mHoldsFrames = aHolds; }
+        HoldingFrames(const HoldingFrames&) = delete;
+        HoldingFrames& operator=(const HoldingFrames&) = delete;
+        ~HoldingFrames();
+        void Release();
+
+    private:
+        Messages& mMessages;
+    };
     void NotifySent(const std::string& aMethod, const std::string& aURL) const;
 
     /// Before a request of ours is written: leaves a connection that the server has closed, or on which
@@ -75,6 +88,8 @@ public:
     /// 0 when the connection ended before a response came.
     UInt StatusCode() const { return mStatusCode; }
     const std::string& StatusText() const { return mStatusText; }
+    /// The last request gets no response.
+    void SetUnanswered() { mStatusCode = 0; }
     /// What the last response asks to be answered: the values of its headers WWW-Authenticate, or
     /// Proxy-Authenticate, which may come more than once.
     const std::vector<std::string>& Challenges() const { return mChallenges; }
@@ -85,6 +100,8 @@ public:
 private:
     bool AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused);
     void RecvHeaders(Headers& aHeaders);
+    /// False behind the last header.
+    bool ReadHeader(std::string& aLine);
     void KeepChallenge(const std::string& aName, const std::string& aValue);
     /// The next line that is not empty, with the frames before it delivered; empty at the end of the data.
     std::string NextLine();
@@ -103,6 +120,7 @@ private:
     void HandleRequest(const std::string& aRequestLine);
     /// Answers the request that comes next. One that is not whole is waited for if allowed, else it stays.
     bool AnswerRequest(bool aMayWait);
+    void TakeFrame(Byte aChannel, Byte* aData, UInt aSize);
     /// Delivers the frames that come next. Blocking, an incomplete one is waited for; otherwise it stays for
     /// the next call. True when any was delivered.
     bool HandleInterleavedData(bool aBlocking);
@@ -115,6 +133,10 @@ private:
     UInt mStatusCode = 0;
     std::string mStatusText;
     std::vector<std::string> mChallenges;
+    bool mHoldsFrames = false;
+    /// Channel and payload.
+    std::vector<std::pair<Byte, Buffer>> mFramesHeld;
+    std::size_t mBytesHeld = 0;
     /// Bytes skipped.
     UInt mGarbage = 0;
     /// Numbers of requests whose responses are not awaited.

@@ -18,6 +18,8 @@ constexpr UInt kMostRedirections = 5;
 
 /// "404 Not Found"
 constexpr UInt kUnknownURL = 0x404;
+/// What a request has for a status that got no answer.
+constexpr UInt kUnanswered = 0;
 
 }  // namespace
 
@@ -165,8 +167,10 @@ void RTSP::DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching) {
     if (!mServer.mPipelined) { mTransport->Preflight(); }
     SendPlay(aFrom, aSwitching);
     if (aSwitching) { return FinishSwitch(aHandler, aFrom); }
+    Messages::HoldingFrames lEarly(mMessages, Speaks().KeepsEarlyMedia());
     if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "PLAY failed"); }
     StartPlaying(aHandler);
+    lEarly.Release();
 }
 
 void RTSP::CreateTransport() {
@@ -205,12 +209,24 @@ bool RTSP::SetUpTracks() {
         const Severity lRefused =
             CanFallOver() || !OtherURL(lIdx, kUnknownURL).empty() ? Severity::Info : Severity::Error;
         SendSetup(lIdx);
-        if (mServer.mPipelined || RecvSetup(mCSeq, lIdx, lRefused) || SetUpElsewhere(lIdx)) { continue; }
+        if (mServer.mPipelined || RecvSetupOrSilence(lIdx, lRefused) || SetUpElsewhere(lIdx)) { continue; }
         if (CanFallOver() && IsAboutTransport(mMessages.StatusCode())) { return false; }
         if (Severity::Error != lRefused) { mMessages.ReportRefusal(Severity::Error); }
         ThrowRefused("DoPlay", "SETUP failed");
     }
     return true;
+}
+
+bool RTSP::RecvSetupOrSilence(TrackIdx aIdx, Severity aRefused) {
+    try {
+        return RecvSetup(mCSeq, aIdx, aRefused);
+    } catch (const NetworkErr&) {
+        // Some servers fall silent, or fall over, at a URL that they do not know.
+        if (OtherURL(aIdx, kUnanswered).empty()) { throw; }
+        DoConnectionReset();
+        mMessages.SetUnanswered();
+        return false;
+    }
 }
 
 std::string RTSP::OtherURL(TrackIdx aIdx, UInt aStatus) const {
@@ -230,7 +246,12 @@ bool RTSP::SetUpElsewhere(TrackIdx aIdx) {
 
 bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused) {
     Headers lHeaders;
-    if (!Receive(lHeaders, aCSeq, aRefused)) { return false; }
+    if (!Receive(lHeaders, aCSeq, aRefused)) {
+        // Another try must not be lost with the connection.
+        const bool lIsTriedAgain = Severity::Error != aRefused || CanFallOver();
+        if (lIsTriedAgain && ClosesConnection(lHeaders)) { DoConnectionReset(); }
+        return false;
+    }
     if (mSessionId.empty()) {
         if (0 == lHeaders.count("Session")) {
             PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvSetup(): %s: %s", "Invalid SETUP response",
@@ -238,6 +259,7 @@ bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused) {
         }
         const std::string& lSession = lHeaders["Session"];
         mSessionId = lSession.substr(0, lSession.find(';'));
+        if (Speaks().UnfoldsHeaders()) { mSessionId = Trimmed(mSessionId); }
     }
     if (0 != lHeaders.count("Transport")) { HandleTrackVars(aIdx, lHeaders["Transport"]); }
     ++mTracksSetUp;

@@ -94,11 +94,6 @@ std::string ResolvePath(const Parts& aBase, const std::string& aReference) {
            (lReference.mQuery.empty() ? aBase.mQuery : lReference.mQuery);
 }
 
-std::string Trimmed(const std::string& aText) {
-    const std::size_t lBegin = aText.find_first_not_of(kTrim);
-    return kNone == lBegin ? std::string() : aText.substr(lBegin, aText.find_last_not_of(kTrim) - lBegin + 1);
-}
-
 /// What is no encoding stays as it is.
 std::string PercentDecoded(const std::string& aText) {
     std::string lText;

@@ -60,6 +60,19 @@ TEST(DialectTest, RTPInfoIsMatchedByNameOrByPath) {
     EXPECT_EQ("/clip/video", Modern().KeyOf("rtsp://h:554/clip/video", "id"));
 }
 
+TEST(DialectTest, DescriptionsWithoutAVersion) {
+    const std::string lTrack = "m=video 0 RTP/AVP 96\r\n";
+    const auto lPrepared = [](const Dialect& aDialect, const std::string& aText) {
+        Buffer lText(reinterpret_cast<const Byte*>(aText.data()), static_cast<UInt>(aText.size()));
+        aDialect.Prepare(lText);
+        return std::string(lText.Begin(), lText.End());
+    };
+    EXPECT_EQ(lTrack, lPrepared(Classic(), lTrack));
+    EXPECT_EQ("v=0\r\n" + lTrack, lPrepared(Modern(), lTrack));
+    EXPECT_EQ("s=x\r\n" + lTrack, lPrepared(Modern(), "s=x\r\n" + lTrack)) << "of that nothing is known";
+    EXPECT_EQ("", lPrepared(Modern(), ""));
+}
+
 TEST(DialectTest, HostsBehindUserInformation) {
     EXPECT_EQ("@h", Classic().Address("me:secret@h:1", false).first);
     EXPECT_EQ("h", Modern().Address("me:secret@h:1", false).first);
