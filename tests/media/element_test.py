@@ -92,6 +92,47 @@ class LaunchTest(unittest.TestCase):
             self.assertIn(text, output)
 
 
+class ServersTest(unittest.TestCase):
+    """What servers ask for before they play, in a pipeline."""
+
+    def assert_units(self, served, source, tracks=1):
+        """Each track has the NAL units of the clip."""
+        clip = media.clip(1)
+        with tempfile.TemporaryDirectory() as folder:
+            files = [pathlib.Path(folder) / f"track{track}" for track in range(tracks)]
+            with media.server("--file", str(clip), *served) as url:
+                element.Tools("1.0").launch(
+                    f"virertspsrc name=source location={url} rtp-buffer-size=0 {source} " +
+                    " ".join(f"source.src{track} ! queue ! filesink location={file}"
+                             for track, file in enumerate(files)))
+            for file in files:
+                self.assertEqual(media.units_of_mp4(clip), media.length_units(file.read_bytes()), file.name)
+
+    def test_basic(self):
+        self.assert_units(["--user", "me:secret", "--basic"], "user-id=me user-pw=secret")
+
+    def test_digest(self):
+        self.assert_units(["--user", "me:secret"], "user-id=me user-pw=secret profile=modern")
+
+    def test_tcp_only(self):
+        self.assert_units(["--tcp-only"], "transports=tcp")
+
+    def test_tcp_where_udp_is_refused(self):
+        self.assert_units(["--tcp-only"], "profile=modern")
+
+    def test_two_videos(self):
+        self.assert_units(["--twice"], "profile=modern", tracks=2)
+
+    def test_a_wrong_password(self):
+        with media.server("--file", str(media.clip(1)), "--user", "me:secret") as url:
+            status, _, errors = element.Tools("1.0").try_launch(
+                f"virertspsrc location={url} user-id=me user-pw=other profile=modern ! fakesink",
+                "--gst-debug-level=1", "--gst-debug-no-color")
+        self.assertNotEqual(0, status)
+        self.assertIn("401 Unauthorized", errors)
+        self.assertNotIn("other", errors)
+
+
 class OldLaunchTest(unittest.TestCase):
     """gst-launch-0.10"""
 

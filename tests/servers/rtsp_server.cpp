@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -23,6 +24,8 @@ struct Options {
     gboolean mShared = FALSE;
     gchar* mUser = nullptr;
     gboolean mBasic = FALSE;
+    gchar* mCertificate = nullptr;
+    gboolean mTwice = FALSE;
 };
 
 [[noreturn]] void Fail(const std::string& aText) {
@@ -45,6 +48,9 @@ void Parse(int aCount, char** aTexts, Options& aOptions) {
         {"shared", 0, 0, G_OPTION_ARG_NONE, &aOptions.mShared, "All clients see one and the same play", nullptr},
         {"user", 0, 0, G_OPTION_ARG_STRING, &aOptions.mUser, "Ask for a name and password, by Digest", "NAME:PASSWORD"},
         {"basic", 0, 0, G_OPTION_ARG_NONE, &aOptions.mBasic, "Ask by Basic instead", nullptr},
+        {"certificate", 0, 0, G_OPTION_ARG_FILENAME, &aOptions.mCertificate,
+         "Speak TLS; a certificate with its key, in PEM", "FILE"},
+        {"twice", 0, 0, G_OPTION_ARG_NONE, &aOptions.mTwice, "Serve --file as two tracks", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     GOptionContext* const lContext = g_option_context_new("- serve one presentation over RTSP");
@@ -64,31 +70,54 @@ std::string LaunchForFile(const Options& aOptions) {
     const std::string lSource = std::string("( filesrc location=\"") + lQuoted + "\" ! " +
                                 (lIsMP4 ? "qtdemux name=demux demux.video_0" : "h264parse config-interval=0");
     g_free(lQuoted);
-    return lSource + " ! rtph264pay name=pay0 pt=96 config-interval=0 mtu=" + std::to_string(aOptions.mMTU) +
-           " aggregate-mode=" + (nullptr == aOptions.mAggregate ? "none" : aOptions.mAggregate) + " )";
+    const auto lPayloader = [&](const char* aNumber) {
+        return std::string(" ! rtph264pay name=pay") + aNumber +
+               " pt=96 config-interval=0 mtu=" + std::to_string(aOptions.mMTU) +
+               " aggregate-mode=" + (nullptr == aOptions.mAggregate ? "none" : aOptions.mAggregate);
+    };
+    if (!aOptions.mTwice) { return lSource + lPayloader("0") + " )"; }
+    return lSource + " ! tee name=both both. ! queue" + lPayloader("0") + " both. ! queue" + lPayloader("1") + " )";
 }
 
 constexpr char kRole[] = "viewer";
 
 /// Lets in whoever knows the name and the password.
-void AskForUser(GstRTSPServer* aServer, const Options& aOptions) {
+void AskForUser(GstRTSPAuth* aAuth, GstRTSPToken* aToken, const Options& aOptions) {
     gchar** const lParts = g_strsplit(aOptions.mUser, ":", 2);
     if (2 != g_strv_length(lParts)) { Fail("--user is NAME:PASSWORD"); }
-    GstRTSPAuth* const lAuth = gst_rtsp_auth_new();
-    GstRTSPToken* const lToken = gst_rtsp_token_new(GST_RTSP_TOKEN_MEDIA_FACTORY_ROLE, G_TYPE_STRING, kRole, nullptr);
     if (aOptions.mBasic) {
-        gst_rtsp_auth_set_supported_methods(lAuth, GST_RTSP_AUTH_BASIC);
+        gst_rtsp_auth_set_supported_methods(aAuth, GST_RTSP_AUTH_BASIC);
         gchar* const lBasic = gst_rtsp_auth_make_basic(lParts[0], lParts[1]);
-        gst_rtsp_auth_add_basic(lAuth, lBasic, lToken);
+        gst_rtsp_auth_add_basic(aAuth, lBasic, aToken);
         g_free(lBasic);
     } else {
-        gst_rtsp_auth_set_supported_methods(lAuth, GST_RTSP_AUTH_DIGEST);
-        gst_rtsp_auth_add_digest(lAuth, lParts[0], lParts[1], lToken);
+        gst_rtsp_auth_set_supported_methods(aAuth, GST_RTSP_AUTH_DIGEST);
+        gst_rtsp_auth_add_digest(aAuth, lParts[0], lParts[1], aToken);
+    }
+    g_strfreev(lParts);
+}
+
+void SpeakTLS(GstRTSPAuth* aAuth, const Options& aOptions) {
+    GError* lError = nullptr;
+    GTlsCertificate* const lCertificate = g_tls_certificate_new_from_file(aOptions.mCertificate, &lError);
+    if (nullptr == lCertificate) { Fail(lError->message); }
+    gst_rtsp_auth_set_tls_certificate(aAuth, lCertificate);
+    g_object_unref(lCertificate);
+}
+
+/// Who may come in, and how.
+void Guard(GstRTSPServer* aServer, const Options& aOptions) {
+    GstRTSPAuth* const lAuth = gst_rtsp_auth_new();
+    GstRTSPToken* const lToken = gst_rtsp_token_new(GST_RTSP_TOKEN_MEDIA_FACTORY_ROLE, G_TYPE_STRING, kRole, nullptr);
+    if (nullptr != aOptions.mCertificate) { SpeakTLS(lAuth, aOptions); }
+    if (nullptr != aOptions.mUser) {
+        AskForUser(lAuth, lToken, aOptions);
+    } else {
+        gst_rtsp_auth_set_default_token(lAuth, lToken);
     }
     gst_rtsp_token_unref(lToken);
     gst_rtsp_server_set_auth(aServer, lAuth);
     g_object_unref(lAuth);
-    g_strfreev(lParts);
 }
 
 GstRTSPMediaFactory* MakeFactory(const Options& aOptions) {
@@ -96,7 +125,7 @@ GstRTSPMediaFactory* MakeFactory(const Options& aOptions) {
     const std::string lLaunch = nullptr != aOptions.mLaunch ? aOptions.mLaunch : LaunchForFile(aOptions);
     gst_rtsp_media_factory_set_launch(lFactory, lLaunch.c_str());
     gst_rtsp_media_factory_set_shared(lFactory, aOptions.mShared);
-    if (nullptr != aOptions.mUser) {
+    if (nullptr != aOptions.mUser || nullptr != aOptions.mCertificate) {
         gst_rtsp_media_factory_add_role(lFactory, kRole, GST_RTSP_PERM_MEDIA_FACTORY_ACCESS, G_TYPE_BOOLEAN, TRUE,
                                         GST_RTSP_PERM_MEDIA_FACTORY_CONSTRUCT, G_TYPE_BOOLEAN, TRUE, nullptr);
     }
@@ -135,10 +164,12 @@ int main(int argc, char** argv) {
     GstRTSPMountPoints* const lMounts = gst_rtsp_server_get_mount_points(lServer);
     gst_rtsp_mount_points_add_factory(lMounts, lPath, MakeFactory(lOptions));
     g_object_unref(lMounts);
-    if (nullptr != lOptions.mUser) { AskForUser(lServer, lOptions); }
+    if (nullptr != lOptions.mUser || nullptr != lOptions.mCertificate) { Guard(lServer, lOptions); }
     if (0 == gst_rtsp_server_attach(lServer, nullptr)) { Fail("can't listen on this address and port"); }
 
-    std::printf("rtsp://%s:%d%s\n", lAddress, gst_rtsp_server_get_bound_port(lServer), lPath);
+    const bool lIsIPv6 = nullptr != std::strchr(lAddress, ':');
+    std::printf("%s://%s%s%s:%d%s\n", nullptr == lOptions.mCertificate ? "rtsp" : "rtsps", lIsIPv6 ? "[" : "", lAddress,
+                lIsIPv6 ? "]" : "", gst_rtsp_server_get_bound_port(lServer), lPath);
     std::fflush(stdout);
 
     g_unix_signal_add(SIGTERM, Quit, lLoop);
