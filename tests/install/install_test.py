@@ -3,6 +3,7 @@
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -80,6 +81,43 @@ class InstallTest(unittest.TestCase):
         source.write_text("#include <Player/Player.hpp>\n#include <cstdio>\nint main(int, char** aArgs) {\ntry {\n" + body +
                           "\n} catch (const Player::Exception& lException) { std::puts(lException.Message()); }\n}\n")
         self.build_by_pkg_config(self.install("first"), source)
+
+
+@unittest.skipUnless(os.environ["PLUGIN"], "GStreamer 1.0 is not there")
+class PluginTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def inspect(self, **environment):
+        for name in ("GST_PLUGIN_PATH", "GST_PLUGIN_SYSTEM_PATH"):
+            environment.setdefault(name, "")
+        environment = dict(os.environ, GST_REGISTRY=str(self.folder / "registry.bin"), **environment)
+        return run("gst-inspect-1.0", "virertspsrc", env=environment)
+
+    def test_in_usr(self):
+        """It lies where GStreamer looks."""
+        build = self.folder / "build"
+        run("cmake", "-S", str(SOURCE), "-B", str(build), "-DCMAKE_INSTALL_PREFIX=/usr", "-DBUILD_TESTING=OFF",
+            "-DVIRE_GST_LEGS=1.0", f"-DCMAKE_CXX_COMPILER={os.environ['CXX']}")
+        # What is built already need not be built again to see where it goes.
+        plugin = pathlib.Path(os.environ["PLUGIN"])
+        (build / "GStreamer/1.0").mkdir(exist_ok=True)
+        shutil.copy(plugin, build / "GStreamer/1.0")
+        stage = self.folder / "stage"
+        run("cmake", "--install", str(build), "--component", "element-1.0", env=dict(os.environ, DESTDIR=str(stage)))
+        looked_in = run("pkg-config", "--variable=pluginsdir", "gstreamer-1.0").strip()
+        self.assertEqual([stage / looked_in.lstrip("/") / plugin.name],
+                         [path for path in stage.rglob("*") if path.is_file()])
+        self.assertIn("VireRtspSrc", self.inspect(GST_PLUGIN_SYSTEM_PATH=f"{stage}/{looked_in}"))
+
+    def test_elsewhere(self):
+        """The documentation's setting finds it."""
+        prefix = self.folder / "prefix"
+        run("cmake", "--install", os.environ["BUILD"], "--prefix", str(prefix), "--component", "element-1.0")
+        documented = re.search(r"`GST_PLUGIN_PATH=PREFIX(/[^`]*)`", (SOURCE / "docs/element.md").read_text()).group(1)
+        self.assertIn("VireRtspSrc", self.inspect(GST_PLUGIN_PATH=f"{prefix}{documented}"))
 
 
 if __name__ == "__main__":
