@@ -65,7 +65,8 @@ pad() {
 contact_sheet() {
     pictures=$(find "$out/pictures" -name '*.png' | wc -l)
     [ "$pictures" -gt 0 ] || { echo "no picture was decoded" && return; }
-    ffmpeg -v error -y -framerate 2 -i "$out/pictures/%03d.png" -vf "tile=5x$(((pictures + 4) / 5))" -frames:v 1 \
+    rows=$((pictures < 5 ? 1 : pictures / 5))
+    ffmpeg -v error -y -framerate 2 -i "$out/pictures/%03d.png" -vf "tile=5x$rows:padding=8:color=white" -frames:v 1 \
         "$out/sheet.png"
     echo "contact sheet: $PWD/$out/sheet.png ($pictures pictures, two of each second)"
 }
