@@ -1,8 +1,8 @@
 # vire_headers_alone(TARGET DIR...): an object library with one source per header below the folders,
 # which includes that header first and alone. TARGET's include folders apply.
-# Once is enough: what a header lacks it lacks on every machine, and with sanitizers as without.
+# Once is enough: what a header lacks it lacks on every machine, and with sanitizers as without. Users need it never.
 function(vire_headers_alone aTarget)
-    if(VIRE_SANITIZE OR CMAKE_CROSSCOMPILING)
+    if(VIRE_SANITIZE OR CMAKE_CROSSCOMPILING OR NOT BUILD_TESTING)
         return()
     endif()
     set(lSources)
