@@ -57,15 +57,26 @@ bool CodecStream::task_process() {
     const auto lPacket = player().TakePacket(track());
     if (!lPacket) { return false; }
     GstBuffer* const lBuffer = make_buffer(*lPacket);
-    const long long lPlayTime = lPacket->PlayTime().NanoSeconds();
-    GST_BUFFER_TIMESTAMP(lBuffer) = lPlayTime > 0 ? static_cast<GstClockTime>(lPlayTime) : 0;
+    const bool lNewSegment = take_new_segment();
+    const gint64 lPlayTime = time_of(lPacket->PlayTime().NanoSeconds(), lNewSegment);
+    const GstClockTime lTimestamp = lPlayTime > 0 ? static_cast<GstClockTime>(lPlayTime) : 0;
+    GST_BUFFER_TIMESTAMP(lBuffer) = lTimestamp;
     GST_BUFFER_DURATION(lBuffer) = GST_CLOCK_TIME_NONE;
     GST_BUFFER_OFFSET(lBuffer) = next_offset();
     GST_BUFFER_OFFSET_END(lBuffer) = GST_BUFFER_OFFSET(lBuffer);
-    if (take_new_segment()) { start_segment(lBuffer); }
+    const bool lElsewhere = take_resumed() && is_far(lTimestamp);
+    m_lastTimestamp = lTimestamp;
+    if (lNewSegment || lElsewhere) { start_segment(lBuffer); }
     count_access_unit();
     handle_push_result(gst_pad_push(pad(), lBuffer));
     return true;
+}
+
+/// Servers go on about where they were paused. Those that do not have gone elsewhere: what was pushed before says
+/// nothing of when this is due.
+bool CodecStream::is_far(GstClockTime aTimestamp) const {
+    constexpr GstClockTime kFar = 1 * GST_SECOND;
+    return aTimestamp > m_lastTimestamp + kFar || aTimestamp + kFar < m_lastTimestamp;
 }
 
 void CodecStream::handle_push_result(GstFlowReturn aResult) {
@@ -102,9 +113,10 @@ GstBuffer* CodecStream::make_buffer(Player::Packet& aPacket) const {
 
 void CodecStream::start_segment(GstBuffer* aBuffer) {
     const GstClockTime lStart = GST_BUFFER_TIMESTAMP(aBuffer);
-    const Segment lSegment = segment_from(lStart);
-    gst_pad_push_event(pad(), gst_event_new_new_segment(FALSE, 1.0, GST_FORMAT_TIME, static_cast<gint64>(lStart),
-                                                        lSegment.mStop, lSegment.mPosition));
+    Segment lSegment = segment_from(lStart);
+    if (profile().positions_are_of_media()) { lSegment.mPosition = static_cast<gint64>(lStart); }
+    push_segment(gst_event_new_new_segment(FALSE, 1.0, GST_FORMAT_TIME, static_cast<gint64>(lStart), lSegment.mStop,
+                                           lSegment.mPosition));
     GST_BUFFER_FLAG_SET(aBuffer, GST_BUFFER_FLAG_DISCONT);
 }
 

@@ -28,6 +28,8 @@ protected:
     virtual guint64 next_offset() = 0;
     /// `aStart`: the timestamp of the segment's first buffer.
     virtual Segment segment_from(GstClockTime aStart) const = 0;
+    /// When a packet with that play time is due, in ns. `aAnew`: what came before it was of another time.
+    virtual gint64 time_of(gint64 aPlayTime, bool /*aAnew*/) { return aPlayTime; }
     /// How many bytes, `aByte` or none, a buffer has before those of its packet.
     virtual gsize header(const Player::Packet& /*aPacket*/, guint8& /*aByte*/) const { return 0; }
 
@@ -35,9 +37,11 @@ private:
     /// Takes the packet's bytes where it can.
     GstBuffer* make_buffer(Player::Packet& aPacket) const;
     void start_segment(GstBuffer* aBuffer);
+    bool is_far(GstClockTime aTimestamp) const;
     void handle_push_result(GstFlowReturn aResult);
 
-    bool m_refusalLogged = false;  ///< Once for the pad; the streaming thread's own.
+    GstClockTime m_lastTimestamp = 0;  ///< Of the buffer pushed last; the streaming thread's own, as the next.
+    bool m_refusalLogged = false;      ///< Once for the pad; the streaming thread's own.
 };
 
 /// A new buffer with a copy of the bytes.

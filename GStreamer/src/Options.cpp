@@ -136,6 +136,12 @@ std::string Options::set(guint aId, const GValue* aValue) {
     return OptionOf(aId).mText(aValue);
 }
 
+std::string Options::text(guint aId) const {
+    if (!has(aId)) { return std::string(); }
+    const Lock lLock(m_mutex);
+    return OptionOf(aId).mText(&m_values[aId - kProfile]);
+}
+
 void Options::get(guint aId, GValue* aValue) const {
     if (!has(aId)) { return; }
     const Lock lLock(m_mutex);

@@ -30,6 +30,8 @@ public:
     /// Returns the value for the library.
     std::string set(guint aId, const GValue* aValue);
     void get(guint aId, GValue* aValue) const;
+    /// The same as `set` gave back; empty for one at its default.
+    std::string text(guint aId) const;
 
     const Profile& profile() const { return *m_profile; }
 

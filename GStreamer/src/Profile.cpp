@@ -12,6 +12,11 @@ public:
     const char* formats() const override { return "H.264, MPEG-4 video and MPEG-4 audio (LATM)"; }
     GstMessageType failure() const override { return GST_MESSAGE_WARNING; }
     bool posts_refusals() const override { return false; }
+    bool pauses_in_place() const override { return false; }
+    bool heeds_events() const override { return false; }
+    bool keeps_settings() const override { return false; }
+    bool positions_are_of_media() const override { return false; }
+    bool prints_notes() const override { return true; }
 };
 
 class Modern : public Profile {
@@ -21,6 +26,11 @@ public:
     const char* formats() const override { return "H.264, MPEG-4 video, MPEG-4 audio (LATM and generic) and AMR"; }
     GstMessageType failure() const override { return GST_MESSAGE_ERROR; }
     bool posts_refusals() const override { return true; }
+    bool pauses_in_place() const override { return true; }
+    bool heeds_events() const override { return true; }
+    bool keeps_settings() const override { return true; }
+    bool positions_are_of_media() const override { return true; }
+    bool prints_notes() const override { return false; }
 };
 
 }  // namespace

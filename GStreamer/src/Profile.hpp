@@ -29,6 +29,18 @@ public:
     virtual GstMessageType failure() const = 0;
     /// Whether a start that is refused before the server is asked is posted on the bus as well.
     virtual bool posts_refusals() const = 0;
+    /// Whether a pause leaves what is downstream where it is, so that the media goes on as if there had been none, and
+    /// has nothing to preroll with. Otherwise it flushes, and sinks that preroll wait for ever.
+    virtual bool pauses_in_place() const = 0;
+    /// Whether seeks and ends of stream are done as GStreamer's rules have it, wherever they come from, or refused.
+    /// Otherwise seeks are done that are sent to the element, whatever they say, and nothing else.
+    virtual bool heeds_events() const = 0;
+    /// Whether a player that takes the place of a worn-out one is given the settings, and the time-outs count.
+    virtual bool keeps_settings() const = 0;
+    /// Whether each stream's position is that of its media. Otherwise visual's is the pipeline's.
+    virtual bool positions_are_of_media() const = 0;
+    /// Whether notes for developers go to standard output as well as to the log.
+    virtual bool prints_notes() const = 0;
 };
 
 }  // namespace nsGstVireRtspSrc

@@ -6,7 +6,7 @@ namespace nsGstVireRtspSrc {
 
 bool Requests::any() const {
     const Lock lLock(m_mutex);
-    return m_location || m_seek || nullptr != m_pauseCheck;
+    return m_location || m_seek || m_end || nullptr != m_pauseCheck;
 }
 
 void Requests::ask_location(const std::function<bool()>& aStore) {
@@ -27,15 +27,30 @@ bool Requests::take_location() {
     return std::exchange(m_location, false);
 }
 
-void Requests::ask_seek(gint64 aPosition) {
+void Requests::ask_seek(gint64 aPosition, guint32 aSeqnum) {
     const Lock lLock(m_mutex);
+    if (0 != aSeqnum && aSeqnum == m_seqnum) { return; }
     m_seek = true;
     m_position = aPosition;
+    m_seqnum = aSeqnum;
 }
 
-bool Requests::take_seek(gint64& aPosition) {
+void Requests::ask_end(guint32 aSeqnum) {
+    const Lock lLock(m_mutex);
+    m_end = true;
+    m_endSeqnum = aSeqnum;
+}
+
+bool Requests::take_end(guint32& aSeqnum) {
+    const Lock lLock(m_mutex);
+    aSeqnum = m_endSeqnum;
+    return std::exchange(m_end, false);
+}
+
+bool Requests::take_seek(gint64& aPosition, guint32& aSeqnum) {
     const Lock lLock(m_mutex);
     aPosition = m_position;
+    aSeqnum = m_seqnum;
     return std::exchange(m_seek, false);
 }
 

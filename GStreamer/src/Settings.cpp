@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "Player/Keys.hpp"
+
 namespace nsGstVireRtspSrc {
 
 namespace {
@@ -56,6 +58,11 @@ gchar*& Settings::value(ConfigParamKey aKey) {
 
 const char* Settings::library_key(ConfigParamKey aKey) {
     return has(aKey) ? kLibraryKeys[aKey] : nullptr;
+}
+
+const char* Settings::session_key(ConfigParamKey aKey) {
+    if (kTimeoutRtspAfter == aKey) { return Player::Setting::kTimeOutAfter; }
+    return kTimeoutRtpAfter == aKey ? Player::Setting::kTimeOutRTPAfter : nullptr;
 }
 
 const gchar* Settings::get(ConfigParamKey aKey) const {

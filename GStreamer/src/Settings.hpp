@@ -21,6 +21,8 @@ public:
     static bool has(ConfigParamKey aKey) { return kLocation <= aKey && aKey < kNetworkAvailable; }
     /// Under which key the library knows the setting; null for the location.
     static const char* library_key(ConfigParamKey aKey);
+    /// Under which key a session looks for a time-out; null for others.
+    static const char* session_key(ConfigParamKey aKey);
 
     /// The text, for those who cannot be given a copy: good as long as this object lives, also when the key is set
     /// again. Null when unset and for other keys.

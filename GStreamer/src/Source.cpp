@@ -3,6 +3,7 @@
 #include "Debug.hpp"
 #include "ElementState.hpp"
 #include "LibraryReporter.hpp"
+#include "Player/String.hpp"
 
 #define GST_CAT_DEFAULT SourceCategory()
 
@@ -46,15 +47,52 @@ void Source::set_config_param(ConfigParamKey aKey, const char* aValue) {
         heed_requests();
     } else if (Settings::has(aKey)) {
         m_settings.set(aKey, aValue);
-        guarded("Setting up", [this, aKey, aValue] {
-            m_player.SetConfigParam(Settings::library_key(aKey), nullptr == aValue ? "" : aValue);
-        });
+        give(Settings::library_key(aKey), nullptr == aValue ? "" : aValue);
+        if (m_options.profile().keeps_settings()) { give_time_outs(); }
     }
+}
+
+/// Bins, and pipelines, send an end of stream to the elements that call themselves sources.
+void Source::change_profile() {
+    give_time_outs();
+    constexpr guint kSource = GST_ELEMENT_IS_SOURCE;
+    GST_OBJECT_LOCK(m_element);
+    guint lFlags = GST_OBJECT_FLAGS(m_element) & ~kSource;
+    if (m_options.profile().heeds_events()) { lFlags |= kSource; }
+    GST_OBJECT_FLAGS(m_element) = lFlags;
+    GST_OBJECT_UNLOCK(m_element);
+}
+
+void Source::give(const char* aKey, const std::string& aText) {
+    guarded("Setting up", [&] { m_player.SetConfigParam(aKey, aText); });
+}
+
+void Source::give_time_outs() {
+    const bool lFollow = m_options.profile().keeps_settings();
+    for (const ConfigParamKey lKey : {kTimeoutRtspAfter, kTimeoutRtpAfter}) {
+        const std::string lText = m_settings.text(lKey);
+        // None at all would end everything at once; the library does not take it.
+        const bool lGood = lFollow && 0 != Player::DecimalToUInt(lText);
+        give(Settings::session_key(lKey), lGood ? lText : "");
+    }
+}
+
+void Source::give_settings() {
+    for (int lKey = kUseProxy; lKey < kNetworkAvailable; ++lKey) {
+        const std::string lText = m_settings.text(static_cast<ConfigParamKey>(lKey));
+        if (!lText.empty()) { give(Settings::library_key(static_cast<ConfigParamKey>(lKey)), lText); }
+    }
+    for (guint lId = Options::kProfile; lId < Options::kEnd; ++lId) {
+        const std::string lText = m_options.text(lId);
+        if (!lText.empty()) { give(Options::library_key(lId), lText); }
+    }
+    give_time_outs();
 }
 
 void Source::set_option(guint aId, const GValue* aValue) {
     const std::string lText = m_options.set(aId, aValue);
-    guarded("Setting up", [&] { m_player.SetConfigParam(Options::library_key(aId), lText); });
+    give(Options::library_key(aId), lText);
+    if (Options::kProfile == aId) { change_profile(); }
 }
 
 const char* Source::get_config_param(ConfigParamKey aKey) const {

@@ -14,6 +14,7 @@
 #include "PlayerAccess.hpp"
 #include "Requests.hpp"
 #include "Resumption.hpp"
+#include "Seeking.hpp"
 #include "Settings.hpp"
 #include "StreamController.hpp"
 #include "StreamList.hpp"
@@ -56,8 +57,10 @@ public:
     bool playingToPaused();
     bool pausedToReady();
     bool readyToNull();
-    /// Owns the event. True for a seek.
+    /// Owns the event. Whether something is done for it. (SourceEvents.cpp)
     gboolean handle_event(GstEvent* aEvent);
+    /// Whether the pause that has begun leaves nothing to preroll with.
+    bool pauses_in_place() const { return profile().pauses_in_place(); }
 
     // Settings. (Source.cpp)
     void set_config_param(ConfigParamKey aKey, const char* aValue);
@@ -86,6 +89,10 @@ public:
     bool stream_controller_waits() const override { return m_options.profile().waits_for_media(); }
     void stream_controller_exception(const Player::Exception& aException, unsigned int aTrack) override;
 
+    // From the pads, on any thread. (SourceEvents.cpp)
+    bool stream_controller_seek(GstEvent* aSeek) override;
+    bool stream_controller_seeking(GstQuery* aQuery) override;
+
     /// The element lets go of others: no timer may find it any more.
     void element_goes();
 
@@ -108,7 +115,8 @@ private:
     // All that follows is called by the thread that has the turn, where nothing else is said.
 
     void do_requests();
-    void seek(gint64 aPosition);
+    void seek(gint64 aPosition, guint32 aSeqnum);
+    void end(guint32 aSeqnum);
     /// Pauses the server of an element that stayed PAUSED.
     void check_if_paused(GstClockID aId);
 
@@ -118,8 +126,9 @@ private:
     /// Connects, describes, sets up, plays; false when there is nothing to play.
     bool start_session();
     /// Plays the location, or the position of a seek, at once when PLAYING or PAUSED; otherwise false.
-    bool new_channel(Change aChange = Change::kLocation);
+    bool new_channel(Change aChange = Change::kLocation, guint32 aSeqnum = 0);
     bool start_channel();
+    void resume();
     void remember_resume_position();
     /// What belongs to one presentation, or one pause of it.
     void forget_presentation();
@@ -127,6 +136,8 @@ private:
     void go_on(Resumption::Way aWay);
     void do_go_on(Resumption::Way aWay);
     bool is_live() const { return -1 == m_streamDuration; }
+    /// That with which the presentation was started.
+    const Profile& profile() const { return *m_profile; }
     void set_check_if_paused_timeout();
 
     // Streams. (SourceStreams.cpp)
@@ -135,8 +146,9 @@ private:
     void remove_changed_streams(unsigned int aTracks);
     void create_missing_streams(unsigned int aTracks);
     Stream* create_stream(unsigned int aTrack);
-    /// Reads range and duration, and posts the duration.
-    void update_times();
+    /// Reads range and duration; `tell_times` passes them on.
+    void read_times();
+    void tell_times();
     void delete_all_streams();
     /// Returns when some track has a packet, or none will come.
     void wait_for_packets();
@@ -144,7 +156,7 @@ private:
     bool has_packet();
     /// Has what arrives for tracks without a stream dropped. False, with a warning, when no track has one.
     bool settle_unplayed_tracks();
-    void run_streams(bool aFlush);
+    void run_streams(bool aFlush, guint32 aSeqnum = 0);
 
     // Server-only transitions, made up for when the network returns. (SourceNetwork.cpp)
     void network_returned();
@@ -152,6 +164,16 @@ private:
     bool s_playingToPaused();
     bool s_pausedToReady();
     bool s_readyToNull();
+
+    // Settings. (Source.cpp)
+    /// Hands the player a text under a key of the library's.
+    void give(const char* aKey, const std::string& aText);
+    /// Has the session's time-outs follow the properties, or not.
+    void give_time_outs();
+    /// Has what hangs on the profile while nothing is played follow it.
+    void change_profile();
+    /// To a player that has been told nothing yet.
+    void give_settings();
 
     // Failures. (SourceReports.cpp)
     void resetPlayerLib();
@@ -168,6 +190,7 @@ private:
     const Messages m_messages;
     Settings m_settings;
     Network m_network;
+    Seeking m_seeking;
     PlayerAccess m_player;
     StreamList m_streams;
     BufferingReports m_buffering;
@@ -177,6 +200,8 @@ private:
     Timer m_pauseTimer;
     Timer m_requestTimer;  ///< Brings the clock's thread to requests that a streaming thread left.
     std::atomic<GstState> m_reached{GST_STATE_NULL};
+
+    std::atomic<const Profile*> m_profile{&Profile::Named(Profile::kClassic)};
 
     // Of the thread that has the turn, but for the time-out.
     Resumption m_resumption;

@@ -82,6 +82,7 @@ bool Source::guarded(const char* aWhat, const std::function<void()>& aAction) {
 void Source::resetPlayerLib() {
     delete_all_streams();
     m_player.Renew();
+    if (m_options.profile().keeps_settings()) { give_settings(); }
     m_networkTimedOut = false;
     m_buffering.forget();
 }

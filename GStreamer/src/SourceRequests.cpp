@@ -41,14 +41,25 @@ void Source::do_requests() {
     network_returned();
     if (m_requests.take_location()) { new_channel(); }
     gint64 lPosition = -1;
-    if (m_requests.take_seek(lPosition)) { seek(lPosition); }
+    guint32 lSeqnum = 0;
+    if (m_requests.take_seek(lPosition, lSeqnum)) { seek(lPosition, lSeqnum); }
+    if (m_requests.take_end(lSeqnum)) { end(lSeqnum); }
     GstClockID lId = nullptr;
     if (m_requests.take_pause_check(lId)) { check_if_paused(lId); }
 }
 
-void Source::seek(gint64 aPosition) {
+void Source::seek(gint64 aPosition, guint32 aSeqnum) {
     m_resumption.sought(aPosition);
-    if (!m_resumption.server_paused()) { new_channel(Change::kSeek); }
+    if (!m_resumption.server_paused()) {
+        new_channel(Change::kSeek, aSeqnum);
+    } else if (profile().pauses_in_place()) {
+        m_streams.flush(aSeqnum);
+    }
+}
+
+void Source::end(guint32 aSeqnum) {
+    const GstState lState = state();
+    if (GST_STATE_PLAYING == lState || GST_STATE_PAUSED == lState) { m_streams.end(aSeqnum); }
 }
 
 void Source::set_check_if_paused_timeout() {

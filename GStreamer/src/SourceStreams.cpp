@@ -35,10 +35,12 @@ gint64 OrUnknown(const Player::Time& aTime) {
 bool Source::configure_streams() {
     const unsigned int tracks = [this] { return PlayerAccess::Hold(m_player)->GetTrackCount(); }();
     remove_changed_streams(tracks);
+    // Handlers of the pads' signals may seek.
+    read_times();
     create_missing_streams(tracks);
     m_streams.cut(tracks);
     PLAYER_ASSERT(tracks == m_streams.size());
-    update_times();
+    tell_times();
     return settle_unplayed_tracks();
 }
 
@@ -81,7 +83,7 @@ bool Source::settle_unplayed_tracks() {
     return lAnyPlayed;
 }
 
-void Source::update_times() {
+void Source::read_times() {
     Player::Time lStart;
     Player::Time lEnd;
     Player::Time lDuration;
@@ -93,11 +95,18 @@ void Source::update_times() {
     m_streamStartTime = lStart.NanoSeconds();
     m_streamEndTime = OrUnknown(lEnd);
     m_streamDuration = OrUnknown(lDuration);
+    m_seeking.set_range(m_streamStartTime, is_live() ? -1 : m_streamEndTime);
+}
+
+void Source::tell_times() {
     GST_DEBUG_OBJECT(m_element,
                      "StreamStartTime: %" G_GINT64_FORMAT ", StreamEndTime: %" G_GINT64_FORMAT
                      ", StreamDuration: %" G_GINT64_FORMAT,
                      m_streamStartTime, m_streamEndTime, m_streamDuration);
-    m_streams.for_each([this](Stream& aStream) { aStream.set_duration(m_streamDuration); });
+    m_streams.for_each([this](Stream& aStream) {
+        aStream.set_duration(m_streamDuration);
+        aStream.set_profile(profile());
+    });
     m_messages.duration(m_streamDuration);
 }
 
@@ -135,9 +144,9 @@ bool Source::has_packet() {
     return false;
 }
 
-void Source::run_streams(bool aFlush) {
+void Source::run_streams(bool aFlush, guint32 aSeqnum) {
     m_buffering.answer();
-    m_streams.run(aFlush);
+    m_streams.run(aFlush, aSeqnum);
 }
 
 }  // namespace nsGstVireRtspSrc

@@ -28,6 +28,7 @@ bool Source::readyToPaused() {
     if (!lTransition.held()) { return refuse_nested(); }
     set_state(GST_STATE_READY);
     GST_DEBUG_OBJECT(m_element, "Ready -> Paused");
+    m_profile = &m_options.profile();
     if (!may_start("Not allowed when network is not available")) { return false; }
     bool lStarted = false;
     guarded("Playing", [this, &lStarted] { lStarted = start_session(); });
@@ -60,19 +61,29 @@ bool Source::pausedToPlaying() {
     }
     m_goesToPlaying = true;
     const bool lServerPaused = m_resumption.server_paused();
-    if (lServerPaused) {
-        GST_DEBUG_OBJECT(m_element, "Resuming");
-        guarded("Resuming", [this] {
-            go_on(m_resumption.Choose(Resumption::Occasion::kPlaying, is_live()));
-            wait_for_packets();
-        });
-        m_resumption.set_server_paused(false);
-    }
+    if (lServerPaused) { resume(); }
     forget_presentation();
-    run_streams(lServerPaused || m_channelChanged);
+    if (profile().pauses_in_place()) {
+        m_buffering.answer();
+        m_streams.go_on();
+    } else {
+        run_streams(lServerPaused || m_channelChanged);
+    }
     m_channelChanged = false;
     set_state(GST_STATE_PLAYING);
     return true;
+}
+
+void Source::resume() {
+    GST_DEBUG_OBJECT(m_element, "Resuming");
+    guarded("Resuming", [this] {
+        const Resumption::Way lWay = m_resumption.Choose(Resumption::Occasion::kPlaying, is_live());
+        // A presentation that begins anew does not go on with what is still downstream.
+        if (Resumption::Way::kPlay == lWay && profile().pauses_in_place()) { m_streams.flush(); }
+        go_on(lWay);
+        wait_for_packets();
+    });
+    m_resumption.set_server_paused(false);
 }
 
 void Source::forget_presentation() {
@@ -109,7 +120,11 @@ bool Source::playingToPaused() {
     set_state(GST_STATE_PAUSED);
     if (m_networkTimedOut) { return true; }
     GST_DEBUG_OBJECT(m_element, "Playing -> Paused");
-    m_streams.halt();
+    if (profile().pauses_in_place()) {
+        m_streams.pause();
+    } else {
+        m_streams.halt();
+    }
     if (m_network.available()) {
         guarded("Pausing", [this] { PlayerAccess::Hold(m_player)->Pause(); });
     }
@@ -128,7 +143,7 @@ void Source::remember_resume_position() {
         }
     }
     const double lSeconds = static_cast<double>(m_resumption.position()) / 1000000000.0;
-    g_print("Pausing, will resume at %f\n", lSeconds);
+    if (profile().prints_notes()) { g_print("Pausing, will resume at %f\n", lSeconds); }
     GST_DEBUG_OBJECT(m_element, "Pausing, will resume at %f\n", lSeconds);
 }
 
@@ -139,7 +154,10 @@ bool Source::pausedToReady() {
     m_pauseTimer.cancel();
     m_goesToPlaying = false;
     m_resumption.set_server_paused(false);
+    // Nothing may hang on what is downstream where only the element goes down.
+    if (profile().pauses_in_place()) { m_streams.halt(); }
     m_streams.stop();
+    m_seeking.forget();
     if (m_networkTimedOut) { resetPlayerLib(); }
     // The next start may be of another presentation.
     forget_presentation();
@@ -160,26 +178,24 @@ bool Source::readyToNull() {
     return true;
 }
 
-bool Source::new_channel(Change aChange) {
+bool Source::new_channel(Change aChange, guint32 aSeqnum) {
     const GstState lState = state();
     if (GST_STATE_PLAYING != lState && GST_STATE_PAUSED != lState) { return false; }
     if (!may_start("Not allowed to change channels when network is not available")) { return false; }
     // What was left over belongs to the old location.
     if (Change::kLocation == aChange) { forget_presentation(); }
-    if (m_resumption.server_paused()) {
+    const bool lServerPaused = m_resumption.server_paused();
+    if (lServerPaused) {
         m_resumption.set_server_paused(false);
-        m_channelChanged = true;
+        m_channelChanged = !profile().pauses_in_place();
     }
-    if (!m_channelChanged) { m_streams.halt(); }
+    if (!m_channelChanged) { m_streams.halt(aSeqnum); }
     bool lStarted = false;
     guarded(Change::kSeek == aChange ? "Seeking in" : "Changing the channel to",
             [this, &lStarted] { lStarted = start_channel(); });
     m_resumption.arrived();
-    if (!m_channelChanged) {
-        run_streams(true);
-    } else if (lStarted) {
-        set_check_if_paused_timeout();
-    }
+    if (!m_channelChanged) { run_streams(true, aSeqnum); }
+    if (lStarted && (lServerPaused || m_channelChanged)) { set_check_if_paused_timeout(); }
     return lStarted;
 }
 
@@ -191,20 +207,6 @@ bool Source::start_channel() {
     wait_for_packets();
     if (has_packet()) { m_networkTimedOut = false; }
     return true;
-}
-
-gboolean Source::handle_event(GstEvent* aEvent) {
-    if (GST_EVENT_SEEK != GST_EVENT_TYPE(aEvent)) {
-        g_print("Got unhandled event at virertstpsrc!\n");
-        gst_event_unref(aEvent);
-        return FALSE;
-    }
-    gint64 lStart = -1;
-    gst_event_parse_seek(aEvent, nullptr, nullptr, nullptr, nullptr, &lStart, nullptr, nullptr);
-    gst_event_unref(aEvent);
-    m_requests.ask_seek(lStart);
-    heed_requests();
-    return TRUE;
 }
 
 }  // namespace nsGstVireRtspSrc

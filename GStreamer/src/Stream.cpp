@@ -20,6 +20,11 @@ namespace nsGstVireRtspSrc {
 
 namespace {
 
+GstEvent* Numbered(GstEvent* aEvent, guint32 aSeqnum) {
+    if (0 != aSeqnum) { gst_event_set_seqnum(aEvent, aSeqnum); }
+    return aEvent;
+}
+
 /// A track without data says so this often, in microseconds.
 constexpr int kNoDataReportInterval = 500000;
 
@@ -44,7 +49,7 @@ Stream::Stream(GstElement* aElement, StreamController* aController, PlayerAccess
     : m_element(aElement), m_controller(aController), m_player(aPlayer), m_track(aTrack) {
     const Held<GstCaps> lCaps(aCaps);
     StreamCategory();
-    m_pad = NewStreamPad(aTrack);
+    m_pad = NewStreamPad(aTrack, *aController);
     // A reference of our own: an element that is disposed of lets its pads go before its streams.
     gst_object_ref(m_pad);
     gst_pad_set_caps(m_pad, lCaps.get());
@@ -73,9 +78,13 @@ void Stream::task_create() {
     gst_task_set_lock(m_task, &m_taskLock);
 }
 
-bool Stream::task_run() {
+bool Stream::task_run(bool aNewSegment) {
     m_failureTold = false;
-    m_newSegment = true;
+    if (aNewSegment) {
+        m_newSegment = true;
+        m_endWanted = false;
+    }
+    m_resumed = !m_newSegment;
     m_noDataTime = 0;
     status_set(kOk);
     m_running = true;
@@ -122,19 +131,32 @@ void Stream::status_set(StreamStatus aStatus) {
     m_status = aStatus;
 }
 
-void Stream::flush_start() {
+void Stream::flush_start(guint32 aSeqnum) {
     m_flushing = true;
-    gst_pad_push_event(m_pad, gst_event_new_flush_start());
+    gst_pad_push_event(m_pad, Numbered(gst_event_new_flush_start(), aSeqnum));
 }
 
-void Stream::flush_stop() {
-    gst_pad_push_event(m_pad, gst_event_new_flush_stop());
+void Stream::flush_stop(guint32 aSeqnum) {
+    gst_pad_push_event(m_pad, Numbered(gst_event_new_flush_stop(), aSeqnum));
     m_flushing = false;
     m_newSegment = true;
+    m_endWanted = false;
+    m_seqnum = aSeqnum;
+}
+
+void Stream::push_segment(GstEvent* aSegment) {
+    gst_pad_push_event(m_pad, Numbered(aSegment, m_seqnum));
 }
 
 void Stream::end_of_stream() {
-    gst_pad_push_event(m_pad, gst_event_new_eos());
+    gst_pad_push_event(m_pad, Numbered(gst_event_new_eos(), m_seqnum));
+}
+
+/// The task is started also in PAUSED, where it pushes nothing else.
+void Stream::end(guint32 aSeqnum) {
+    m_seqnum = aSeqnum;
+    m_endWanted = true;
+    gst_task_start(m_task);
 }
 
 void Stream::set_duration(gint64 aDuration) {
@@ -157,6 +179,11 @@ GHashTable* Stream::split_fmt_params(const std::string& aText) {
 
 void Stream::iterate() {
     const ThreadMark lMark(m_element, ThreadMark::Kind::kStreaming);
+    if (m_endWanted) {
+        if (m_running.exchange(false)) { end_of_stream(); }
+        rest();
+        return;
+    }
     if (!task_is_running()) {
         GST_DEBUG_OBJECT(m_pad, "Unexpected - task is not running\n");
         rest();

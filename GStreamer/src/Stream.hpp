@@ -8,6 +8,7 @@
 #include "Lock.hpp"
 #include "Player/Pace.hpp"
 #include "PlayerAccess.hpp"
+#include "Profile.hpp"
 #include "StreamController.hpp"
 
 namespace nsGstVireRtspSrc {
@@ -33,7 +34,8 @@ public:
     /// Takes one packet and pushes it; false when there was none. On the streaming thread.
     virtual bool task_process() = 0;
 
-    bool task_run();
+    /// The next buffer starts a new segment, or goes on in the last one if there is one.
+    bool task_run(bool aNewSegment = true);
     bool task_pause();
     bool task_stop();
     /// Returns when no loop iteration is in progress. The task has been paused or stopped before: while it runs,
@@ -47,11 +49,16 @@ public:
     StreamStatus status_get() const;
     void status_set(StreamStatus aStatus);
 
-    void flush_start();
-    void flush_stop();
+    /// `aSeqnum`: of the seek that they belong to, as does the segment that follows; 0 for none.
+    void flush_start(guint32 aSeqnum = 0);
+    void flush_stop(guint32 aSeqnum = 0);
     /// Between `flush_start` and `flush_stop`.
     bool is_flushing() const { return m_flushing; }
     void end_of_stream();
+    /// Has the task end the stream as soon as it can, with an event of that number.
+    void end(guint32 aSeqnum);
+    /// Before the task runs.
+    void set_profile(const Profile& aProfile) { m_profile = &aProfile; }
     /// What the pad answers to duration queries.
     void set_duration(gint64 aDuration);
 
@@ -71,6 +78,12 @@ protected:
     unsigned int track() const { return m_track; }
     /// Whether the next buffer starts a new segment; asking clears it.
     bool take_new_segment() { return m_newSegment.exchange(false); }
+    /// Whether the task was run again in the segment that there was, and nothing has been pushed since; asking clears
+    /// it.
+    bool take_resumed() { return m_resumed.exchange(false); }
+    /// Pushes the event that starts a segment, with the number of what has led to it.
+    void push_segment(GstEvent* aSegment);
+    const Profile& profile() const { return *m_profile; }
     void count_access_unit() { ++m_accessUnits; }
     /// The loop idles until the next `task_run`.
     void stop_processing() { m_running = false; }
@@ -92,7 +105,11 @@ private:
     StreamController* const m_controller;
     GstPad* m_pad = nullptr;
     Mutex m_statusMutex;  ///< A leaf.
-    std::atomic<bool> m_newSegment{false};
+    std::atomic<bool> m_newSegment{true};
+    std::atomic<bool> m_resumed{false};
+    std::atomic<bool> m_endWanted{false};
+    std::atomic<guint32> m_seqnum{0};  ///< Of the next segment or end; 0 for any.
+    std::atomic<const Profile*> m_profile{&Profile::Named(Profile::kClassic)};
     PlayerAccess& m_player;
     const unsigned int m_track;
     GstTask* m_task = nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CodecStream.hpp"
+#include "FrameTimes.hpp"
 
 namespace nsGstVireRtspSrc {
 
@@ -16,9 +17,11 @@ protected:
     GstCaps* create_caps(const Player::Properties& aInfo) override;
     guint64 next_offset() override { return m_offset++; }
     Segment segment_from(GstClockTime aStart) const override { return {-1, static_cast<gint64>(aStart)}; }
+    gint64 time_of(gint64 aPlayTime, bool aAnew) override { return m_times.Next(aPlayTime, aAnew); }
 
 private:
     guint64 m_offset = 0;
+    FrameTimes m_times;
 };
 
 }  // namespace nsGstVireRtspSrc

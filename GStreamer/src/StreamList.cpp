@@ -58,19 +58,39 @@ void StreamList::for_each(const std::function<void(Stream&)>& aAction) {
     }
 }
 
-void StreamList::halt() {
-    for_each([](Stream& aStream) {
+void StreamList::halt(guint32 aSeqnum) {
+    for_each([aSeqnum](Stream& aStream) {
         aStream.task_pause();
-        aStream.flush_start();
+        aStream.flush_start(aSeqnum);
     });
     for_each([](Stream& aStream) { aStream.task_wait(); });
 }
 
-void StreamList::run(bool aFlush) {
-    for_each([aFlush](Stream& aStream) {
-        if (aFlush || aStream.is_flushing()) { aStream.flush_stop(); }
+void StreamList::pause() {
+    for_each([](Stream& aStream) { aStream.task_pause(); });
+}
+
+void StreamList::flush(guint32 aSeqnum) {
+    halt(aSeqnum);
+    for_each([aSeqnum](Stream& aStream) { aStream.flush_stop(aSeqnum); });
+}
+
+void StreamList::run(bool aFlush, guint32 aSeqnum) {
+    for_each([aFlush, aSeqnum](Stream& aStream) {
+        if (aFlush || aStream.is_flushing()) { aStream.flush_stop(aSeqnum); }
         aStream.task_run();
     });
+}
+
+void StreamList::go_on() {
+    for_each([](Stream& aStream) {
+        if (aStream.is_flushing()) { aStream.flush_stop(); }
+        aStream.task_run(false);
+    });
+}
+
+void StreamList::end(guint32 aSeqnum) {
+    for_each([aSeqnum](Stream& aStream) { aStream.end(aSeqnum); });
 }
 
 void StreamList::stop() {

@@ -29,11 +29,20 @@ public:
     /// Says which tracks have no stream.
     void for_each(const std::function<void(Stream&)>& aAction);
 
-    /// Pauses the tasks and flushes; no packet is on its way afterwards.
-    void halt();
-    /// Runs the tasks. Pads that flush stop doing so; with `aFlush` all of them send the end of a flush.
-    void run(bool aFlush);
+    /// Pauses the tasks and flushes; no packet is on its way afterwards. `aSeqnum` here and below: of the seek that is
+    /// the reason for it, or 0.
+    void halt(guint32 aSeqnum = 0);
+    /// Pauses the tasks; what is on its way stays there.
+    void pause();
+    /// Halts, and flushes no more.
+    void flush(guint32 aSeqnum = 0);
+    /// Runs the tasks. Pads that flush stop doing so, with `aFlush` all are told to. Segments begin.
+    void run(bool aFlush, guint32 aSeqnum = 0);
+    /// Runs the tasks in the segments that there are; where pads flush, others begin.
+    void go_on();
     void stop();
+    /// Ends the streams.
+    void end(guint32 aSeqnum);
 
     /// From any thread: whether no track has had data for a while.
     bool all_have_no_data() const;

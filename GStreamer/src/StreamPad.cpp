@@ -3,6 +3,7 @@
 #include <atomic>
 #include <memory>
 
+#include "Boundary.hpp"
 #include "StreamDebug.hpp"
 
 namespace nsGstVireRtspSrc {
@@ -27,15 +28,31 @@ bool AnswerDuration(GstPad* aPad, GstQuery* aQuery) {
     return true;
 }
 
+GQuark ControllerQuark() {
+    return g_quark_from_static_string("virertspsrc-controller");
+}
+
+/// What the controller says; false for a pad whose element has let it go.
+template <typename Action>
+bool AskController(GstPad* aPad, Action aAction) {
+    GstObject* const lElement = gst_pad_get_parent(aPad);
+    if (nullptr == lElement) { return false; }
+    auto* const lController = static_cast<StreamController*>(g_object_get_qdata(G_OBJECT(aPad), ControllerQuark()));
+    const bool lAnswer = AtBoundary(aPad, false, [&] { return aAction(*lController); });
+    gst_object_unref(lElement);
+    return lAnswer;
+}
+
 }  // namespace
 
-GstPad* NewStreamPad(unsigned int aTrack) {
+GstPad* NewStreamPad(unsigned int aTrack, StreamController& aController) {
     auto lDuration = std::make_unique<Duration>(-1);
     gchar* const lName = g_strdup_printf("src%d", static_cast<int>(aTrack));
     GstPad* const lPad = gst_pad_new(lName, GST_PAD_SRC);
     g_free(lName);
     g_object_set_qdata_full(G_OBJECT(lPad), DurationQuark(), lDuration.release(),
                             [](gpointer aDuration) { delete static_cast<Duration*>(aDuration); });
+    g_object_set_qdata(G_OBJECT(lPad), ControllerQuark(), &aController);
     gst_pad_set_activatepush_function(lPad, gst_vire_rtsp_stream_activatepush);
     gst_pad_set_event_function(lPad, gst_vire_rtsp_stream_event);
     gst_pad_set_query_function(lPad, gst_vire_rtsp_stream_query);
@@ -54,10 +71,15 @@ gboolean gst_vire_rtsp_stream_activatepush(GstPad* /*aPad*/, gboolean /*aActive*
     return TRUE;
 }
 
-/// Nothing goes on to the source: seeks reach the element through its send_event. Those who ask for one here
-/// learn that it did not happen.
+/// Those who ask for what is not done here learn that it did not happen.
 gboolean gst_vire_rtsp_stream_event(GstPad* aPad, GstEvent* aEvent) {
     const GstEventType lType = GST_EVENT_TYPE(aEvent);
+    if (GST_EVENT_SEEK == lType && AskController(aPad, [&](StreamController& aController) {
+            return aController.stream_controller_seek(aEvent);
+        })) {
+        gst_event_unref(aEvent);
+        return TRUE;
+    }
     if (GST_EVENT_QOS != lType) {
         GST_CAT_WARNING_OBJECT(StreamCategory(), aPad, "Unhandled event (%s got %s)\n", GST_PAD_NAME(aPad),
                                gst_event_type_get_name(lType));
@@ -73,6 +95,13 @@ gboolean gst_vire_rtsp_stream_query(GstPad* aPad, GstQuery* aQuery) {
             // A packet may just have missed the last look; the sockets and queues behind it hold any amount.
             gst_query_set_latency(aQuery, TRUE, kPollInterval * GST_USECOND, GST_CLOCK_TIME_NONE);
             return TRUE;
+        case GST_QUERY_SEEKING:
+            if (AskController(aPad, [&](StreamController& aController) {
+                    return aController.stream_controller_seeking(aQuery);
+                })) {
+                return TRUE;
+            }
+            return gst_pad_query_default(aPad, aQuery);
         default: return gst_pad_query_default(aPad, aQuery);
     }
 }

@@ -138,7 +138,10 @@ GstStateChangeReturn gst_vire_rtsp_src_change_state(GstElement* aElement, GstSta
         return GST_STATE_CHANGE_FAILURE;
     }
     // A live source has nothing to preroll with.
-    return GST_STATE_CHANGE_READY_TO_PAUSED == aTransition ? GST_STATE_CHANGE_NO_PREROLL : lResult;
+    const bool lNothing =
+        GST_STATE_CHANGE_READY_TO_PAUSED == aTransition ||
+        (GST_STATE_CHANGE_PLAYING_TO_PAUSED == aTransition && nullptr != lSource && lSource->pauses_in_place());
+    return lNothing ? GST_STATE_CHANGE_NO_PREROLL : lResult;
 }
 
 gboolean gst_vire_rtsp_src_send_event(GstElement* aElement, GstEvent* aEvent) {

@@ -48,6 +48,60 @@ TEST_F(PipelineSlow, AsMuchIsShownAfterAPause) {
     }
 }
 
+/// With sinks as they are where nothing is set, and no help from the application.
+TEST_F(PipelineSlow, ModernPausesWithOrdinarySinks) {
+    Pipeline lPipeline(1, Pipeline::Sinks::kWaiting);
+    gst_util_set_object_arg(G_OBJECT(lPipeline.Source()), "profile", "modern");
+    Start(lPipeline);
+    for (int lTime = 0; lTime < 20; ++lTime) {
+        ASSERT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
+        ASSERT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
+    }
+    ASSERT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
+    Wait();
+    ASSERT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
+    ExpectAllShown(lPipeline.Watch(kPictures));
+}
+
+TEST_F(PipelineSlow, ModernSeeksWithOrdinarySinks) {
+    Pipeline lPipeline(1, Pipeline::Sinks::kWaiting);
+    gst_util_set_object_arg(G_OBJECT(lPipeline.Source()), "profile", "modern");
+    Start(lPipeline);
+    for (const bool lPause : {true, false}) {
+        const auto lSeek = [&] {
+            EXPECT_TRUE(gst_element_seek_simple(lPipeline.Get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH,
+                                                (lPause ? 60 : 5) * GST_SECOND));
+        };
+        if (lPause) {
+            ASSERT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
+            lSeek();
+            ASSERT_TRUE(lPipeline.Resume());
+        } else {
+            ChangeWhilePlaying(lPipeline.Get(), lSeek);
+        }
+        ExpectAllShown(lPipeline.Watch(kPictures));
+    }
+}
+
+TEST_F(PipelineSlow, ModernPausesAndSeeksFromTwoThreads) {
+    Pipeline lPipeline(1, Pipeline::Sinks::kWaiting);
+    gst_util_set_object_arg(G_OBJECT(lPipeline.Source()), "profile", "modern");
+    Start(lPipeline);
+    std::thread lSeeks([&lPipeline] {
+        for (unsigned lTime = 0; lTime < 30; ++lTime) {
+            gst_element_seek_simple(lPipeline.Get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH, lTime * GST_SECOND);
+        }
+    });
+    for (int lTime = 0; lTime < 30; ++lTime) {
+        EXPECT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
+        EXPECT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
+    }
+    lSeeks.join();
+    ASSERT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
+    ASSERT_TRUE(lPipeline.Resume());
+    ExpectAllShown(lPipeline.Watch(kPictures));
+}
+
 TEST_F(PipelineSlow, AsMuchIsShownAfterASeek) {
     Pipeline lPipeline;
     Start(lPipeline);

@@ -154,6 +154,38 @@ TEST_F(ProfileTest, SpeechFramesHaveTheByteThatTellsTheirType) {
     }
 }
 
+TEST_F(ProfileTest, FramesOfOnePacketFollowOneAnother) {
+    const struct {
+        FakeServer::Description mTrack;
+        GstClockTime mDuration;
+    } lTracks[] = {
+        {{{"MediaType", "audio"}, {"Format", "AMR"}, {"TimeRes", "8000"}}, 20 * GST_MSECOND},
+        {Generic("mpeg4-generic"), 1024 * GST_SECOND / 44100},
+        // The coder's 24000 Hz (number 6): spectral band replication makes 48000 of it.
+        {{{"MediaType", "audio"}, {"Format", "mpeg4-generic"}, {"TimeRes", "48000"}, {"FmtParams", "config=1310"}},
+         1024 * GST_SECOND / 24000},
+        {{{"MediaType", "audio"}, {"Format", "mpeg4-generic"}, {"TimeRes", "16000"}}, 1024 * GST_SECOND / 16000}};
+    MakeModern(mElement);
+    for (const auto& lTrack : lTracks) {
+        mServer.Describe({lTrack.mTrack});
+        mServer.Push(0, 0, std::string(12, 'a'));
+        for (const long long lTime : {0LL, 0LL, 5000000000LL, 5000000000LL, 6000000000LL}) {
+            mServer.Push(0, lTime, std::string(12, 'a'));
+        }
+        mElement.SetText("location", "rtsp://host/clip");
+        mElement.Set(GST_STATE_PLAYING);
+        ASSERT_TRUE(mElement.Sink(0)->Await("buffer", 6));
+        std::vector<GstClockTime> lTimes;
+        for (const Item& lBuffer : mElement.Sink(0)->Buffers()) {
+            lTimes.push_back(lBuffer.mTimestamp);
+        }
+        EXPECT_EQ((std::vector<GstClockTime>{0, lTrack.mDuration, 2 * lTrack.mDuration, 5 * GST_SECOND,
+                                             5 * GST_SECOND + lTrack.mDuration, 6 * GST_SECOND}),
+                  lTimes);
+        mElement.Set(GST_STATE_NULL);
+    }
+}
+
 TEST_F(ProfileTest, FailuresAreErrorsInModernOnly) {
     mServer.Describe({FakeServer::H264()});
     const DebugCapture lLog("virertsp_source");

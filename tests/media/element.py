@@ -41,7 +41,24 @@ def visual_clip():
     return make_clip(f"mp4v-{SECONDS}s.mp4", "-map", "0:v", "-c:v", "mpeg4", "-g", str(RATE))
 
 
+def speech_clip():
+    """A second of AMR, 20 ms a frame."""
+    path = media.CLIPS / "speech.amr"
+    if not path.exists():
+        media.CLIPS.mkdir(parents=True, exist_ok=True)
+        unfinished = path.with_suffix(f".{os.getpid()}.amr")
+        subprocess.run(
+            ["gst-launch-1.0", "-q", "audiotestsrc", "num-buffers=50", "samplesperbuffer=160", "!",
+             "audio/x-raw,rate=8000,channels=1", "!", "amrnbenc", "!", "filesink", f"location={unfinished}"],
+            check=True, timeout=media.PATIENCE)
+        # The encoder's frames are all that a file has behind its first line.
+        unfinished.write_bytes(b"#!AMR\n" + unfinished.read_bytes().removeprefix(b"#!AMR\n"))
+        unfinished.rename(path)
+    return path
+
+
 def make_clips():
+    speech_clip()
     av_clip()
     av_clip(0)
     visual_clip()
@@ -52,6 +69,16 @@ def serve(clip):
     return media.server("--launch", f"( filesrc location={clip} ! qtdemux name=demux "
                         "demux.video_0 ! queue ! rtph264pay name=pay0 pt=96 config-interval=0 "
                         "demux.audio_0 ! queue ! rtpmp4apay name=pay1 pt=97 )")
+
+
+def serve_generic(clip):
+    """Serves the sound of the clip as mpeg4-generic."""
+    return media.server("--launch", f"( filesrc location={clip} ! qtdemux name=demux "
+                        "demux.audio_0 ! queue ! aacparse ! rtpmp4gpay name=pay0 pt=97 )")
+
+
+def serve_speech(clip):
+    return media.server("--launch", f"( filesrc location={clip} ! amrparse ! rtpamrpay name=pay0 pt=98 )")
 
 
 def serve_visual(clip):

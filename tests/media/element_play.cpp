@@ -7,8 +7,13 @@
 //     wait:SECONDS               lets it play
 //     until:NAME:SECONDS         waits until the sink NAME has shown this timestamp
 //     seek:SECONDS, location:URL asks the element named "source"
+//     simple:SECONDS             seeks as most applications do, with gst_element_seek_simple on the pipeline
+//     at:SECONDS                 waits until the pipeline's position is there, and writes it down: "position NS"
+//     end                        sends the pipeline an end of stream
 //     eos                        waits for the end of all streams
 //     caps:NAME                  writes down what the sink NAME is fed with: "caps NAME CAPS"
+//
+// A playbin's source is given the profile "modern" and gathers a second of media.
 //
 // A line on standard output per buffer that a sink (fakesink, signal-handoffs) has got: its name, the timestamp in
 // ns and the SHA-1 of the bytes; the same for the element's pads, with the offset behind it. A line per step as it
@@ -70,6 +75,11 @@ void OnPadAdded(GstElement* /*aSource*/, GstPad* aPad, gpointer /*aNothing*/) {
     gst_pad_add_probe(aPad, GST_PAD_PROBE_TYPE_BUFFER, OnBuffer, nullptr, nullptr);
 }
 
+void OnSourceSetup(GstElement* /*aPlaybin*/, GstElement* aSource, gpointer /*aNothing*/) {
+    gst_util_set_object_arg(G_OBJECT(aSource), "profile", "modern");
+    g_object_set(aSource, "rtp-buffer-size", "1", nullptr);
+}
+
 bool Eventually(const std::function<bool()>& aCondition) {
     const auto lEnd = std::chrono::steady_clock::now() + kPatience;
     while (!aCondition()) {
@@ -98,6 +108,8 @@ private:
     static GstBusSyncReply OnMessage(GstBus* aBus, GstMessage* aMessage, gpointer aThis);
     bool Go(GstState aState);
     bool Seek(double aTo);
+    bool SeekSimple(double aTo);
+    bool AwaitPosition(double aSeconds);
     bool SayCaps(const std::string& aSink);
 
     GstElement* mPipeline;
@@ -122,17 +134,24 @@ Player::Player(const char* aLaunch) {
     gst_iterator_foreach(
         lSinks,
         [](const GValue* aSink, gpointer) {
-            g_signal_connect(g_value_get_object(aSink), "handoff", G_CALLBACK(OnHandoff), nullptr);
+            GObject* const lSink = G_OBJECT(g_value_get_object(aSink));
+            // A playbin has its sinks within.
+            if (0 == g_signal_lookup("handoff", G_OBJECT_TYPE(lSink))) { return; }
+            g_signal_connect(lSink, "handoff", G_CALLBACK(OnHandoff), nullptr);
         },
         nullptr);
     gst_iterator_free(lSinks);
     mSource = gst_bin_get_by_name(GST_BIN(mPipeline), "source");
-    g_signal_connect(mSource, "pad-added", G_CALLBACK(OnPadAdded), nullptr);
+    if (nullptr == mSource) {
+        g_signal_connect(mPipeline, "source-setup", G_CALLBACK(OnSourceSetup), nullptr);
+    } else {
+        g_signal_connect(mSource, "pad-added", G_CALLBACK(OnPadAdded), nullptr);
+    }
 }
 
 Player::~Player() {
     gst_element_set_state(mPipeline, GST_STATE_NULL);
-    gst_object_unref(mSource);
+    if (nullptr != mSource) { gst_object_unref(mSource); }
     gst_object_unref(mPipeline);
 }
 
@@ -181,6 +200,20 @@ bool Player::SayCaps(const std::string& aSink) {
     return true;
 }
 
+bool Player::SeekSimple(double aTo) {
+    return gst_element_seek_simple(mPipeline, GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH, static_cast<gint64>(aTo * 1e9));
+}
+
+bool Player::AwaitPosition(double aSeconds) {
+    gint64 lPosition = -1;
+    const bool lThere = Eventually([&] {
+        return gst_element_query_position(mPipeline, GST_FORMAT_TIME, &lPosition) &&
+               static_cast<double>(lPosition) >= aSeconds * 1e9;
+    });
+    Say("position " + std::to_string(lPosition));
+    return lThere;
+}
+
 bool Player::Do(const std::string& aStep) {
     Say("step " + aStep);
     const auto lColon = aStep.find(':');
@@ -191,6 +224,9 @@ bool Player::Do(const std::string& aStep) {
     if ("ready" == lVerb) { return Go(GST_STATE_READY); }
     if ("null" == lVerb) { return Go(GST_STATE_NULL); }
     if ("seek" == lVerb) { return Seek(std::stod(lRest)); }
+    if ("simple" == lVerb) { return SeekSimple(std::stod(lRest)); }
+    if ("at" == lVerb) { return AwaitPosition(std::stod(lRest)); }
+    if ("end" == lVerb) { return gst_element_send_event(mPipeline, gst_event_new_eos()); }
     if ("location" == lVerb) {
         g_object_set(mSource, "location", lRest.c_str(), nullptr);
         return true;

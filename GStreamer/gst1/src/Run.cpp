@@ -74,8 +74,10 @@ GstEvent* Placed(GstElement* aElement, GstPad* aPad, GstEvent* aEvent) {
     } else {
         lSegment.offset = lRun.mFirst - lSegment.start;
     }
+    GstEvent* const lPlaced = gst_event_new_segment(&lSegment);
+    gst_event_set_seqnum(lPlaced, gst_event_get_seqnum(aEvent));
     gst_event_unref(aEvent);
-    return gst_event_new_segment(&lSegment);
+    return lPlaced;
 }
 
 gboolean PushFrom(GstElement* aElement, GstPad* aPad, GstEvent* aEvent) {

@@ -109,6 +109,7 @@ GstFlowReturn SinkPad::OnBuffer(GstPad* aPad, GstBuffer* aBuffer) {
 gboolean SinkPad::OnEvent(GstPad* aPad, GstEvent* aEvent) {
     Item lItem;
     lItem.mKind = gst_event_type_get_name(GST_EVENT_TYPE(aEvent));
+    lItem.mSeqnum = gst_event_get_seqnum(aEvent);
     if (IsSegment(aEvent)) {
         lItem.mKind = "segment";
         lItem.mSegment = ParseSegment(aEvent);

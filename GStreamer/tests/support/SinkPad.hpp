@@ -17,6 +17,7 @@ struct Item {
     /// "buffer", "segment", "flush-start", "flush-stop", "eos", "stream-start", "caps" ...
     std::string mKind;
     Segment mSegment{};
+    guint32 mSeqnum = 0;  ///< Of an event.
     GstClockTime mTimestamp = 0;
     GstClockTime mDuration = 0;
     guint64 mOffset = 0;

@@ -2,6 +2,9 @@
 
 #include <gst/gst.h>
 
+/// The flag of elements that bins send events to which go downstream.
+#define GST_ELEMENT_IS_SOURCE GST_ELEMENT_FLAG_SOURCE
+
 /// The descriptor under the name of 0.10, its name a string, and the function by which 1.x asks for it: that
 /// function carries the plugin's name, `libgstvirertspsrc.so` being the file.
 #undef GST_PLUGIN_DEFINE

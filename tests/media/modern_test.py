@@ -1,0 +1,131 @@
+"""The element with the profile "modern" in pipelines that know nothing of it: ordinary sinks, playbin, muxers."""
+
+import concurrent.futures
+import os
+import pathlib
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+
+import element
+import media
+
+SINK = "fakesink sync=true signal-handoffs=true"
+
+
+def messages(lines):
+    return [line for line in lines if line[0] == "message"]
+
+
+def positions(lines):
+    return [int(line[1]) / 1e9 for line in lines if line[0] == "position"]
+
+
+@unittest.skipUnless("ELEMENT_PLAY" in os.environ, "GStreamer 1.0 is not there")
+class ModernStepsTest(unittest.TestCase):
+    """Pauses and seeks"""
+
+    def line(self, url):
+        return (f"virertspsrc profile=modern rtp-buffer-size=1 location={url} name=source "
+                f"source.src0 ! queue ! h264parse ! avdec_h264 ! {SINK} name=v "
+                f"source.src1 ! queue ! aacparse ! avdec_aac ! {SINK} name=a")
+
+    def sums(self, lines, name):
+        return [line[2] for line in lines if line[0] == name]
+
+    def test_pauses_cost_nothing(self):
+        with element.serve(element.av_clip(0)) as url:
+            pauses = [step for second in (0.4, 0.5, 1.2, 1.3, 2.5) for step in (f"until:v:{second}", "pause", "play")]
+            steps = (("eos",), (*pauses, "pause", "wait:0.5", "play", "eos"))
+            with concurrent.futures.ThreadPoolExecutor() as both:
+                served, lines = both.map(lambda middle: element.play_steps(self.line(url), "play", *middle, "null"), steps)
+        self.assertEqual([], messages(lines))
+        for name in ("src0", "src1", "v"):
+            self.assertEqual(self.sums(served, name), self.sums(lines, name), name)
+
+    def assert_plays(self, line):
+        steps = ("play", "at:0.5", "simple:3.4", "at:3.4", "pause", "play", "at:4", "pause", "simple:1",
+                 "play", "at:1.2", "simple:5.5", "eos", "null")
+        lines = element.play_steps(line, *steps)
+        self.assertEqual([], messages(lines))
+        places = positions(lines)
+        for wanted, place in zip((0.5, 3.4, 4, 1.2), places):
+            self.assertLess(place - wanted, 1, places)
+
+    def test_playbin(self):
+        with element.serve(element.av_clip()) as url:
+            self.assert_plays(f"playbin uri={url.replace('rtsp:', 'vire:')} video-sink=fakesink\\ sync=true "
+                              "audio-sink=fakesink\\ sync=true")
+
+    def test_playbin3(self):
+        with element.serve(element.av_clip()) as url:
+            self.assert_plays(f"playbin3 uri={url.replace('rtsp:', 'vire:')} video-sink=fakesink\\ sync=true "
+                              "audio-sink=fakesink\\ sync=true")
+
+    def test_a_seek_on_a_pipeline_of_ones_own(self):
+        with element.serve(element.av_clip()) as url:
+            self.assert_plays(self.line(url))
+
+
+class ModernLaunchTest(unittest.TestCase):
+    """gst-launch-1.0"""
+
+    def setUp(self):
+        self.tools = element.Tools("1.0")
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def assert_decodes(self, source, url, decoder):
+        """The access units are those of the file, last as long, and each is decoded."""
+        served = element.sounds(self.tools.launch(f"{source} ! {element.AUDIO_SINK}"))
+        output = self.tools.launch(f"virertspsrc profile=modern rtp-buffer-size=1 location={url} ! tee name=both ! queue ! "
+                                   f"{element.AUDIO_SINK} both. ! queue ! {decoder} ! {element.VIDEO_SINK}")
+        played = element.sounds(output)
+        self.assertGreater(len(served), 40)
+        self.assertEqual([text for _, text in served], [text for _, text in played])
+        self.assertAlmostEqual(served[-1][0] - served[0][0], played[-1][0] - played[0][0], delta=0.01)
+        self.assertLessEqual(len(served) - 1, len(element.pictures(output)))
+
+    def test_generic_sound(self):
+        clip = element.av_clip()
+        with element.serve_generic(clip) as url:
+            self.assert_decodes(f"filesrc location={clip} ! qtdemux name=demux demux.audio_0 ! queue", url,
+                                "aacparse ! avdec_aac")
+
+    def test_speech(self):
+        clip = element.speech_clip()
+        for decoder in ("avdec_amrnb", "amrnbdec"):
+            with element.serve_speech(clip) as url:
+                self.assert_decodes(f"filesrc location={clip} ! amrparse", url, decoder)
+
+    def test_an_interrupted_recording_can_be_played(self):
+        path = self.folder / "clip.mp4"
+        with element.serve(element.av_clip()) as url:
+            process = subprocess.Popen(
+                [os.environ["GST_LAUNCH_1_0"], "-e", "virertspsrc", "profile=modern", "rtp-buffer-size=1",
+                 f"location={url}", "name=source",
+                 *"source.src0 ! queue ! h264parse ! mp4mux name=mux".split(), "!", "filesink", "buffer-mode=unbuffered", f"location={path}",
+                 *"source.src1 ! queue ! aacparse ! mux.".split()],
+                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, env=self.tools.environment)
+            deadline = time.monotonic() + media.PATIENCE
+            while (not path.exists() or path.stat().st_size < 20000) and time.monotonic() < deadline:
+                time.sleep(0.05)
+            process.send_signal(signal.SIGINT)
+            output, _ = process.communicate(timeout=media.PATIENCE)
+        self.assertEqual(0, process.returncode, output)
+        probed = subprocess.run(
+            ["ffprobe", "-v", "error", "-count_packets", "-show_entries", "stream=codec_name,nb_read_packets",
+             "-of", "csv=p=0", str(path)], capture_output=True, text=True, timeout=media.PATIENCE)
+        self.assertEqual((0, ""), (probed.returncode, probed.stderr), output)
+        counts = dict(line.split(",") for line in probed.stdout.split())
+        self.assertEqual({"h264", "aac"}, set(counts))
+        for codec, count in counts.items():
+            self.assertGreater(int(count), 10, codec)
+            self.assertLess(int(count), element.SECONDS * 43, codec)
+
+
+if __name__ == "__main__":
+    unittest.main()
