@@ -83,6 +83,29 @@ TEST_F(RTSPModernPlayTest, TheSessionIsKeptAliveOverUDPAndWhilePaused) {
     EXPECT_EQ("", mServer->Failure());
 }
 
+/// Servers that have sent everything say so when they are to pause, while the end still waits here.
+TEST_F(RTSPModernPlayTest, AServerThatHasPlayedToItsEndCanBeSought) {
+    mPlayer.SetConfigParam("RTSP:Transports", "udp");
+    ServePackets(Start("UDP 0", "5") + R"(
+        > PAUSE clip/ 4 | Session: 5
+        < 455 4
+        > PLAY clip/ 5 | Session: 5 | Range: npt=1.000000-
+        < 200 5
+        > PAUSE clip/ 6 | Session: 5
+        < 455 6
+        > PLAY clip/ 7 | Session: 5
+        < 200 7
+        > PAUSE clip/ 8 | Session: 5
+        < 454 8
+    )");
+    Play();
+    mPlayer.Seek(Time(1, 1));
+    mPlayer.Pause();
+    mPlayer.Resume();
+    EXPECT_THROW(mPlayer.Pause(), RTSPErr) << "another refusal";
+    EXPECT_EQ("", mServer->Failure());
+}
+
 TEST_F(RTSPModernPlayTest, TheSessionIsKeptAliveWithinItsConnection) {
     mPlayer.SetConfigParam("RTSP:Transports", "tcp");
     ServePackets(Start("TCP 0", "5;timeout=1") + R"(

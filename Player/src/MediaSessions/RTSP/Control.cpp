@@ -24,8 +24,9 @@ void RTSP::DoPause() {
 bool RTSP::RecvPause(UInt aCSeq) {
     Headers lHeaders;
     const bool lSuccess = Receive(lHeaders, aCSeq);
-    if (lSuccess) { EnterState(Paused, "Paused"); }
-    return lSuccess;
+    const bool lPaused = lSuccess || Speaks().HasStopped(mMessages.StatusCode());
+    if (lPaused) { EnterState(Paused, "Paused"); }
+    return lPaused;
 }
 
 void RTSP::Resume(MediaHandler& aHandler) {

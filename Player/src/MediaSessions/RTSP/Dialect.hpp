@@ -71,6 +71,8 @@ public:
     virtual UInt StepOverPause() const = 0;
     /// Whether interleaved media that come before the answer to the first PLAY belong to it.
     virtual bool KeepsEarlyMedia() const = 0;
+    /// Whether that refusal of a PAUSE says that the server does not play any more, so that there is nothing to pause.
+    virtual bool HasStopped(UInt aStatus) const = 0;
     /// The longest interleaved frame; one that is longer ends the process.
     virtual UInt LargestFrame() const = 0;
     /// Whether bytes that are neither frame nor line are stepped over.
@@ -115,6 +117,7 @@ public:
     bool KeepsAlive() const override { return false; }
     UInt StepOverPause() const override { return 0; }
     bool KeepsEarlyMedia() const override { return false; }
+    bool HasStopped(UInt /*aStatus*/) const override { return false; }
     UInt LargestFrame() const override { return 1500; }
     bool Resynchronizes() const override { return false; }
     bool TakesUnnumbered() const override { return false; }
@@ -145,6 +148,8 @@ public:
     bool KeepsAlive() const override { return true; }
     UInt StepOverPause() const override { return 1; }
     bool KeepsEarlyMedia() const override { return true; }
+    /// The end has been sent, and may still be on its way through the queues here.
+    bool HasStopped(UInt aStatus) const override { return 0x455 == aStatus; }
     UInt LargestFrame() const override { return 65535; }
     bool Resynchronizes() const override { return true; }
     bool TakesUnnumbered() const override { return true; }
