@@ -57,6 +57,17 @@ GParamSpec* UdpBufferSizeSpec() {
                              G_PARAM_READWRITE);
 }
 
+GParamSpec* StatsSpec() {
+    return g_param_spec_boxed("stats", "Statistics", "A structure with one per track: packets, bytes, losses, times",
+                              GST_TYPE_STRUCTURE, G_PARAM_READABLE);
+}
+
+GParamSpec* TlsAuthoritiesSpec() {
+    return g_param_spec_string("tls-authorities", "TLS authorities",
+                               "File of certificates (PEM) that vouch for rtsps servers (empty = the system's)",
+                               nullptr, G_PARAM_READWRITE);
+}
+
 std::string ProfileText(const GValue* aValue) {
     return Profile::kModern == g_value_get_enum(aValue) ? "modern" : "classic";
 }
@@ -88,7 +99,9 @@ constexpr Option kOptions[] = {{"RTSP:Profile", ProfileSpec, ProfileText},
                                {"RTSP:UserName", UserIdSpec, StringText},
                                {"RTSP:Password", UserPwSpec, StringText},
                                {"RTSP:Transports", TransportsSpec, TransportsText},
-                               {"RTSP:UDPBuffer", UdpBufferSizeSpec, SizeText}};
+                               {"RTSP:UDPBuffer", UdpBufferSizeSpec, SizeText},
+                               {nullptr, StatsSpec, nullptr},
+                               {"RTSP:TLSAuthorities", TlsAuthoritiesSpec, StringText}};
 
 const Option& OptionOf(guint aId) {
     return kOptions[aId - Options::kProfile];
@@ -100,10 +113,6 @@ void Options::install(GObjectClass* aClass) {
     for (guint lId = kProfile; lId < kEnd; ++lId) {
         g_object_class_install_property(aClass, lId, OptionOf(lId).mSpec());
     }
-    g_object_class_install_property(
-        aClass, kStats,
-        g_param_spec_boxed("stats", "Statistics", "A structure with one per track: packets, bytes, losses, times",
-                           GST_TYPE_STRUCTURE, G_PARAM_READABLE));
 }
 
 const char* Options::library_key(guint aId) {
@@ -112,6 +121,7 @@ const char* Options::library_key(guint aId) {
 
 Options::Options() {
     for (guint lId = kProfile; lId < kEnd; ++lId) {
+        if (!has(lId)) { continue; }
         GParamSpec* const lSpec = g_param_spec_ref_sink(OptionOf(lId).mSpec());
         GValue* const lValue = &m_values[lId - kProfile];
         g_value_init(lValue, G_PARAM_SPEC_VALUE_TYPE(lSpec));
@@ -121,8 +131,8 @@ Options::Options() {
 }
 
 Options::~Options() {
-    for (GValue& lValue : m_values) {
-        g_value_unset(&lValue);
+    for (guint lId = kProfile; lId < kEnd; ++lId) {
+        if (has(lId)) { g_value_unset(&m_values[lId - kProfile]); }
     }
 }
 

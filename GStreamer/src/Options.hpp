@@ -15,10 +15,11 @@ namespace nsGstVireRtspSrc {
 class Options {
 public:
     /// Ids of properties, apart from the first fourteen's.
-    enum Id : guint { kProfile = 101, kUserId, kUserPw, kTransports, kUdpBufferSize, kEnd, kStats = kEnd };
+    enum Id : guint { kProfile = 101, kUserId, kUserPw, kTransports, kUdpBufferSize, kStats, kTlsAuthorities, kEnd };
 
     static void install(GObjectClass* aClass);
-    static bool has(guint aId) { return kProfile <= aId && aId < kEnd; }
+    /// Whether it has a value here; the statistics are the player's.
+    static bool has(guint aId) { return kProfile <= aId && aId < kEnd && kStats != aId; }
     /// Under which key the library knows it.
     static const char* library_key(guint aId);
 

@@ -11,6 +11,7 @@ public:
     bool waits_for_media() const override { return false; }
     const char* formats() const override { return "H.264, MPEG-4 video and MPEG-4 audio (LATM)"; }
     GstMessageType failure() const override { return GST_MESSAGE_WARNING; }
+    bool secures() const override { return false; }
     bool posts_refusals() const override { return false; }
     bool pauses_in_place() const override { return false; }
     bool heeds_events() const override { return false; }
@@ -25,6 +26,7 @@ public:
     bool waits_for_media() const override { return true; }
     const char* formats() const override { return "H.264, MPEG-4 video, MPEG-4 audio (LATM and generic) and AMR"; }
     GstMessageType failure() const override { return GST_MESSAGE_ERROR; }
+    bool secures() const override { return true; }
     bool posts_refusals() const override { return true; }
     bool pauses_in_place() const override { return true; }
     bool heeds_events() const override { return true; }

@@ -27,6 +27,8 @@ public:
     virtual const char* formats() const = 0;
     /// The type of the message for a failure after which no media comes.
     virtual GstMessageType failure() const = 0;
+    /// Whether locations with the scheme "rtsps" are played within TLS.
+    virtual bool secures() const = 0;
     /// Whether a start that is refused before the server is asked is posted on the bus as well.
     virtual bool posts_refusals() const = 0;
     /// Whether a pause leaves what is downstream where it is, so that the media goes on as if there had been none, and

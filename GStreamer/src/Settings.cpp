@@ -9,6 +9,7 @@ namespace nsGstVireRtspSrc {
 namespace {
 
 constexpr const char* kScheme = "rtsp://";
+constexpr const char* kSecureScheme = "rtsps://";
 constexpr const char* kSeparator = "://";
 
 /// By key. The two time-outs keep the spelling under which applications have always set them; the session
@@ -88,8 +89,14 @@ bool Settings::set_location(const gchar* aValue) {
     gchar* const lLocation = nullptr == aValue ? nullptr : RtspLocation(aValue);
     set(kLocation, lLocation);
     const bool lStored = nullptr != lLocation;
+    m_isSecure = lStored && 0 == g_ascii_strncasecmp(aValue, kSecureScheme, std::strlen(kSecureScheme));
     g_free(lLocation);
     return lStored;
+}
+
+std::string Settings::url(bool aKeepsSecure) const {
+    const std::string lLocation = text(kLocation);
+    return m_isSecure && aKeepsSecure ? kSecureScheme + lLocation.substr(std::strlen(kScheme)) : lLocation;
 }
 
 std::string Settings::text(ConfigParamKey aKey) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <set>
 #include <string>
 
@@ -38,6 +39,9 @@ public:
     /// The stored text, or an empty one.
     std::string text(ConfigParamKey aKey) const;
     std::string location() const { return text(kLocation); }
+    /// What is played: the stored location, or, where the scheme set was "rtsps", that with it.
+    std::string url(bool aKeepsSecure) const;
+    bool is_secure() const { return m_isSecure; }
 
 private:
     Mutex m_mutex;
@@ -62,6 +66,8 @@ private:
     gchar* m_timeoutRtpAfter VIRE_GUARDED_BY(m_mutex) = nullptr;
     /// What `get` has handed out, each text once.
     mutable std::set<std::string> m_handedOut VIRE_GUARDED_BY(m_mutex);
+    /// The scheme of the location was "rtsps".
+    std::atomic<bool> m_isSecure{false};
 };
 
 }  // namespace nsGstVireRtspSrc

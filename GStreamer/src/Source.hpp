@@ -134,6 +134,8 @@ private:
     void forget_presentation();
     /// Asks the server to go on in that way. A refused seek leaves it paused: then it goes on where it was.
     void go_on(Resumption::Way aWay);
+    /// What is played of the location.
+    std::string url() const;
     void do_go_on(Resumption::Way aWay);
     bool is_live() const { return -1 == m_streamDuration; }
     /// That with which the presentation was started.

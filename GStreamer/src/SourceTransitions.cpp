@@ -102,11 +102,19 @@ void Source::go_on(Resumption::Way aWay) {
     do_go_on(is_live() ? Resumption::Way::kPlay : Resumption::Way::kResume);
 }
 
+std::string Source::url() const {
+    const bool lSecures = m_options.profile().secures();
+    if (m_settings.is_secure() && !lSecures) {
+        GST_WARNING_OBJECT(m_element, "The profile \"classic\" knows no rtsps: the connection is not secured");
+    }
+    return m_settings.url(lSecures);
+}
+
 void Source::do_go_on(Resumption::Way aWay) {
     const PlayerAccess::Hold lPlayer(m_player);
     switch (aWay) {
         case Resumption::Way::kPlay:
-            lPlayer->Play(m_requests.take_location([this] { return m_settings.location(); }), Player::Time(0));
+            lPlayer->Play(m_requests.take_location([this] { return url(); }), Player::Time(0));
             break;
         case Resumption::Way::kResume: lPlayer->Resume(); break;
         case Resumption::Way::kSeek: lPlayer->Seek(Player::Time(m_resumption.position(), GST_SECOND)); break;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "support/DebugCapture.hpp"
@@ -33,8 +34,8 @@ FakeServer::Description Generic(const char* aFormat) {
 /// What the library is told of the options.
 std::vector<std::string> Told(const FakeServer& aServer) {
     std::vector<std::string> lTold;
-    for (const char* const lKey :
-         {"RTSP:Profile", "RTSP:UserName", "RTSP:Password", "RTSP:Transports", "RTSP:UDPBuffer"}) {
+    for (const char* const lKey : {"RTSP:Profile", "RTSP:UserName", "RTSP:Password", "RTSP:Transports",
+                                   "RTSP:UDPBuffer", "RTSP:TLSAuthorities"}) {
         lTold.push_back(aServer.Setting(lKey));
     }
     return lTold;
@@ -68,7 +69,8 @@ protected:
 
 TEST_F(ProfileTest, TheOptionsAreBehindTheOldPropertiesAndAtTheirDefaults) {
     guint lId = 101;
-    for (const char* const lName : {"profile", "user-id", "user-pw", "transports", "udp-buffer-size", "stats"}) {
+    for (const char* const lName :
+         {"profile", "user-id", "user-pw", "transports", "udp-buffer-size", "stats", "tls-authorities"}) {
         GParamSpec* const lSpec = Find(mElement, lName);
         ASSERT_NE(nullptr, lSpec) << lName;
         EXPECT_EQ(lId++, lSpec->param_id);
@@ -83,20 +85,37 @@ TEST_F(ProfileTest, TheOptionsAreBehindTheOldPropertiesAndAtTheirDefaults) {
     EXPECT_EQ(0U, lSize);
     EXPECT_EQ("(null)", mElement.Text("user-id"));
     EXPECT_EQ("(null)", mElement.Text("user-pw"));
+    EXPECT_EQ("(null)", mElement.Text("tls-authorities"));
 }
 
 TEST_F(ProfileTest, LeftAloneTheOptionsAreNotForwarded) {
     mServer.Describe({FakeServer::H264()});
     ASSERT_TRUE(Start());
-    EXPECT_EQ(std::vector<std::string>(5, "(none)"), Told(mServer));
+    EXPECT_EQ(std::vector<std::string>(6, "(none)"), Told(mServer));
+}
+
+TEST_F(ProfileTest, ASecuredLocationIsPlayedAsOneInModern) {
+    for (const gint lProfile : {kModern, 0}) {
+        mServer.Describe({FakeServer::H264()});
+        mServer.TakeCalls();
+        g_object_set(mElement.Get(), "profile", lProfile, nullptr);
+        mServer.Push(0, 0, "x");
+        mElement.SetText("location", "RTSPS://host/clip");
+        EXPECT_EQ("rtsp://host/clip", mElement.Text("location"));
+        mElement.Set(GST_STATE_PAUSED);
+        const std::vector<std::string> lCalls = mServer.TakeCalls();
+        const std::string lPlayed = std::string(kModern == lProfile ? "rtsps" : "rtsp") + "://host/clip";
+        EXPECT_EQ(1, std::count(lCalls.begin(), lCalls.end(), "Play " + lPlayed + " 0.000000")) << lPlayed;
+        mElement.Set(GST_STATE_NULL);
+    }
 }
 
 TEST_F(ProfileTest, TheOptionsReadAsSetAndReachTheLibrary) {
     mServer.Describe({FakeServer::H264()});
     g_object_set(mElement.Get(), "profile", kModern, "user-id", "anna", "user-pw", "p:w", "transports", kUdp | kTcp,
-                 "udp-buffer-size", 1000000U, nullptr);
+                 "udp-buffer-size", 1000000U, "tls-authorities", "/ca.pem", nullptr);
     ASSERT_TRUE(Start());
-    EXPECT_EQ((std::vector<std::string>{"modern", "anna", "p:w", "udp,tcp", "1000000"}), Told(mServer));
+    EXPECT_EQ((std::vector<std::string>{"modern", "anna", "p:w", "udp,tcp", "1000000", "/ca.pem"}), Told(mServer));
     gint lProfile = -1;
     guint lTransports = 9;
     guint lSize = 9;
@@ -107,7 +126,7 @@ TEST_F(ProfileTest, TheOptionsReadAsSetAndReachTheLibrary) {
     EXPECT_EQ("anna", mElement.Text("user-id"));
 
     g_object_set(mElement.Get(), "profile", 0, "user-id", nullptr, "transports", kTcp, "udp-buffer-size", 0U, nullptr);
-    EXPECT_EQ((std::vector<std::string>{"classic", "", "p:w", "tcp", ""}), Told(mServer));
+    EXPECT_EQ((std::vector<std::string>{"classic", "", "p:w", "tcp", "", "/ca.pem"}), Told(mServer));
     g_object_set(mElement.Get(), "transports", kUdp, nullptr);
     EXPECT_EQ("udp", mServer.Setting("RTSP:Transports"));
     EXPECT_EQ("(null)", mElement.Text("user-id"));

@@ -96,7 +96,7 @@ TEST(Properties, AreThoseAndNoOthers) {
     }
     g_free(lSpecs);
     // The fourteen that there always were, and those of `Options`.
-    EXPECT_EQ(14U + 6U, lOwn);
+    EXPECT_EQ(14U + 7U, lOwn);
 }
 
 TEST(Properties, AreUnsetAtFirstAndReadAsSet) {
