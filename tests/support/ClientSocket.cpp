@@ -18,19 +18,21 @@ unsigned long PortOf(const std::string& aAddress) {
 }  // namespace
 
 ClientSocket ClientSocket::Find(unsigned aClientPort, unsigned aServerPort) {
-    std::ifstream lTable("/proc/net/tcp");
-    std::string lRow;
-    std::getline(lTable, lRow);
-    while (std::getline(lTable, lRow)) {
-        // sl local_address rem_address st tx_queue:rx_queue ...
-        std::istringstream lFields(lRow);
-        std::string lNumber, lLocal, lRemote, lState, lQueues;
-        lFields >> lNumber >> lLocal >> lRemote >> lState >> lQueues;
-        if (PortOf(lLocal) != aClientPort || PortOf(lRemote) != aServerPort) { continue; }
-        ClientSocket lSocket;
-        lSocket.mEstablished = kStateEstablished == std::stoul(lState, nullptr, 16);
-        lSocket.mUnread = PortOf(lQueues);
-        return lSocket;
+    for (const char* lName : {"/proc/net/tcp", "/proc/net/tcp6"}) {
+        std::ifstream lTable(lName);
+        std::string lRow;
+        std::getline(lTable, lRow);
+        while (std::getline(lTable, lRow)) {
+            // sl local_address rem_address st tx_queue:rx_queue ...
+            std::istringstream lFields(lRow);
+            std::string lNumber, lLocal, lRemote, lState, lQueues;
+            lFields >> lNumber >> lLocal >> lRemote >> lState >> lQueues;
+            if (PortOf(lLocal) != aClientPort || PortOf(lRemote) != aServerPort) { continue; }
+            ClientSocket lSocket;
+            lSocket.mEstablished = kStateEstablished == std::stoul(lState, nullptr, 16);
+            lSocket.mUnread = PortOf(lQueues);
+            return lSocket;
+        }
     }
     return ClientSocket();
 }

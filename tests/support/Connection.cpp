@@ -21,10 +21,11 @@ namespace {
 constexpr std::size_t kFrameHeader = 4;
 
 unsigned PortOf(int aSocket, int (*aNameOf)(int, sockaddr*, socklen_t*)) {
-    sockaddr_in lAddress = {};
+    sockaddr_in6 lAddress = {};
     socklen_t lSize = sizeof(lAddress);
     aNameOf(aSocket, reinterpret_cast<sockaddr*>(&lAddress), &lSize);
-    return ntohs(lAddress.sin_port);
+    // It stands at the same place for both families.
+    return ntohs(lAddress.sin6_port);
 }
 
 [[noreturn]] void Fail(const std::string& aText) {

@@ -48,8 +48,8 @@ std::string Difference(const std::string& aExpected, const std::string& aReceive
 
 }  // namespace
 
-ScriptedServer::ScriptedServer(const std::string& aScript, std::chrono::milliseconds aPatience)
-    : mSteps(ParseScript(aScript)), mPatience(aPatience), mListener(ListenOnLoopback(mPort)) {
+ScriptedServer::ScriptedServer(const std::string& aScript, std::chrono::milliseconds aPatience, int aFamily)
+    : mSteps(ParseScript(aScript)), mPatience(aPatience), mListener(ListenOnLoopback(mPort, aFamily)) {
     mVariables.Set("port", std::to_string(mPort));
     for (unsigned lTrack = 0; lTrack < kTracks; ++lTrack) {
         mMedia.emplace_back();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/socket.h>
+
 #include <memory>
 #include <mutex>
 #include <set>
@@ -59,7 +61,8 @@ namespace TestSupport {
 class ScriptedServer {
 public:
     /// Throws `std::invalid_argument` for a script that can't be read.
-    explicit ScriptedServer(const std::string& aScript, std::chrono::milliseconds aPatience = std::chrono::seconds(10));
+    explicit ScriptedServer(const std::string& aScript, std::chrono::milliseconds aPatience = std::chrono::seconds(10),
+                            int aFamily = AF_INET);
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
     ~ScriptedServer();

@@ -11,6 +11,8 @@ namespace Player::Sockets {
 /// A TCP connection whose bytes go as they are until it is secured, and within TLS from then on.
 class SecureTCP : public TCP {
 public:
+    using TCP::TCP;
+
     /// Of a connected socket; see `TLS`. It stays in non-blocking mode.
     void Secure(const std::string& aHost, const std::string& aAuthorities, UInt aTimeoutSec) {
         NonBlockingMode(true);

@@ -11,8 +11,8 @@ namespace Player::Sockets {
 
 namespace {
 
-UInt Create() {
-    const int lSocket = ::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+UInt Create(SInt aFamily) {
+    const int lSocket = ::socket(aFamily, SOCK_STREAM, IPPROTO_TCP);
     if (lSocket < 0) {
         const int lErrno = errno;
         PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kCreateFailed, lErrno, "TCP::Create(): Failed to create [%u]",
@@ -23,11 +23,11 @@ UInt Create() {
 
 }  // namespace
 
-TCP::TCP() : Socket(Create()) {}
+TCP::TCP(SInt aFamily) : Socket(Create(aFamily)), mFamily(aFamily) {}
 
 void TCP::Reset() {
     Close();
-    Adopt(Create());
+    Adopt(Create(mFamily));
 }
 
 }  // namespace Player::Sockets

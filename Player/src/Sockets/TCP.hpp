@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/socket.h>
+
 #include "Sockets/Socket.hpp"
 
 namespace Player::Sockets {
@@ -7,9 +9,12 @@ namespace Player::Sockets {
 class TCP : public Socket {
 public:
     /// Throws `NetworkErr` `kCreateFailed`.
-    TCP();
+    explicit TCP(SInt aFamily = AF_INET);
     /// Closes the descriptor and makes a fresh one. Throws `NetworkErr` `kCreateFailed`.
     void Reset();
+
+private:
+    SInt mFamily;
 };
 
 }  // namespace Player::Sockets

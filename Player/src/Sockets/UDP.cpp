@@ -15,8 +15,8 @@ namespace Player::Sockets {
 
 namespace {
 
-UInt Create() {
-    const int lSocket = ::socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
+UInt Create(SInt aFamily) {
+    const int lSocket = ::socket(aFamily, SOCK_DGRAM, IPPROTO_UDP);
     if (lSocket < 0) {
         const int lErrno = errno;
         PLAYER_THROW_SYSTEM(NetworkErr, ErrorCode::kCreateFailed, lErrno, "UDP::Create(): Failed to create [%u]",
@@ -27,11 +27,11 @@ UInt Create() {
 
 }  // namespace
 
-UDP::UDP() : Socket(Create()) {}
+UDP::UDP(SInt aFamily) : Socket(Create(aFamily)), mFamily(aFamily) {}
 
 void UDP::Reset() {
     Close();
-    Adopt(Create());
+    Adopt(Create(mFamily));
 }
 
 SInt UDP::WriteTo(const void* aData, UInt aSize, const Address& aTo) {
@@ -62,9 +62,11 @@ UInt UDP::ReadMany(DatagramBatch& aBatch) const {
 }
 
 bool UDP::TakeRefusal() {
+    const int lLevel = AF_INET6 == mFamily ? IPPROTO_IPV6 : IPPROTO_IP;
+    const int lKind = AF_INET6 == mFamily ? IPV6_RECVERR : IP_RECVERR;
     if (!mKeepsRefusals) {
         const int lOn = 1;
-        mKeepsRefusals = 0 == ::setsockopt(Descriptor(), IPPROTO_IP, IP_RECVERR, &lOn, sizeof lOn);
+        mKeepsRefusals = 0 == ::setsockopt(Descriptor(), lLevel, lKind, &lOn, sizeof lOn);
         return false;
     }
     bool lIsRefused = false;
@@ -77,7 +79,7 @@ bool UDP::TakeRefusal() {
         lMessage.msg_controllen = sizeof lControl;
         if (::recvmsg(Descriptor(), &lMessage, MSG_ERRQUEUE | MSG_DONTWAIT) < 0) { break; }
         for (cmsghdr* lPart = CMSG_FIRSTHDR(&lMessage); nullptr != lPart; lPart = CMSG_NXTHDR(&lMessage, lPart)) {
-            if (IPPROTO_IP != lPart->cmsg_level || IP_RECVERR != lPart->cmsg_type) { continue; }
+            if (lLevel != lPart->cmsg_level || lKind != lPart->cmsg_type) { continue; }
             sock_extended_err lError{};
             std::memcpy(&lError, CMSG_DATA(lPart), sizeof lError);
             lIsRefused = lIsRefused || ECONNREFUSED == static_cast<int>(lError.ee_errno);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/socket.h>
+
 #include "Sockets/DatagramBatch.hpp"
 #include "Sockets/Socket.hpp"
 
@@ -8,7 +10,7 @@ namespace Player::Sockets {
 class UDP : public Socket {
 public:
     /// Throws `NetworkErr` `kCreateFailed`.
-    UDP();
+    explicit UDP(SInt aFamily = AF_INET);
     /// Closes the descriptor and makes a fresh one. Throws `NetworkErr` `kCreateFailed`.
     void Reset();
 
@@ -23,6 +25,7 @@ public:
     bool TakeRefusal();
 
 private:
+    SInt mFamily;
     bool mKeepsRefusals = false;
 };
 

@@ -1,6 +1,7 @@
 #include "MediaSessions/RTSP/Connection.hpp"
 
 #include <cerrno>
+#include <vector>
 
 #include "MediaSessions/RTSP/URLResolution.hpp"
 #include "Player/Mem.hpp"
@@ -50,12 +51,11 @@ void Connection::DoReconnect(const std::string& aAuthority) {
             PLAYER_THROW(NetworkErr, ErrorCode::kTLSFailed, "RTSP::DoReconnect(): %s", "No rtsps through a proxy");
         }
         const auto [lHost, lPort] = Speaks().Address(lProxy.empty() ? aAuthority : lProxy, mIsSecure);
-        mSocket.Set(new Sockets::SecureTCP);
-        if (!mConfig.mUseLocalIP.empty()) { mSocket->Bind(Address(mConfig.mUseLocalIP.c_str(), nullptr)); }
-        mServerAddress.Lookup(lHost.c_str(), lPort.c_str());
-        mSocket->NonBlockingMode(true);
-        mSocket->Connect(mServerAddress, mConfig.mTimeOutAfter);
-        mSocket->NonBlockingMode(false);
+        if (Speaks().TriesAllAddresses()) {
+            ReachAny(Address::All(lHost.c_str(), lPort.c_str()));
+        } else {
+            ReachHost(lHost, lPort);
+        }
         if (mIsSecure) { mSocket->Secure(lHost, mConfig.mTLSAuthorities, mConfig.mTimeOutAfter); }
         Report(__FILE__, __LINE__, Severity::Info, "Connected to IP: %s", mServerAddress.HostAsString(true).c_str());
     } catch (...) {
@@ -63,6 +63,36 @@ void Connection::DoReconnect(const std::string& aAuthority) {
         Report(__FILE__, __LINE__, Severity::Error, "Failed to connect to RTSP server: %s, Via proxy: %s",
                lServer.c_str(), lVia.c_str());
         throw;
+    }
+}
+
+void Connection::Open(SInt aFamily) {
+    mSocket.Set(new Sockets::SecureTCP(aFamily));
+    if (!mConfig.mUseLocalIP.empty()) { mSocket->Bind(Address(mConfig.mUseLocalIP.c_str(), nullptr, aFamily)); }
+}
+
+void Connection::Reach() {
+    mSocket->NonBlockingMode(true);
+    mSocket->Connect(mServerAddress, mConfig.mTimeOutAfter);
+    mSocket->NonBlockingMode(false);
+}
+
+void Connection::ReachHost(const std::string& aHost, const std::string& aPort) {
+    Open(AF_INET);
+    mServerAddress.Lookup(aHost.c_str(), aPort.c_str());
+    Reach();
+}
+
+void Connection::ReachAny(const std::vector<Address>& aAddresses) {
+    for (const Address& lAddress : aAddresses) {
+        try {
+            Open(lAddress.Family());
+            mServerAddress = lAddress;
+            return Reach();
+        } catch (const NetworkErr& lException) {
+            if (&lAddress == &aAddresses.back()) { throw; }
+            Report(__FILE__, __LINE__, Severity::Info, "Trying the next address: %s", lException.Message());
+        }
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 #include "MediaSessions/RTSP/Configuration.hpp"
 #include "Player/Buffer.hpp"
@@ -39,6 +40,8 @@ public:
     void DoConnect(const std::string& aAuthority);
     /// Opens a new connection and keeps what is buffered.
     void DoReconnect(const std::string& aAuthority);
+    /// Opens a connection to the first of the addresses, one at least, that can be reached.
+    void ReachAny(const std::vector<Address>& aAddresses);
     void DoConnectionReset();
     /// Whether another request can go out on it: open at both ends, and in step.
     bool IsUsable() const;
@@ -89,6 +92,12 @@ private:
         UInt mTerminator;
     };
 
+    /// Makes the socket.
+    void Open(SInt aFamily);
+    /// Connects it to the server's address.
+    void Reach();
+    /// The host's first IPv4 address.
+    void ReachHost(const std::string& aHost, const std::string& aPort);
     bool HasWaitedTooLong() const;
     /// Reads what comes next, with room for `aSize` bytes. The count, 0 at the end of the data.
     UInt ReadOnce(UInt aSize);

@@ -36,6 +36,8 @@ public:
 
     /// Host and port to connect to.
     virtual std::pair<std::string, std::string> Address(const std::string& aAuthority, bool aIsSecure) const = 0;
+    /// Whether a host is tried at each of its addresses, of IPv6 as well, or at its first of IPv4 alone.
+    virtual bool TriesAllAddresses() const = 0;
     /// Whether a URL is played within TLS.
     virtual bool IsSecure(const std::string& aURL) const = 0;
 
@@ -92,6 +94,7 @@ public:
     Transports DefaultTransports() const override { return {true, false}; }
     UInt UDPBuffer(const std::string& aMediaType) const override;
     std::pair<std::string, std::string> Address(const std::string& aAuthority, bool aIsSecure) const override;
+    bool TriesAllAddresses() const override { return false; }
     /// Reports that "rtsps" is not what it says.
     bool IsSecure(const std::string& aURL) const override;
     void Prepare(Buffer& /*aSDP*/) const override {}
@@ -132,6 +135,7 @@ public:
     Transports DefaultTransports() const override { return {true, true}; }
     UInt UDPBuffer(const std::string& aMediaType) const override;
     std::pair<std::string, std::string> Address(const std::string& aAuthority, bool aIsSecure) const override;
+    bool TriesAllAddresses() const override { return true; }
     bool IsSecure(const std::string& aURL) const override;
     void Prepare(Buffer& aSDP) const override;
     SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const override;

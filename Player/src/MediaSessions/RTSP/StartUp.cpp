@@ -181,7 +181,7 @@ void RTSP::CreateTransport() {
         mMessages.SetFrameReceiver(lTransport);
     } else {
         mTransport.Set(new RTP::Transports::OverUDP(mConfiguration.mUseUDPPortsFrom, mConfiguration.mUseUDPPortsTo,
-                                                    mConfiguration.mUseLocalIP));
+                                                    mConfiguration.mUseLocalIP, mConnection.ServerAddress().Family()));
     }
     if (0 != mConfiguration.mQueueLimit) { mTransport->LimitQueues(std::size_t{mConfiguration.mQueueLimit} << 20); }
 }

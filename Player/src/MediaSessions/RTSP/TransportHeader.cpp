@@ -14,6 +14,12 @@ std::string FirstTwoPorts(const std::string& aPorts) {
     return std::string::npos == lFirst ? aPorts : aPorts.substr(0, aPorts.find('-', lFirst + 1));
 }
 
+/// "[::1]" is found for "::1".
+std::string WithoutBrackets(const std::string& aAddress) {
+    const bool lHasBrackets = aAddress.size() > 2 && '[' == aAddress.front() && ']' == aAddress.back();
+    return lHasBrackets ? aAddress.substr(1, aAddress.size() - 2) : aAddress;
+}
+
 }  // namespace
 
 TransportHeader TransportHeader::Parse(const std::string& aValue) {
@@ -27,7 +33,7 @@ TransportHeader TransportHeader::Parse(const std::string& aValue) {
     lWith("ssrc", [&](const std::string& aText) { lHeader.mSSRC = HexToUInt(aText); });
     lWith("seq", [&](const std::string& aText) { lHeader.mSeq = static_cast<unsigned short>(DecimalToUInt(aText)); });
     lWith("rtptime", [&](const std::string& aText) { lHeader.mRTPTime = DecimalToUInt(aText); });
-    lWith("source", [&](const std::string& aText) { lHeader.mSource = aText; });
+    lWith("source", [&](const std::string& aText) { lHeader.mSource = WithoutBrackets(aText); });
     lWith("server_port", [&](const std::string& aText) { lHeader.mServerPorts = FirstTwoPorts(aText); });
     lWith("interleaved", [&](const std::string& aText) { lHeader.mChannels = aText; });
     return lHeader;

@@ -21,9 +21,9 @@ constexpr UInt kMaxBatches = 128;
 constexpr UInt kMaxRTCPPackets = 128;
 
 /// An empty local IP stands for every address.
-Address LocalAddress(const String& aLocalIP, UInt aPort) {
-    if (aLocalIP.empty()) { return Address(aPort); }
-    return Address(aLocalIP.c_str(), StringWithFormat("%u", aPort).c_str());
+Address LocalAddress(const String& aLocalIP, UInt aPort, SInt aFamily) {
+    if (aLocalIP.empty()) { return Address(aFamily, aPort); }
+    return Address(aLocalIP.c_str(), StringWithFormat("%u", aPort).c_str(), aFamily);
 }
 
 void BindSocket(Sockets::UDP& aSocket, UInt aReceiveBuffer, const Address& aAddress) {
@@ -33,11 +33,11 @@ void BindSocket(Sockets::UDP& aSocket, UInt aReceiveBuffer, const Address& aAddr
 }
 
 /// A datagram that goes out opens the way for those that come in through a NAT.
-void PunchHole(Sockets::UDP& aSocket, const String& aIP, const String& aPort) {
+void PunchHole(Sockets::UDP& aSocket, SInt aFamily, const String& aIP, const String& aPort) {
     constexpr Byte kNothing[8] = {};
     Report(__FILE__, __LINE__, Severity::Info, "Punching a hole to IP: %s, Port: %s", aIP.c_str(), aPort.c_str());
     try {
-        aSocket.WriteTo(kNothing, sizeof(kNothing), Address(aIP.c_str(), aPort.c_str()));
+        aSocket.WriteTo(kNothing, sizeof(kNothing), Address(aIP.c_str(), aPort.c_str(), aFamily));
     } catch (const NetworkErr& lError) {
         // Without a NAT media will come all the same.
         Report(__FILE__, __LINE__, Severity::Warning, "OverUDP::PunchHole(): %s", lError.Message());
@@ -64,7 +64,8 @@ void ReportOnce(bool& aFails, unsigned aPort, const NetworkErr& aError) {
 
 }  // namespace
 
-UDPTrack::UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP) {
+UDPTrack::UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP, SInt aFamily)
+    : mFamily(aFamily), mRTPSocket(aFamily), mRTCPSocket(aFamily) {
     PLAYER_ASSERT((0 == aPortsBeg % 2) && 0 == (aPortsEnd % 2) && aPortsEnd > aPortsBeg);
     const UInt lRange = aPortsEnd - aPortsBeg;
     const UInt lStart = static_cast<UInt>(std::rand()) * 2 % lRange;
@@ -76,8 +77,8 @@ UDPTrack::UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP) {
 
 bool UDPTrack::TryPort(UInt aPort, const String& aLocalIP) {
     try {
-        BindSocket(mRTPSocket, kRTPReceiveBuffer, LocalAddress(aLocalIP, aPort));
-        BindSocket(mRTCPSocket, kRTCPReceiveBuffer, LocalAddress(aLocalIP, aPort + 1));
+        BindSocket(mRTPSocket, kRTPReceiveBuffer, LocalAddress(aLocalIP, aPort, mFamily));
+        BindSocket(mRTCPSocket, kRTCPReceiveBuffer, LocalAddress(aLocalIP, aPort + 1, mFamily));
     } catch (...) {
         // The RTCP socket is as good as new: it comes last, and only a successful bind would mark it.
         mRTPSocket.Reset();
@@ -87,11 +88,11 @@ bool UDPTrack::TryPort(UInt aPort, const String& aLocalIP) {
     return true;
 }
 
-OverUDP::OverUDP(unsigned int aPortsBegin, unsigned int aPortsEnd, const String& aLocalIP)
-    : mPortsBegin(aPortsBegin), mPortsEnd(aPortsEnd), mLocalIP(aLocalIP) {}
+OverUDP::OverUDP(unsigned int aPortsBegin, unsigned int aPortsEnd, const String& aLocalIP, SInt aFamily)
+    : mPortsBegin(aPortsBegin), mPortsEnd(aPortsEnd), mLocalIP(aLocalIP), mFamily(aFamily) {}
 
 TrackIdx OverUDP::AddTrack() {
-    return Add(ScopedPtr<UDPTrack>(new UDPTrack(mPortsBegin, mPortsEnd, mLocalIP)));
+    return Add(ScopedPtr<UDPTrack>(new UDPTrack(mPortsBegin, mPortsEnd, mLocalIP, mFamily)));
 }
 
 String OverUDP::GetTrackLocalPorts(TrackIdx aIdx) const {
@@ -122,8 +123,8 @@ void OverUDP::PreflightTrack(UDPTrack& aTrack, Time aNow) {
     std::vector<String> lPorts;
     Split(aTrack.mRemotePorts, '-', lPorts);
     PLAYER_ASSERT(2 >= lPorts.size());
-    if (!lPorts.empty()) { PunchHole(aTrack.mRTPSocket, aTrack.mRemoteIP, lPorts[0]); }
-    if (1 < lPorts.size()) { PunchHole(aTrack.mRTCPSocket, aTrack.mRemoteIP, lPorts[1]); }
+    if (!lPorts.empty()) { PunchHole(aTrack.mRTPSocket, aTrack.mFamily, aTrack.mRemoteIP, lPorts[0]); }
+    if (1 < lPorts.size()) { PunchHole(aTrack.mRTCPSocket, aTrack.mFamily, aTrack.mRemoteIP, lPorts[1]); }
 }
 
 UInt OverUDP::SetTrackReceiveBuffer(TrackIdx aIdx, UInt aBytes) {

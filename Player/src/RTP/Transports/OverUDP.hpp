@@ -10,8 +10,10 @@ namespace Player::RTP::Transports {
 struct UDPTrack : Track {
     /// Binds the first free pair within [aPortsBeg, aPortsEnd), both even, beginning at a random one.
     /// An empty local IP stands for every address. Throws `RTPErr` `kNoPorts` when no pair is free.
-    UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP);
+    UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP, SInt aFamily = AF_INET);
 
+    /// Of its addresses.
+    SInt mFamily;
     Sockets::UDP mRTPSocket;
     Sockets::UDP mRTCPSocket;
     unsigned short mLocalRTPPort = 0;
@@ -32,8 +34,9 @@ class OverUDP : public TrackTransport<UDPTrack> {
 public:
     using Track = UDPTrack;
 
-    /// Local ports to choose from: even bounds, the second one excluded. The local IP may be empty.
-    OverUDP(unsigned int aPortsBegin, unsigned int aPortsEnd, const String& aLocalIP);
+    /// Local ports to choose from: even bounds, the second one excluded. The local IP may be empty. The family is that
+    /// of the server's address.
+    OverUDP(unsigned int aPortsBegin, unsigned int aPortsEnd, const String& aLocalIP, SInt aFamily = AF_INET);
 
     /// Throws `RTPErr` `kNoPorts` when no port pair is free.
     TrackIdx AddTrack() override;
@@ -57,6 +60,7 @@ private:
     UInt mPortsBegin;
     UInt mPortsEnd;
     String mLocalIP;
+    SInt mFamily;
     /// Used by one track at a time.
     Sockets::DatagramBatch mBatch;
 };

@@ -306,5 +306,22 @@ TEST_F(ConnectionTest, ADirectWriteThatFailsResetsTheConnection) {
     EXPECT_FALSE(mConnection.IsOpen());
 }
 
+TEST_F(ConnectionTest, TheNextAddressIsTriedWhereOneIsNotReached) {
+    const int lClosed = Testing::Peer::Bound();
+    const Address lNobody("127.0.0.1", std::to_string(Testing::Peer::PortOf(lClosed)).c_str());
+    const Address lServer("127.0.0.1", mPeer.Port().c_str());
+    mConnection.ReachAny({lNobody, Address("::1", mPeer.Port().c_str(), AF_INET6), lServer});
+    mPeer.Accept();
+    EXPECT_EQ("127.0.0.1", mConnection.ServerAddress().HostAsString(true));
+    EXPECT_EQ(2U, mReports.Messages(Severity::Info).size());
+    mConnection.WriteLn("x");
+    mConnection.Flush();
+    mPeer.Expect("x\r\n");
+    EXPECT_EQ("3/35 Socket::Connect(): Failed to get last error [111]", Testing::Thrown([&] {
+                  mConnection.ReachAny({lNobody, lNobody});
+              }));
+    close(lClosed);
+}
+
 }  // namespace
 }  // namespace Player::MediaSessions

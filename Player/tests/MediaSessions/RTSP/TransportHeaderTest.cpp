@@ -43,5 +43,11 @@ TEST(TransportHeaderTest, AServerHasTwoPortsAtMost) {
     EXPECT_EQ("-", TransportHeader::Parse("server_port=--").mServerPorts);
 }
 
+TEST(TransportHeaderTest, AnAddressMayStandInBrackets) {
+    EXPECT_EQ("2001:db8::1", TransportHeader::Parse("source=[2001:db8::1]").mSource.value());
+    EXPECT_EQ("::1", TransportHeader::Parse("source=::1").mSource.value());
+    EXPECT_EQ("[]", TransportHeader::Parse("source=[]").mSource.value());
+}
+
 }  // namespace
 }  // namespace Player::MediaSessions
