@@ -24,7 +24,7 @@ CASES = (
     ("virertsp probe -c RTSP:Prof", ["probe", "-c", "RTSP:Profile="]),
     ("virertsp record --output uniq", ["record", "--output", "unique.mp4"]),
     ("virertsp record --output=uniq", ["record", "--output=unique.mp4"]),
-    ("virertsp stats rt", ["stats", "rtsp://"]),
+    ("virertsp stats rtsp:", ["stats", "rtsp://"]),
 )
 
 

@@ -53,7 +53,7 @@ std::string Candidate(const std::string& aTyped, const std::string& aWord, const
     return aWord + (aMeaning.empty() ? "" : "\t" + aMeaning) + "\n";
 }
 
-std::string Candidates(const std::vector<GOptionEntry>& aEntries, const Words& aWords) {
+std::string Candidates(const std::vector<GOptionEntry>& aEntries, const Words& aWords, bool aFiles) {
     if (aWords.empty()) { return ""; }
     const std::string& lTyped = aWords.back();
     const std::string lBefore = aWords.size() > 1 ? aWords[aWords.size() - 2] : "";
@@ -66,7 +66,8 @@ std::string Candidates(const std::vector<GOptionEntry>& aEntries, const Words& a
         }
     }
     if (0 == lTyped.compare(0, 1, "-")) { return OptionCandidates(aEntries, lTyped); }
-    return Candidate(lTyped, "rtsp://", "");
+    const std::string lLines = Candidate(lTyped, "rtsp://", "") + Candidate(lTyped, "rtsps://", "within TLS");
+    return lLines.empty() && aFiles ? kFiles : lLines;
 }
 
 }  // namespace Virertsp

@@ -15,8 +15,8 @@ constexpr char kComplete[] = "--complete";
 
 /// What a shell may offer for the last word, one candidate a line with its meaning after a tab; ":files" stands for the
 /// names of files. The candidates come from the table of options itself, so that they can't differ from it.
-/// `aEntries`: all options, without an empty one at the end.
-std::string Candidates(const std::vector<GOptionEntry>& aEntries, const Words& aWords);
+/// `aEntries`: all options, without an empty one at the end. `aFiles`: a file may stand for the location.
+std::string Candidates(const std::vector<GOptionEntry>& aEntries, const Words& aWords, bool aFiles);
 
 /// A line for the candidate if it begins with what was typed, else nothing.
 std::string Candidate(const std::string& aTyped, const std::string& aWord, const std::string& aMeaning);

@@ -102,7 +102,9 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     if (aCount > 1 && 0 == std::strcmp(aArguments[1], kComplete)) {
-        g_print("%s", Candidates(Entries(aEntries, lCommon), Words(aArguments + 2, aArguments + aCount)).c_str());
+        g_print("%s", Candidates(Entries(aEntries, lCommon), Words(aArguments + 2, aArguments + aCount),
+                                 Operands::kURLOrFile == aOperands)
+                          .c_str());
         return false;
     }
     g_set_prgname((std::string("virertsp ") + aArguments[0]).c_str());

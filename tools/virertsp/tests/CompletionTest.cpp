@@ -8,6 +8,7 @@
 #include "commands/Command.hpp"
 #include "commands/Probe.hpp"
 #include "commands/Record.hpp"
+#include "commands/Report.hpp"
 #include "commands/Stats.hpp"
 
 namespace Virertsp {
@@ -23,7 +24,7 @@ std::string Offered(int (*aCommand)(int, char**), Words aWords) {
 }
 
 TEST(CompletionTest, OffersEveryOptionOfTheHelp) {
-    for (const auto lCommand : {RunRecord, RunProbe, RunStats}) {
+    for (const auto lCommand : {RunRecord, RunProbe, RunStats, RunReport}) {
         const std::string lHelp = RunCommand(lCommand, {"--help"}).mOutput;
         const std::string lOffered = Offered(lCommand, {"--"});
         std::istringstream lLines(lHelp);
@@ -55,10 +56,12 @@ TEST(CompletionTest, AValueIsOfItsOption) {
 }
 
 TEST(CompletionTest, ALocationFollowsAnOptionWithoutValue) {
-    EXPECT_EQ("rtsp://\n", Offered(RunStats, {"--tcp", ""}));
-    EXPECT_EQ("rtsp://\n", Offered(RunStats, {""}));
+    EXPECT_EQ("rtsp://\nrtsps://\twithin TLS\n", Offered(RunStats, {"--tcp", ""}));
+    EXPECT_EQ("rtsp://\n", Offered(RunStats, {"rtsp:"}));
     EXPECT_EQ("", Offered(RunStats, {"http"}));
     EXPECT_EQ("", Offered(RunStats, {}));
+    EXPECT_EQ(":files\n", Offered(RunReport, {"cap"}));
+    EXPECT_EQ("rtsps://\twithin TLS\n", Offered(RunReport, {"rtsps"}));
 }
 
 }  // namespace

@@ -6,13 +6,14 @@
 #include "commands/Command.hpp"
 #include "commands/Probe.hpp"
 #include "commands/Record.hpp"
+#include "commands/Report.hpp"
 #include "commands/Stats.hpp"
 
 namespace Virertsp {
 namespace {
 
 TEST(HelpTest, FitsEightyColumns) {
-    for (const auto lCommand : {RunRecord, RunProbe, RunStats}) {
+    for (const auto lCommand : {RunRecord, RunProbe, RunStats, RunReport}) {
         const Outcome lOutcome = RunCommand(lCommand, {"--help"});
         EXPECT_EQ(kExitOk, lOutcome.mCode);
         std::istringstream lText(lOutcome.mOutput);
