@@ -99,8 +99,9 @@ class PluginTest(unittest.TestCase):
     def test_in_usr(self):
         """It lies where GStreamer looks."""
         build = self.folder / "build"
-        run("cmake", "-S", str(SOURCE), "-B", str(build), "-DCMAKE_INSTALL_PREFIX=/usr", "-DBUILD_TESTING=OFF",
-            "-DVIRE_GST_LEGS=1.0", f"-DCMAKE_CXX_COMPILER={os.environ['CXX']}")
+        run("cmake", "-S", str(SOURCE), "-B", str(build), "-DCMAKE_INSTALL_PREFIX=/usr",
+            "-DCMAKE_INSTALL_LIBDIR=lib", "-DBUILD_TESTING=OFF", "-DVIRE_GST_LEGS=1.0",
+            f"-DCMAKE_CXX_COMPILER={os.environ['CXX']}")
         # What is built already need not be built again to see where it goes.
         plugin = pathlib.Path(os.environ["PLUGIN"])
         (build / "GStreamer/1.0").mkdir(exist_ok=True)
