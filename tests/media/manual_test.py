@@ -29,7 +29,7 @@ class ManualTest(unittest.TestCase):
 
     def test_commands_and_options(self):
         commands = re.findall(r"^  ([a-z]+)  +[A-Z]", help_of(), re.MULTILINE)
-        self.assertEqual(["record", "probe", "stats", "report"], commands)
+        self.assertEqual(["record", "probe", "stats", "report", "watch"], commands)
         for command in commands:
             self.assertIn(f".SS {command}\n", self.page)
             options = re.findall(r"^  (?:-\w, )?(--[a-z]+)", help_of(command), re.MULTILINE)
@@ -38,7 +38,8 @@ class ManualTest(unittest.TestCase):
                 self.assertRegex(self.page, rf"(?m)^\.BR? (?:-\w \", \" )?{option}\b", f"{command} {option}")
 
     def test_exit_codes(self):
-        for text in (help_of(), help_of("record"), help_of("probe"), help_of("stats"), help_of("report")):
+        for text in (help_of(), help_of("record"), help_of("probe"), help_of("stats"), help_of("report"),
+                     help_of("watch")):
             codes = re.findall(r"^  (\d)  (.*)$", text, re.MULTILINE)
             self.assertEqual([str(code) for code in range(9)], [code for code, _ in codes])
             for code, meaning in codes:

@@ -15,6 +15,7 @@
 #include "commands/Record.hpp"
 #include "commands/Report.hpp"
 #include "commands/Stats.hpp"
+#include "commands/Watch.hpp"
 
 namespace {
 
@@ -25,6 +26,7 @@ constexpr Command kCommands[] = {
     {"probe", "Tell what a server says of a location, and what its tracks become", Virertsp::RunProbe},
     {"stats", "Play a location and show its reception every second", Virertsp::RunStats},
     {"report", "Write a page of what a server says and of the reception", Virertsp::RunReport},
+    {"watch", "Play several locations and show a line for each", Virertsp::RunWatch},
 };
 
 void PrintHelp(std::FILE* aOut) {

@@ -159,6 +159,11 @@ void SessionOptions::Open(ProbePlayer& aPlayer) const {
     Play(aPlayer, mGiven.front());
 }
 
+void SessionOptions::Check() const {
+    ProbePlayer lPlayer;
+    Configure(lPlayer, Settings(), mConfig);
+}
+
 void SessionOptions::Play(ProbePlayer& aPlayer, const std::string& aURL) const {
     Configure(aPlayer, Settings(), mConfig);
     try {
@@ -197,13 +202,17 @@ double Seconds(double aValue) {
     return aValue;
 }
 
-void Leave(Player::MediaPlayer& aPlayer) {
-    const ImpatientWait lWait(kExitOk);
+void CloseQuietly(Player::MediaPlayer& aPlayer) {
     try {
         // The request is what counts; the answer changes nothing any more.
         aPlayer.SetConfigParam(Setting::kTimeOutAfter, "2");
         aPlayer.Close();
     } catch (const Player::Exception&) { return; }
+}
+
+void Leave(Player::MediaPlayer& aPlayer) {
+    const ImpatientWait lWait(kExitOk);
+    CloseQuietly(aPlayer);
 }
 
 }  // namespace Virertsp

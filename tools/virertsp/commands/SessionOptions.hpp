@@ -51,6 +51,8 @@ public:
     /// Plays the location. The library's messages are silenced unless they were asked for.
     /// Throws `Failure`, also when no track can be played.
     void Open(ProbePlayer& aPlayer) const;
+    /// Throws `Failure` for settings that no session takes.
+    void Check() const;
     /// Plays this location; several threads may do so, each with a player of its own. Throws as `Open` does.
     void Play(ProbePlayer& aPlayer, const std::string& aURL) const;
 
@@ -74,7 +76,10 @@ private:
 /// Gives back what a "--seconds" option may say. Throws `Failure` for other numbers.
 double Seconds(double aValue);
 
-/// Leaves the server. What it thinks of that does not matter any more.
+/// Leaves the server, and waits up to two seconds for its answer, whatever that is.
+void CloseQuietly(Player::MediaPlayer& aPlayer);
+
+/// The same; a user who has had enough need not wait for so long. What it thinks of that does not matter any more.
 void Leave(Player::MediaPlayer& aPlayer);
 
 /// Leaves the server at its end, however that comes.
