@@ -39,19 +39,13 @@ ANSWER = ["--config", "RTSP:TimeOutAfter=3"]
 class Server:
     """A server by name, how it is started, and what should play there."""
 
-    def __init__(self, name, start, transports=TRANSPORTS, classic=TRANSPORTS, live=False, user=False, tracks=1,
-                 element=True):
+    def __init__(self, name, start, transports=TRANSPORTS, classic=TRANSPORTS, live=False, user=False, tracks=1):
         self.name = name
         self.start = start
         self.should = {"modern": transports, "classic": classic}
         self.live = live
         self.user = user
         self.tracks = tracks
-        self.element = element
-
-    def should_play(self, profile, transport, who):
-        return transport in self.should[profile] and (self.element or who == "tool")
-
 
 # ---------------------------------------------------------------- starting servers
 
@@ -208,8 +202,8 @@ def servers():
         Server("gst-rtsp-server, UDP only", gst("--udp-only"), ("udp", "udp,tcp"), ("udp", "udp,tcp")),
         # In classic the first description of a type speaks for all tracks of that type.
         Server("gst-rtsp-server, two videos", gst("--twice"), classic=(), tracks=2),
-        # The element takes no authorities but the system's.
-        Server("gst-rtsp-server, TLS", gst("--certificate", certificate()), ("tcp", "udp,tcp"), (), element=False),
+        Server("gst-rtsp-server, TLS", gst("--certificate", certificate()), ("tcp", "udp,tcp"), ()),
+        Server("gst-rtsp-server, IPv6", gst("--address", "::1"), classic=()),
         Server("VLC", vlc, ("udp", "udp,tcp"), (), live=True),
         # It answers nothing to a track at a URL that it does not know.
         Server("rtsp-server-perl", perl, ("udp", "udp,tcp"), (), live=True),
@@ -266,6 +260,7 @@ def play_with_element(server, url, transport, profile, folder, enough):
             f"transports={transport.replace(',', '+')}", "rtp-buffer-size=0",
             "timeout-rtsp-after=3"]
     line += [f"user-id={USER[0]}", f"user-pw={USER[1]}"] if server.user else []
+    line += [f"tls-authorities={certificate()}"] if url.startswith("rtsps:") else []
     for track, file in enumerate(files):
         line += [f"source.src{track}", "!"]
         line += ["queue", "!", "filesink", "buffer-mode=unbuffered", f"location={file}"]
@@ -347,7 +342,7 @@ def row(server, transport, found):
     for profile in PROFILES:
         for who in ("tool", "element"):
             plays, words = found[profile, transport, who]
-            should = server.should_play(profile, transport, who)
+            should = transport in server.should[profile]
             cells.append(words if plays or not should else f"**{words}**")
     return "| " + " | ".join(cell.replace("|", "/") for cell in cells) + " |"
 
@@ -355,7 +350,7 @@ def row(server, transport, found):
 def surprises(server, found):
     return [f"{server.name}, {transport}, {profile}, {who}: {words}"
             for (profile, transport, who), (plays, words) in found.items()
-            if server.should_play(profile, transport, who) and not plays]
+            if transport in server.should[profile] and not plays]
 
 
 def main():
