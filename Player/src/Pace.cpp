@@ -4,17 +4,19 @@ namespace Player {
 
 namespace {
 
-/// After a look that brings fewer than this many packets the next may come later ...
-constexpr unsigned kFew = 24;
-/// ... and after one that brings this many it should come sooner: a UDP socket holds about 180 of full size.
-constexpr unsigned kMany = 64;
+/// A look that brings so many packets is worth its cost: it comes later as long as it brings no more ...
+constexpr unsigned kEnough = 48;
+/// ... and one that brings so many should come sooner: a UDP socket holds about 180 of full size, and a picture's
+/// packets come all at once.
+constexpr unsigned kMany = 80;
 
 }  // namespace
 
 std::chrono::milliseconds Pace::Next(unsigned aPackets) {
+    const auto lWait = static_cast<unsigned>(mWait.count());
     if (aPackets >= kMany) {
         mWait = kShortest;
-    } else if (aPackets < kFew && mWait < kLongest) {
+    } else if (aPackets * (lWait + 1) < kEnough * lWait && mWait < kLongest) {
         ++mWait;
     }
     return mWait;

@@ -11,12 +11,26 @@ TEST(PaceTest, IdleLooksGrowRareAndBurstsBringThemBack) {
     for (int i = 0; i < 30; ++i) {
         lPace.Next(0);
     }
-    EXPECT_EQ(20, lPace.Next(23).count());
-    EXPECT_EQ(20, lPace.Next(24).count());
-    EXPECT_EQ(20, lPace.Next(63).count());
-    EXPECT_EQ(1, lPace.Next(64).count());
-    EXPECT_EQ(1, lPace.Next(24).count());
+    EXPECT_EQ(20, lPace.Next(47).count());
+    EXPECT_EQ(20, lPace.Next(79).count());
+    EXPECT_EQ(1, lPace.Next(80).count());
+    EXPECT_EQ(1, lPace.Next(24).count()) << "the next would bring 48";
     EXPECT_EQ(2, lPace.Next(23).count());
+}
+
+TEST(PaceTest, LooksBringTheSameNumberAtEveryRate) {
+    const struct {
+        unsigned mPacketsPerMillisecond;
+        int mWait;
+    } kRates[] = {{1, 20}, {4, 11}, {9, 5}, {18, 2}, {36, 1}, {100, 1}};
+    for (const auto& lRate : kRates) {
+        Pace lPace;
+        auto lWait = Pace::kShortest;
+        for (int i = 0; i < 100; ++i) {
+            lWait = lPace.Next(lRate.mPacketsPerMillisecond * static_cast<unsigned>(lWait.count()));
+        }
+        EXPECT_EQ(lRate.mWait, lWait.count()) << lRate.mPacketsPerMillisecond;
+    }
 }
 
 }  // namespace
