@@ -102,8 +102,8 @@ private:
     bool RecvPlay(UInt aCSeq, bool aSwitching);
     /// Sends all set-ups and the PLAY before it waits for any answer.
     void DoPipelinedPlay(MediaHandler& aHandler, Time aFrom);
-    /// False when a set-up was refused.
-    bool RecvPipelinedSetups();
+    /// False when a set-up was refused; `aIsUDPRefused` says whether another start, over TCP, may be accepted.
+    bool RecvPipelinedSetups(bool& aIsUDPRefused);
     /// Ends what the server plays of a presentation that is not set up whole, and throws.
     [[noreturn]] void GiveUpPipelined();
     void StartPlaying(MediaHandler& aHandler);

@@ -70,6 +70,36 @@ TEST_F(RTSPPipelinedTest, ARefusedSetupEndsWhatIsPlayed) {
     EXPECT_THAT(States(), ElementsAre("WaitData"));
 }
 
+TEST_F(RTSPPipelinedTest, ARefusalOfUDPLeadsToTCP) {
+    for (const char* lFirst : {"< 200 2 | Session: 5 | UDP 0", "< 461 2"}) {
+        const bool lHasSession = std::string::npos != std::string(lFirst).find("Session");
+        const unsigned lNext = lHasSession ? 6 : 5;
+        const auto lNumbered = [lNext](const std::string& aBegin, unsigned aStep, const std::string& aEnd) {
+            return aBegin + std::to_string(lNext + aStep) + aEnd + "\n";
+        };
+        Serve(kPipelinedRequests + std::string(lFirst) + "\n< 461 3\n< 454 4\n" +
+              (lHasSession ? "> TEARDOWN clip 5 | Session: 5\n< 200 5\n" : "") +
+              lNumbered("> SETUP clip/video ", 0, " | Pipelined-Requests: 00000002 | TCP 0") +
+              lNumbered("> SETUP clip/audio ", 1, " | Require: 3gpp-pipelined | Pipelined-Requests: 00000002 | TCP 1") +
+              lNumbered("> PLAY clip ", 2, "") + lNumbered("< 200 ", 0, " | Session: 6 | TCP 0") +
+              lNumbered("< 200 ", 1, " | TCP 1") + lNumbered("< 200 ", 2, " | RTP-Info: url=r/video"));
+        MediaPlayer lPlayer;
+        lPlayer.SetConfigParam("RTSP:Transports", "udp,tcp");
+        mReports.Clear();
+        EXPECT_NO_THROW(lPlayer.Play(URL(), Time(0))) << lFirst;
+        EXPECT_EQ("", mServer->Failure()) << lFirst;
+        EXPECT_EQ(1U, mReports.Count(Severity::Warning, "No media over UDP, the server refuses UDP: over TCP now"));
+        EXPECT_TRUE(mReports.Messages(Severity::Error).empty());
+    }
+}
+
+TEST_F(RTSPPipelinedTest, ARefusalForAnotherReasonDoesNot) {
+    Serve(kPipelinedRequests + std::string("< 404 2\n< 404 3\n< 454 4\n"));
+    mPlayer.SetConfigParam("RTSP:Transports", "udp,tcp");
+    EXPECT_THROW(Play(), RTSPErr);
+    EXPECT_EQ(2U, mReports.Count(Severity::Error, "Got RTSP response: 404 Not Found"));
+}
+
 // The session is still there, as far as is known: it is torn down before the next.
 TEST_F(RTSPPipelinedTest, ARefusedSetupIsWhatIsThrownWhateverBecomesOfTheTeardown) {
     Serve(kPipelinedRequests + std::string(R"(

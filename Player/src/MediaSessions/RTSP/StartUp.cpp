@@ -284,27 +284,40 @@ bool RTSP::RecvPlay(UInt aCSeq, bool aSwitching) {
 
 void RTSP::DoPipelinedPlay(MediaHandler& aHandler, Time aFrom) {
     bool lAllSetUp = true;
+    bool lIsUDPRefused = false;
     try {
         SetUpTracks();
         SendPlay(aFrom, false);
-        lAllSetUp = RecvPipelinedSetups();
-        mTransport->Preflight();
+        lAllSetUp = RecvPipelinedSetups(lIsUDPRefused);
+        if (!lIsUDPRefused) { mTransport->Preflight(); }
     } catch (...) {
         // Answers that are still to come would be taken for those to later requests.
         DoConnectionReset();
         throw;
+    }
+    if (lIsUDPRefused) {
+        // Whether it plays a part of the presentation does not matter any more.
+        Headers lHeaders;
+        Receive(lHeaders, mCSeq, Severity::Info);
+        return FallOver(aHandler, aFrom, "the server refuses UDP");
     }
     if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Pipelined PLAY failed"); }
     if (!lAllSetUp) { GiveUpPipelined(); }
     StartPlaying(aHandler);
 }
 
-bool RTSP::RecvPipelinedSetups() {
+bool RTSP::RecvPipelinedSetups(bool& aIsUDPRefused) {
     const UInt lTracks = static_cast<UInt>(mStreams.size());
     bool lAllSetUp = true;
     for (TrackIdx lIdx = 0; lIdx < lTracks; ++lIdx) {
-        if (RecvSetup(mCSeq - lTracks + lIdx, lIdx)) { continue; }
+        const Severity lRefused = CanFallOver() ? Severity::Info : Severity::Error;
+        if (RecvSetup(mCSeq - lTracks + lIdx, lIdx, lRefused)) { continue; }
         lAllSetUp = false;
+        if (CanFallOver() && IsAboutTransport(mMessages.StatusCode())) {
+            aIsUDPRefused = true;
+            continue;
+        }
+        if (Severity::Error != lRefused) { mMessages.ReportRefusal(Severity::Error); }
         Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s: %03x %s", "Pipelined SETUP failed",
                mMessages.StatusCode(), mMessages.StatusText().c_str());
     }
