@@ -28,6 +28,7 @@ std::string ReasonOf(const std::string& aStatus) {
         {"302", "Found"},
         {"404", "Not Found"},
         {"454", "Session Not Found"},
+        {"455", "Method Not Valid in This State"},
         {"459", "Aggregate Operation Not Allowed"},
         {"461", "Unsupported Transport"},
         {"500", "Internal Server Error"},
