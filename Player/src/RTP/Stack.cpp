@@ -80,7 +80,7 @@ UInt Stack::Expected() const {
 bool Stack::HandleRTP(const unsigned char* aData, unsigned int aSize, Time aArrival) {
     if (aSize < kRTPHeader || 2 != Version(aData)) { return false; }
     if (0 != mExpectedPT && (aData[1] & 0x7F) != mExpectedPT) { return false; }
-    if (0 != mExpectedSSRC && BigEndian::Read32(aData + 8) != mExpectedSSRC) { return false; }
+    if (BigEndian::Read32(aData + 8) != mExpectedSSRC && !LearnsSSRC()) { return false; }
     Packets::RTP::Lengths lLengths;
     if (!MeasureRTP(aData, aSize, lLengths)) { return false; }
 
@@ -284,6 +284,7 @@ void Stack::Flush(Time aNow) {
 void Stack::Reset() {
     mExpectedPT = 0;
     mExpectedSSRC = mLocalSSRC = mTimeRes = 0;
+    mSSRCIsHint = false;
     mStep = 0;
     mEndTime = mTimeoutTime = Time(0);
     mSeq = SequenceExtension();

@@ -30,7 +30,15 @@ public:
 
     // Configuration. 0 stands for "any, learnt from the first packet" where a packet has it.
     void SetExpectedPT(unsigned char aPT) { mExpectedPT = aPT; }
-    void SetExpectedSSRC(unsigned int aSSRC) { mExpectedSSRC = aSSRC; }
+    void SetExpectedSSRC(unsigned int aSSRC) {
+        mExpectedSSRC = aSSRC;
+        mSSRCIsHint = false;
+    }
+    /// The same where it may be wrong: reports of this sender count, until the first packet shows who sends media.
+    void SuggestSSRC(unsigned int aSSRC) {
+        mExpectedSSRC = aSSRC;
+        mSSRCIsHint = true;
+    }
     /// Our own identity in receiver reports.
     void SetLocalSSRC(unsigned int aSSRC) { mLocalSSRC = aSSRC; }
     /// The clock rate in Hz; 0 makes all times zero.
@@ -153,9 +161,12 @@ private:
     bool HasTimeBase() const { return 0 != mTimestamp.Base() || 0 != mRun.mPacketsReceived; }
     /// From the time base to the last sender report, 32.32 fixed point.
     std::uint64_t NTPSinceTimeBase() const;
+    /// Whether the first packet of a run tells who sends.
+    bool LearnsSSRC() const { return 0 == mExpectedSSRC || (mSSRCIsHint && 0 == mRun.mPacketsReceived); }
 
     unsigned char mExpectedPT = 0;
     UInt mExpectedSSRC = 0;
+    bool mSSRCIsHint = false;
     UInt mLocalSSRC = 0;
     UInt mTimeRes = 0;
     Time mEndTime;

@@ -74,6 +74,13 @@ TEST_F(StackRTCPTest, SourceMustMatchAlsoWhileItIsUnknown) {
     EXPECT_TRUE(Control(Compound(0).RR()));
 }
 
+TEST_F(StackRTCPTest, ASuggestedSourceReportsBeforeItSends) {
+    mStack.SuggestSSRC(7);
+    EXPECT_FALSE(Control(Compound(8).RR()));
+    EXPECT_TRUE(Control(Compound(7).RR().BYE()));
+    EXPECT_EQ(3U, mStack.Ended(Time(1000, 1)));
+}
+
 TEST_F(StackRTCPTest, RefusedCompoundHasNoEffect) {
     mStack.SetEndTime(Time(1));
     mStack.Preflight(Time(1, 1));

@@ -46,6 +46,16 @@ TEST_F(StackTest, OnlyTheExpectedSource) {
     EXPECT_TRUE(Take(Packet().SSRC(0x11223344)));
 }
 
+TEST_F(StackTest, ASuggestedSourceGivesWayToTheOneThatSendsFirst) {
+    mStack.SuggestSSRC(0x11223344);
+    EXPECT_TRUE(Take(Packet().SSRC(77).Seq(1)));
+    EXPECT_FALSE(Take(Packet().SSRC(0x11223344).Seq(2)));
+    EXPECT_TRUE(Take(Packet().SSRC(77).Seq(2)));
+    mStack.Flush(Time(1, 1));
+    EXPECT_TRUE(Take(Packet().SSRC(78).Seq(3))) << "a server may send as another one after a seek";
+    EXPECT_FALSE(Take(Packet().SSRC(77).Seq(4)));
+}
+
 TEST_F(StackTest, LearnsTypeAndSourceFromTheFirstPacket) {
     EXPECT_TRUE(Take(Packet().PT(33).SSRC(77).Seq(1)));
     EXPECT_FALSE(Take(Packet().PT(34).SSRC(77).Seq(2)));

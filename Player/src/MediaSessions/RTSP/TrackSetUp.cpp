@@ -35,7 +35,9 @@ void RTSP::HandleTrackVars(TrackIdx aIdx, const std::string& aParams) {
 
 void RTSP::SetTrackVars(TrackIdx aIdx, const TransportHeader& aVars) {
     RTP::Stack& lStack = mTransport->ModifyTrackRTPStack(aIdx);
-    if (aVars.mSSRC && Speaks().TrustsSSRC()) { lStack.SetExpectedSSRC(*aVars.mSSRC); }
+    if (aVars.mSSRC) {
+        Speaks().TrustsSSRC() ? lStack.SetExpectedSSRC(*aVars.mSSRC) : lStack.SuggestSSRC(*aVars.mSSRC);
+    }
     // Zero is what servers say that do not know.
     const auto lIsKnown = [this](const auto& aVar) { return aVar && (Speaks().NeedsRTPInfo() || 0 != *aVar); };
     if (lIsKnown(aVars.mSeq)) { lStack.SetSeqBase(*aVars.mSeq, Speaks().StepOverPause()); }
