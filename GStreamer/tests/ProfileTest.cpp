@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "Profile.hpp"
 #include "support/DebugCapture.hpp"
 #include "support/ElementUnderTest.hpp"
 #include "support/FakeServer.hpp"
@@ -66,6 +67,12 @@ protected:
 };
 
 }  // namespace
+
+TEST(Profile, OnlyModernSendsPacketsAsTheyCome) {
+    using nsGstVireRtspSrc::Profile;
+    EXPECT_FALSE(Profile::Named(Profile::kClassic).waits_for_media());
+    EXPECT_TRUE(Profile::Named(Profile::kModern).waits_for_media());
+}
 
 TEST_F(ProfileTest, TheOptionsAreBehindTheOldPropertiesAndAtTheirDefaults) {
     guint lId = 101;
