@@ -80,8 +80,7 @@ bool SinkPad::Await(const std::string& aKind, std::size_t aCount) const {
     });
 }
 
-void SinkPad::Add(const Item& aItem) {
-    const std::lock_guard<std::mutex> lLock(mMutex);
+void SinkPad::Add(const Item& aItem, const std::unique_lock<std::mutex>& /*aLock*/) {
     mItems.push_back(aItem);
     if ("flush-start" == aItem.mKind) { mFlushing = true; }
     if ("flush-stop" == aItem.mKind) { mFlushing = false; }
@@ -99,9 +98,10 @@ GstFlowReturn SinkPad::OnBuffer(GstPad* aPad, GstBuffer* aBuffer) {
     lItem.mDiscont = GST_BUFFER_FLAG_IS_SET(aBuffer, GST_BUFFER_FLAG_DISCONT);
     lItem.mBytes = BufferBytes(aBuffer);
     gst_buffer_unref(aBuffer);
-    lThis->Add(lItem);
 
+    // Whether it blocks is decided as it comes: a test that has seen it may block the next.
     std::unique_lock<std::mutex> lLock(lThis->mMutex);
+    lThis->Add(lItem, lLock);
     lThis->mChanged.wait_for(lLock, std::chrono::seconds(10), [lThis] { return !lThis->mBlocked || lThis->mFlushing; });
     return lThis->mResult;
 }
@@ -115,7 +115,8 @@ gboolean SinkPad::OnEvent(GstPad* aPad, GstEvent* aEvent) {
         lItem.mSegment = ParseSegment(aEvent);
     }
     gst_event_unref(aEvent);
-    static_cast<SinkPad*>(gst_pad_get_element_private(aPad))->Add(lItem);
+    auto* const lThis = static_cast<SinkPad*>(gst_pad_get_element_private(aPad));
+    lThis->Add(lItem, std::unique_lock<std::mutex>(lThis->mMutex));
     return TRUE;
 }
 

@@ -55,7 +55,7 @@ public:
 private:
     static GstFlowReturn OnBuffer(GstPad* aPad, GstBuffer* aBuffer);
     static gboolean OnEvent(GstPad* aPad, GstEvent* aEvent);
-    void Add(const Item& aItem);
+    void Add(const Item& aItem, const std::unique_lock<std::mutex>& aLock);
 
     GstPad* mPad;
     GstPad* mSource;
