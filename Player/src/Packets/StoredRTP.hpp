@@ -13,6 +13,9 @@ public:
     static SharedPtr<RTP, SharedObject> Make(Arena& aArena, const Byte* aData, UInt aSize, const Lengths& aLengths,
                                              UInt aSeqNumberExt, long long aTimestampExt);
 
+    /// It lies in a piece of the arena, nowhere else.
+    static void* operator new(std::size_t) = delete;
+    // NOLINTNEXTLINE(cert-dcl54-cpp,misc-new-delete-overloads): nothing is made without a place
     static void operator delete(void* aPacket) { Arena::Give(aPacket); }
 
 private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "Base64.hpp"
@@ -10,7 +11,7 @@ namespace Player {
 
 namespace {
 
-const std::string kStartCode("\0\0\1", 3);
+constexpr std::string_view kStartCode("\0\0\1", 3);
 
 std::string WithoutZerosAtTheEnd(const std::string& aUnit) {
     return aUnit.substr(0, aUnit.find_last_not_of('\0') + 1);

@@ -67,7 +67,7 @@ public:
     ~NoInterrupts() { pthread_sigmask(SIG_SETMASK, &mBefore, nullptr); }
 
 private:
-    sigset_t mBefore;
+    sigset_t mBefore{};
 };
 
 using Watchers = std::vector<std::unique_ptr<Watcher>>;

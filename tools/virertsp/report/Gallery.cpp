@@ -49,6 +49,7 @@ void LimitTime(gpointer /*aNothing*/) {
 
 void Spawn(const std::vector<std::string>& aArguments) {
     std::vector<gchar*> lArguments;
+    lArguments.reserve(aArguments.size() + 1);
     for (const std::string& lArgument : aArguments) {
         lArguments.push_back(const_cast<gchar*>(lArgument.c_str()));
     }

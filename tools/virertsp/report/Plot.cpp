@@ -117,7 +117,9 @@ void Plot::DrawCaption(Html& aPage) const {
         aPage.Open("span", {{"class", lColour}}).Text(lLine.mName + ": ");
         const std::string lFrom = Number(lLow->mY);
         const std::string lTo = Number(lHigh->mY);
-        aPage.Text(lFrom + (lFrom == lTo ? "" : " to " + lTo)).Close();
+        aPage.Text(lFrom);
+        if (lFrom != lTo) { aPage.Text(" to ").Text(lTo); }
+        aPage.Close();
     }
     aPage.Close();
 }
