@@ -44,7 +44,7 @@ void* Arena::Take(std::size_t aSize) {
     Block& lBlock = BlockFor(lSize);
     Byte* const lAt = reinterpret_cast<Byte*>(&lBlock) + lBlock.mUsed;
     ASAN_UNPOISON_MEMORY_REGION(lAt, sizeof(Header) + aSize);
-    Header* const lHeader = ::new (lAt) Header{&lBlock, lSize};
+    Header* const lHeader = new (lAt) Header{&lBlock, lSize};
     ASAN_POISON_MEMORY_REGION(lHeader, sizeof(Header));
     lBlock.mUsed += lSize;
     ++lBlock.mPieces;
@@ -72,7 +72,7 @@ Arena::Block& Arena::BlockFor(std::size_t aSize) {
 }
 
 Arena::Block* Arena::NewBlock(std::size_t aSize) {
-    Block* const lBlock = ::new (::operator new(aSize)) Block{this, aSize, sizeof(Block), 0, nullptr};
+    Block* const lBlock = new (::operator new(aSize)) Block{this, aSize, sizeof(Block), 0, nullptr};
     ASAN_POISON_MEMORY_REGION(lBlock + 1, aSize - sizeof(Block));
     mHeld += aSize;
     return lBlock;
