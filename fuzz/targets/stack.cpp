@@ -10,8 +10,8 @@
 
 namespace Fuzz {
 
-/// Each packet is kept here, too, and is an object there.
-const Bounds kBounds{65536, 512};
+/// Each packet is kept here, too, and is an object there, in a block that holds more of them.
+const Bounds kBounds{65536 + Player::Packets::Arena::kBlockSize, 512};
 
 namespace {
 
