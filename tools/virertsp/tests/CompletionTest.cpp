@@ -10,6 +10,7 @@
 #include "commands/Record.hpp"
 #include "commands/Report.hpp"
 #include "commands/Stats.hpp"
+#include "commands/Watch.hpp"
 
 namespace Virertsp {
 namespace {
@@ -24,7 +25,7 @@ std::string Offered(int (*aCommand)(int, char**), Words aWords) {
 }
 
 TEST(CompletionTest, OffersEveryOptionOfTheHelp) {
-    for (const auto lCommand : {RunRecord, RunProbe, RunStats, RunReport}) {
+    for (const auto lCommand : {RunRecord, RunProbe, RunStats, RunReport, RunWatch}) {
         const std::string lHelp = RunCommand(lCommand, {"--help"}).mOutput;
         const std::string lOffered = Offered(lCommand, {"--"});
         std::istringstream lLines(lHelp);

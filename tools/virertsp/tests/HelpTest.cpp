@@ -8,12 +8,13 @@
 #include "commands/Record.hpp"
 #include "commands/Report.hpp"
 #include "commands/Stats.hpp"
+#include "commands/Watch.hpp"
 
 namespace Virertsp {
 namespace {
 
 TEST(HelpTest, FitsEightyColumns) {
-    for (const auto lCommand : {RunRecord, RunProbe, RunStats, RunReport}) {
+    for (const auto lCommand : {RunRecord, RunProbe, RunStats, RunReport, RunWatch}) {
         const Outcome lOutcome = RunCommand(lCommand, {"--help"});
         EXPECT_EQ(kExitOk, lOutcome.mCode);
         std::istringstream lText(lOutcome.mOutput);
