@@ -1,6 +1,7 @@
 """Writes a report of real media, and opens it in a browser if Chromium is there."""
 
 import json
+import os
 import pathlib
 import re
 import shutil
@@ -41,6 +42,16 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(0, media.run("report", str(log), "--output", str(again)).returncode)
         self.assertEqual(page, again.read_text())
         self.browse(self.page)
+
+    def test_pictures_by_gstreamer(self):
+        launcher = shutil.which("gst-launch-1.0")
+        if not launcher:
+            self.skipTest("gst-launch-1.0 is not there")
+        (self.folder / "gst-launch-1.0").symlink_to(launcher)
+        with element.serve(element.av_clip()) as url:
+            subprocess.run([media.VIRERTSP, "report", url, "--output", str(self.page)], check=True,
+                           env=dict(os.environ, PATH=str(self.folder)), timeout=media.PATIENCE)
+        self.assertEqual(element.SECONDS, self.page.read_text().count('<img src="data:image/jpeg;base64,/9j/'))
 
     def browse(self, page):
         """Requires that Chromium finds nothing to complain about, and that nothing is wider than a telephone."""

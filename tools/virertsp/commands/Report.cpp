@@ -20,7 +20,7 @@ namespace {
 
 constexpr char kSummary[] =
     "Plays a location for a while and writes one HTML page: what the server said,\n"
-    "each track, plots of the reception, and some pictures if ffmpeg is there.\n"
+    "each track, plots of the reception, and pictures by ffmpeg or GStreamer.\n"
     "A FILE is what --log kept, or what \"probe --json\" and \"stats --json\" wrote.";
 
 constexpr double kDefaultSeconds = 30;

@@ -59,6 +59,28 @@ void Spawn(const std::vector<std::string>& aArguments) {
     g_spawn_sync(nullptr, lArguments.data(), nullptr, kFlags, LimitTime, nullptr, nullptr, nullptr, nullptr, nullptr);
 }
 
+bool IsThere(const char* aProgram) {
+    gchar* const lPath = g_find_program_in_path(aProgram);
+    g_free(lPath);
+    return nullptr != lPath;
+}
+
+/// What decodes the pictures of a file into 1.jpg, 2.jpg and so on.
+std::vector<std::string> Decoder(Coding aCoding, const std::string& aFile, const std::string& aFolder) {
+    const std::string lPictures = aFolder + "/%d.jpg";
+    if (IsThere("ffmpeg")) {
+        return {"ffmpeg",       "-nostdin", "-v", "error", "-i",     aFile,    "-vf",
+                "scale=240:-2", "-q:v",     "6",  "-f",    "image2", lPictures};
+    }
+    // A file of a few pictures is too short to find out what it holds.
+    const char* const lParser = Coding::kH264 == aCoding ? "h264parse" : "mpeg4videoparse";
+    return {"gst-launch-1.0", "-q", "filesrc", "location=" + aFile, "!", lParser, "!", "decodebin", "!",
+            // clang-format off
+            "videoconvert", "!", "videoscale", "!", "video/x-raw,width=240,pixel-aspect-ratio=1/1", "!",
+            "jpegenc", "quality=75", "!", "multifilesink", "index=1", "location=" + lPictures};
+    // clang-format on
+}
+
 std::string Contents(const std::string& aPath) {
     std::ostringstream lText;
     lText << std::ifstream(aPath, std::ios::binary).rdbuf();
@@ -112,8 +134,7 @@ std::vector<Gallery::Picture> Gallery::Decode() const {
     if (mSamples.empty()) { return lPictures; }
     const Folder lFolder;
     const std::string lFile = Write(lFolder.Path());
-    Spawn({"ffmpeg", "-nostdin", "-v", "error", "-i", lFile, "-vf", "scale=240:-2", "-q:v", "6", "-f", "image2",
-           lFolder.Path() + "/%d.jpg"});
+    Spawn(Decoder(CodingOf(*mInfo), lFile, lFolder.Path()));
     for (std::size_t i = 0; i < mSamples.size(); ++i) {
         const std::string lJpeg = Contents(lFolder.Path() + Player::StringWithFormat("/%zu.jpg", i + 1));
         if (!lJpeg.empty()) { lPictures.push_back({mSamples[i].mPlayTime, lJpeg}); }

@@ -23,7 +23,7 @@ public:
     Player::TrackIdx Track() const { return mTrack; }
     /// Of the pictures that are kept, in their order.
     std::vector<Player::Time> PlayTimes() const;
-    /// By ffmpeg, in a process of its own; none when that is not there or can't decode them.
+    /// By ffmpeg or else GStreamer, in a process of its own; none when neither is there or it can't decode them.
     std::vector<Picture> Decode() const;
 
 private:
