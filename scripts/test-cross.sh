@@ -26,8 +26,9 @@ jobs=$(nproc)
 # - the other machine's packages hold neither GnuTLS nor libavformat, nor the plugins of pipelines with real sinks, which
 #   emulation is too slow for anyway.
 left_out="ReportDeathTest.DefaultReporterIsThereFromTheStart:*.DescriptorsOf1024AndAbove"
-left_out="$left_out:RTSPFallOverTest.AClosedPortLeadsToTCPAtOnce"
+left_out="$left_out:RTSPFallOverTest.AClosedPortLeadsToTCPAtOnce:RTSPIPv6Test.AClosedPortLeadsToTCP"
 left_out="$left_out:Pipeline*:Sinks/Pipeline*:SegmentTest.ATrackThatBeginsLaterIsShownWhole"
+left_out="$left_out:Modern.AnEndOfStreamReachesTheElementOfAPipeline"
 programs_left_out='media\.(ContainerTest\.|RecordTest\.test_(digest|basic))'
 
 say() { printf '\n== %s\n' "$*"; }
