@@ -85,6 +85,8 @@ public:
     virtual bool UnfoldsHeaders() const = 0;
     /// Whether the sender of media is who the server says it is; otherwise it is whoever sends first.
     virtual bool TrustsSSRC() const = 0;
+    /// Whether a server that announces the end of the connection with its description is believed at once.
+    virtual bool HeedsClose() const = 0;
 };
 
 /// The letter of the dialogue that this client has always spoken.
@@ -126,6 +128,7 @@ public:
     bool TakesUnnumbered() const override { return false; }
     bool UnfoldsHeaders() const override { return false; }
     bool TrustsSSRC() const override { return true; }
+    bool HeedsClose() const override { return false; }
 };
 
 /// What makes today's servers play.
@@ -160,6 +163,7 @@ public:
     bool UnfoldsHeaders() const override { return true; }
     /// Cameras name one that they do not use, or write it in decimal digits.
     bool TrustsSSRC() const override { return false; }
+    bool HeedsClose() const override { return true; }
 };
 
 }  // namespace Player::MediaSessions

@@ -126,6 +126,8 @@ bool RTSP::GoTo(const Headers& aHeaders) {
 bool RTSP::RecvDescribe(Headers& aHeaders, UInt aCSeq) {
     Buffer lBody;
     if (!Receive(aHeaders, lBody, aCSeq)) { return false; }
+    // What would be sent before its end is seen would be lost.
+    if (Speaks().HeedsClose() && ClosesConnection(aHeaders)) { DoConnectionReset(); }
     mServer = mServer.With(aHeaders);
     if (0 != aHeaders.count("Server")) {
         Report(__FILE__, __LINE__, Severity::Info, "RTSP server: %s", aHeaders["Server"].c_str());
