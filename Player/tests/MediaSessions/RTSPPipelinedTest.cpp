@@ -89,7 +89,10 @@ TEST_F(RTSPPipelinedTest, ARefusalOfUDPLeadsToTCP) {
         EXPECT_NO_THROW(lPlayer.Play(URL(), Time(0))) << lFirst;
         EXPECT_EQ("", mServer->Failure()) << lFirst;
         EXPECT_EQ(1U, mReports.Count(Severity::Warning, "No media over UDP, the server refuses UDP: over TCP now"));
-        EXPECT_TRUE(mReports.Messages(Severity::Error).empty());
+        // A port may be taken by another process; nothing else goes wrong.
+        for (const std::string& lMessage : mReports.Messages(Severity::Error)) {
+            EXPECT_EQ(0U, lMessage.find("Socket::Bind()")) << lMessage;
+        }
     }
 }
 
