@@ -21,4 +21,6 @@ set(ENV{PKG_CONFIG_LIBDIR} ${VIRE_SYSROOT}/usr/lib/${VIRE_TRIPLET}/pkgconfig:${V
 # No word of what changed between compilers that nobody mixes.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 
-set(CMAKE_CROSSCOMPILING_EMULATOR ${VIRE_QEMU};-L;${VIRE_SYSROOT})
+# The whole path: a test may run the tool where PATH leads elsewhere.
+find_program(VIRE_EMULATOR ${VIRE_QEMU} REQUIRED)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${VIRE_EMULATOR};-L;${VIRE_SYSROOT})
