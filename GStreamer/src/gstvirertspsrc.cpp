@@ -2,10 +2,10 @@
 
 #include <new>
 
-#include "Boundary.hpp"
-#include "Options.hpp"
-#include "PropertyTable.hpp"
-#include "Source.hpp"
+#include "settings/Options.hpp"
+#include "settings/PropertyTable.hpp"
+#include "source/Source.hpp"
+#include "threads/Boundary.hpp"
 
 using nsGstVireRtspSrc::AtBoundary;
 using nsGstVireRtspSrc::ConfigParamKey;

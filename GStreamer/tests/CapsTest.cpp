@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "StreamFactory.hpp"
+#include "streams/StreamFactory.hpp"
 #include "support/DebugCapture.hpp"
 #include "support/ElementUnderTest.hpp"
 #include "support/FakeServer.hpp"

@@ -2,8 +2,8 @@
 
 #include <map>
 
-#include "StreamAAC.hpp"
-#include "StreamH264.hpp"
+#include "streams/StreamAAC.hpp"
+#include "streams/StreamH264.hpp"
 #include "support/Bytes.hpp"
 #include "support/DebugCapture.hpp"
 

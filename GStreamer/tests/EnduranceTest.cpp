@@ -3,10 +3,10 @@
 #include <iostream>
 
 #include "Player/MediaPlayer.hpp"
-#include "PlayerAccess.hpp"
 #include "support/ElementUnderTest.hpp"
 #include "support/Footprint.hpp"
 #include "support/MoodyServer.hpp"
+#include "threads/PlayerAccess.hpp"
 
 namespace ElementTest {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <thread>
 
-#include "Profile.hpp"
+#include "settings/Profile.hpp"
 #include "support/DebugCapture.hpp"
 #include "support/ElementUnderTest.hpp"
 #include "support/FakeServer.hpp"

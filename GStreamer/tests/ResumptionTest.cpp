@@ -1,4 +1,4 @@
-#include "Resumption.hpp"
+#include "source/Resumption.hpp"
 
 #include <gtest/gtest.h>
 

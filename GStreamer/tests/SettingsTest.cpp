@@ -1,4 +1,4 @@
-#include "Settings.hpp"
+#include "settings/Settings.hpp"
 
 #include <gtest/gtest.h>
 

@@ -7,10 +7,10 @@
 #include <sstream>
 
 #include "Player/MediaPlayer.hpp"
-#include "PlayerAccess.hpp"
 #include "support/ElementUnderTest.hpp"
 #include "support/MoodyServer.hpp"
 #include "support/Watch.hpp"
+#include "threads/PlayerAccess.hpp"
 
 namespace ElementTest {
 namespace {

@@ -1,4 +1,4 @@
-#include "Stream.hpp"
+#include "streams/Stream.hpp"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -7,9 +7,9 @@
 #include <chrono>
 #include <thread>
 
-#include "StreamAAC.hpp"
-#include "StreamH264.hpp"
-#include "StreamMP4V.hpp"
+#include "streams/StreamAAC.hpp"
+#include "streams/StreamH264.hpp"
+#include "streams/StreamMP4V.hpp"
 #include "support/DebugCapture.hpp"
 #include "support/ElementUnderTest.hpp"
 #include "support/FakeServer.hpp"

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "MediaSessions/RTSP/RTPInfo.hpp"
-#include "MediaSessions/RTSP/Range.hpp"
-#include "MediaSessions/RTSP/TransportHeader.hpp"
+#include "MediaSessions/RTSP/Headers/RTPInfo.hpp"
+#include "MediaSessions/RTSP/Headers/Range.hpp"
+#include "MediaSessions/RTSP/Headers/TransportHeader.hpp"
 #include "support/Target.hpp"
 
 namespace Fuzz {

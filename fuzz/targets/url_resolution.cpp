@@ -1,6 +1,6 @@
 // References that servers send: what they are resolved to is a URL of the base's server, or the reference itself.
 
-#include "MediaSessions/RTSP/URLResolution.hpp"
+#include "MediaSessions/RTSP/Headers/URLResolution.hpp"
 #include "support/Target.hpp"
 
 namespace Fuzz {

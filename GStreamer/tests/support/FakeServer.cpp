@@ -2,7 +2,7 @@
 
 #include "Player/Packet.hpp"
 #include "Player/String.hpp"
-#include "PlayerAccess.hpp"
+#include "threads/PlayerAccess.hpp"
 
 namespace ElementTest {
 

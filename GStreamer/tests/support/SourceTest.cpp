@@ -5,8 +5,8 @@
 
 #include "MediaSessions/Dialogue.hpp"
 #include "Player/MediaPlayer.hpp"
-#include "PlayerAccess.hpp"
 #include "support/Packets.hpp"
+#include "threads/PlayerAccess.hpp"
 
 namespace ElementTest {
 

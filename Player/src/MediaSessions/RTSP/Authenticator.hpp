@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "MediaSessions/RTSP/Challenge.hpp"
-#include "MediaSessions/RTSP/URLResolution.hpp"
+#include "MediaSessions/RTSP/Headers/Challenge.hpp"
+#include "MediaSessions/RTSP/Headers/URLResolution.hpp"
 #include "Player/Types.hpp"
 
 namespace Player::MediaSessions {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "MediaSessions/RTSP/Dialect.hpp"
-#include "MediaSessions/RTSP/Transports.hpp"
+#include "MediaSessions/RTSP/Headers/Transports.hpp"
 #include "Player/Properties.hpp"
 #include "Player/Time.hpp"
 #include "Player/Types.hpp"

@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <vector>
 
-#include "MediaSessions/RTSP/URLResolution.hpp"
+#include "MediaSessions/RTSP/Headers/URLResolution.hpp"
 #include "Player/Mem.hpp"
 #include "Player/URL.hpp"
 #include "Throw.hpp"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "MediaSessions/RTSP/URLResolution.hpp"
+#include "MediaSessions/RTSP/Headers/URLResolution.hpp"
 #include "Player/Report.hpp"
 #include "Player/URL.hpp"
 #include "Processors/RTP/Factories.hpp"

@@ -4,9 +4,9 @@
 #include <string>
 #include <utility>
 
-#include "MediaSessions/RTSP/Headers.hpp"
-#include "MediaSessions/RTSP/RTPInfo.hpp"
-#include "MediaSessions/RTSP/Transports.hpp"
+#include "MediaSessions/RTSP/Headers/Headers.hpp"
+#include "MediaSessions/RTSP/Headers/RTPInfo.hpp"
+#include "MediaSessions/RTSP/Headers/Transports.hpp"
 #include "Player/Buffer.hpp"
 #include "Player/Processor.hpp"
 #include "Player/Properties.hpp"

@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "MediaSessions/RTSP/URLResolution.hpp"
+#include "MediaSessions/RTSP/Headers/URLResolution.hpp"
 #include "Player/Exception.hpp"
 #include "Player/Report.hpp"
 #include "Player/String.hpp"

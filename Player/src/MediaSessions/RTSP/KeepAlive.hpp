@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-#include "MediaSessions/RTSP/Headers.hpp"
+#include "MediaSessions/RTSP/Headers/Headers.hpp"
 
 namespace Player::MediaSessions {
 

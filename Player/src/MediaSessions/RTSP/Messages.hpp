@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "MediaSessions/RTSP/Connection.hpp"
-#include "MediaSessions/RTSP/Headers.hpp"
+#include "MediaSessions/RTSP/Headers/Headers.hpp"
 #include "Player/Buffer.hpp"
 #include "Player/Report.hpp"
 #include "RTP/Transports/InterleavedConnection.hpp"

@@ -1,5 +1,5 @@
 #include "MediaSessions/RTSP.hpp"
-#include "MediaSessions/RTSP/URLResolution.hpp"
+#include "MediaSessions/RTSP/Headers/URLResolution.hpp"
 #include "Player/String.hpp"
 #include "Player/URL.hpp"
 #include "RTP/Transports/OverRTSP.hpp"

@@ -1,9 +1,9 @@
 #include <map>
 
 #include "MediaSessions/RTSP.hpp"
-#include "MediaSessions/RTSP/RTPInfo.hpp"
-#include "MediaSessions/RTSP/Range.hpp"
-#include "MediaSessions/RTSP/TransportHeader.hpp"
+#include "MediaSessions/RTSP/Headers/RTPInfo.hpp"
+#include "MediaSessions/RTSP/Headers/Range.hpp"
+#include "MediaSessions/RTSP/Headers/TransportHeader.hpp"
 #include "Throw.hpp"
 
 namespace Player::MediaSessions {
