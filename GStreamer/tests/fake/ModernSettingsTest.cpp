@@ -1,0 +1,60 @@
+#include "fake/ModernFixture.hpp"
+
+namespace ElementTest {
+namespace {
+
+class ModernSettings : public ModernFixture {};
+
+TEST_F(ModernSettings, APlayerThatIsMadeAnewIsGivenTheSettings) {
+    ServeH264();
+    mElement.SetText("use-proxy", "192.0.2.9:80");
+    g_object_set(mElement.Get(), "user-id", "anna", "udp-buffer-size", 1000U, "timeout-rtsp-after", "7", nullptr);
+    for (const char* const lProfile : {"modern", "classic"}) {
+        gst_util_set_object_arg(G_OBJECT(mElement.Get()), "profile", lProfile);
+        const bool lModern = std::string("modern") == lProfile;
+        const unsigned lMade = mServer.PlayersMade();
+        mServer.Push(0, 1, "x");
+        mServer.End(0, "Timeout");
+        ASSERT_TRUE(mElement.Play());
+        ASSERT_TRUE(mElement.AwaitMessage("error 33043"));
+        mElement.TakeMessages();
+        mElement.Set(GST_STATE_READY);
+        mServer.Push(0, 0, "x");
+        ASSERT_TRUE(mElement.Play());
+        EXPECT_EQ(lMade + 1, mServer.PlayersMade());
+        EXPECT_EQ(lModern ? "modern" : "(none)", mServer.Setting("RTSP:Profile"));
+        EXPECT_EQ(lModern ? "192.0.2.9:80" : "(none)", mServer.Setting("RTSP:UseProxy"));
+        EXPECT_EQ(lModern ? "anna" : "(none)", mServer.Setting("RTSP:UserName"));
+        EXPECT_EQ(lModern ? "1000" : "(none)", mServer.Setting("RTSP:UDPBuffer"));
+        EXPECT_EQ(lModern ? "7" : "(none)", mServer.Setting("RTSP:TimeOutAfter"));
+        EXPECT_EQ("(none)", mServer.Setting("RTSP:SendReferrer")) << "was never set";
+        mElement.Set(GST_STATE_READY);
+    }
+}
+
+TEST_F(ModernSettings, TheTimeOutsFollowTheProperties) {
+    const auto lTold = [this] {
+        return mServer.Setting("RTSP:TimeOutAfter") + " " + mServer.Setting("RTSP:TimeOutRTPAfter");
+    };
+    gst_util_set_object_arg(G_OBJECT(mElement.Get()), "profile", "classic");
+    mElement.SetText("timeout-rtsp-after", "3");
+    ServeH264();
+    StartPlaying();
+    EXPECT_EQ(" ", lTold());
+    gst_util_set_object_arg(G_OBJECT(mElement.Get()), "profile", "modern");
+    EXPECT_EQ("3 ", lTold());
+    mElement.SetText("timeout-rtp-after", "5");
+    EXPECT_EQ("3 5", lTold());
+    for (const char* const lNone : {"0", "", "soon"}) {
+        mElement.SetText("timeout-rtsp-after", lNone);
+        EXPECT_EQ(" 5", lTold());
+    }
+    mElement.SetText("timeout-rtp-after", nullptr);
+    EXPECT_EQ(" ", lTold());
+    mElement.SetText("timeout-rtp-after", "6");
+    gst_util_set_object_arg(G_OBJECT(mElement.Get()), "profile", "classic");
+    EXPECT_EQ(" ", lTold());
+}
+
+}  // namespace
+}  // namespace ElementTest
