@@ -1,13 +1,15 @@
 #include "Player/Pace.hpp"
 
+#include <algorithm>
+
 namespace Player {
 
 namespace {
 
 /// A look that brings so many packets is worth its cost: it comes later as long as it brings no more ...
 constexpr unsigned kEnough = 48;
-/// ... and one that brings so many should come sooner: a UDP socket holds about 180 of full size, and a picture's
-/// packets come all at once.
+/// ... and one that brings so many should have come sooner: a UDP socket holds about 180 of full size, and a picture's
+/// packets come all at once. The next comes when they would have been enough.
 constexpr unsigned kMany = 80;
 
 }  // namespace
@@ -15,7 +17,7 @@ constexpr unsigned kMany = 80;
 std::chrono::milliseconds Pace::Next(unsigned aPackets) {
     const auto lWait = static_cast<unsigned>(mWait.count());
     if (aPackets >= kMany) {
-        mWait = kShortest;
+        mWait = std::max(kShortest, mWait * kEnough / aPackets);
     } else if (aPackets * (lWait + 1) < kEnough * lWait && mWait < kLongest) {
         ++mWait;
     }

@@ -13,7 +13,10 @@ TEST(PaceTest, IdleLooksGrowRareAndBurstsBringThemBack) {
     }
     EXPECT_EQ(20, lPace.Next(47).count());
     EXPECT_EQ(20, lPace.Next(79).count());
-    EXPECT_EQ(1, lPace.Next(80).count());
+    EXPECT_EQ(12, lPace.Next(80).count()) << "would have brought 48";
+    EXPECT_EQ(12, lPace.Next(48).count());
+    EXPECT_EQ(13, lPace.Next(0).count());
+    EXPECT_EQ(1, lPace.Next(500).count());
     EXPECT_EQ(1, lPace.Next(24).count()) << "the next would bring 48";
     EXPECT_EQ(2, lPace.Next(23).count());
 }
