@@ -283,7 +283,8 @@ TEST_F(ProfileTest, StatsHaveAStructurePerTrack) {
     Player::Reception lReception;
     lReception.mPacketsReceived = 40;
     lReception.mPacketsLost = 3;
-    lReception.mPacketsReordered = 2;
+    lReception.mPacketsReordered = 6;
+    lReception.mPacketsLate = 2;
     lReception.mPacketsDuplicate = 1;
     lReception.mBytes = 5000000000;
     lReception.mJitter = Player::Time(1, 4);
@@ -298,13 +299,8 @@ TEST_F(ProfileTest, StatsHaveAStructurePerTrack) {
     const struct {
         const char* mName;
         guint64 mValue;
-    } lFigures[] = {{"packets", 40},
-                    {"lost", 3},
-                    {"late", 2},
-                    {"duplicate", 1},
-                    {"bytes", 5000000000},
-                    {"jitter", 250000000},
-                    {"buffered-time", 1500000000},
+    } lFigures[] = {{"packets", 40},    {"lost", 3},           {"late", 2},           {"reordered", 6},
+                    {"duplicate", 1},   {"bytes", 5000000000}, {"jitter", 250000000}, {"buffered-time", 1500000000},
                     {"access-units", 2}};
     // While a streaming thread holds the player, the figures are those of the time before.
     for (const auto& lFigure : lFigures) {

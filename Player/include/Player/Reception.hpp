@@ -18,6 +18,8 @@ struct Reception {
     SInt mPacketsLost = 0;
     /// Packets that came after one with a higher sequence number.
     UInt mPacketsReordered = 0;
+    /// Packets that came when what follows them had been handed out: of no use, and counted as received and reordered.
+    UInt mPacketsLate = 0;
     /// Packets dropped because one with the same index was queued.
     UInt mPacketsDuplicate = 0;
     /// Packets dropped because the session held all that it may; counted as received.

@@ -115,7 +115,10 @@ bool Stack::TakeRTP(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& 
 
     // Too late: what follows it in both orders has been handed out. It has counted as received all the same.
     const long long lTimestampExt = static_cast<long long>(lTimestamp->mExtended);
-    if (lSeq->mExtended <= mRun.mPoppedIndex && lTimestampExt < mRun.mPoppedTimestamp) { return false; }
+    if (lSeq->mExtended <= mRun.mPoppedIndex && lTimestampExt < mRun.mPoppedTimestamp) {
+        mRun.mPacketsLate += 1;
+        return false;
+    }
     return Enqueue(aData, aSize, aLengths, lSeq->mExtended, lTimestampExt);
 }
 
@@ -311,6 +314,7 @@ Reception Stack::GetReception() const {
     lFigures.mPacketsReceived = mRun.mPacketsReceived;
     lFigures.mPacketsLost = static_cast<SInt>(Expected() - mRun.mPacketsReceived);
     lFigures.mPacketsReordered = mRun.mPacketsReordered;
+    lFigures.mPacketsLate = mRun.mPacketsLate;
     lFigures.mPacketsDuplicate = mRun.mPacketsDuplicate;
     lFigures.mPacketsDropped = mRun.mPacketsDropped;
     lFigures.mBytes = mRun.mBytes;

@@ -121,6 +121,7 @@ private:
         UInt mReceivedBefore = 0;
         UInt mReceivedAtPreflight = 0;
         UInt mPacketsReordered = 0;
+        UInt mPacketsLate = 0;
         UInt mPacketsDuplicate = 0;
         UInt mPacketsDropped = 0;
         std::uint64_t mBytes = 0;

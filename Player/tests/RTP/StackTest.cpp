@@ -318,6 +318,7 @@ TEST_F(StackTest, DropsWhatWasPlayedOut) {
     PopAll();
     EXPECT_FALSE(TakeFrame(103)) << "older by number and by time";
     EXPECT_EQ(6U, mStack.GetReception().mPacketsReceived) << "it counts all the same";
+    EXPECT_EQ(1U, mStack.GetReception().mPacketsLate);
     EXPECT_TRUE(TakeFrame(104)) << "a duplicate of the last one is not older by time";
     EXPECT_TRUE(Take(Packet().Seq(103).Timestamp(104 * 3600))) << "nor is one of the same picture";
     EXPECT_TRUE(Take(Packet().Seq(105).Timestamp(103 * 3600))) << "older by time alone";
