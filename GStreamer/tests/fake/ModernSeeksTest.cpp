@@ -228,10 +228,17 @@ TEST_F(ModernSeeks, PausesAndSeeksFromTwoThreads) {
     ASSERT_TRUE(mElement.Play());
     std::thread lSeeks([this] {
         for (gint64 lTime = 1; lTime <= 60; ++lTime) {
-            // A pad that is flushing for the seek before, by the other thread, refuses events.
-            EXPECT_TRUE(Eventually([this, lTime] {
-                return mElement.Sink(0 == lTime % 2 ? 0 : 1)->SendUp(NewSeek(lTime % 50 * GST_SECOND));
-            })) << lTime;
+            SinkPad& lSink = *mElement.Sink(0 == lTime % 2 ? 0 : 1);
+            std::size_t lEnded = 0;
+            const auto lSend = [&] {
+                lEnded = lSink.Count("flush-stop");
+                return lSink.SendUp(NewSeek(lTime % 50 * GST_SECOND));
+            };
+            // A pad refuses events while it flushes for the seek before, by the other thread, and for nothing else.
+            while (!lSend()) {
+                ASSERT_TRUE(lSink.SourceFlushes() || lSink.Count("flush-start") > lEnded) << lTime;
+                std::this_thread::yield();
+            }
         }
     });
     for (int lTime = 0; lTime < 30; ++lTime) {

@@ -80,6 +80,13 @@ bool SinkPad::Await(const std::string& aKind, std::size_t aCount) const {
     });
 }
 
+bool SinkPad::SourceFlushes() const {
+    GST_OBJECT_LOCK(mSource);
+    const bool lFlushes = GST_PAD_IS_FLUSHING(mSource);
+    GST_OBJECT_UNLOCK(mSource);
+    return lFlushes;
+}
+
 void SinkPad::Add(const Item& aItem, const std::unique_lock<std::mutex>& /*aLock*/) {
     mItems.push_back(aItem);
     if ("flush-start" == aItem.mKind) { mFlushing = true; }

@@ -48,6 +48,9 @@ public:
     /// Waits for so many of a kind. False when they did not come in time.
     bool Await(const std::string& aKind, std::size_t aCount = 1) const;
 
+    /// Whether the pad that it is linked to flushes; this one may have to hear of it yet.
+    bool SourceFlushes() const;
+
     GstPad* Pad() const { return mPad; }
     /// Sends an event up the pad.
     bool SendUp(GstEvent* aEvent) { return gst_pad_push_event(mPad, aEvent); }
