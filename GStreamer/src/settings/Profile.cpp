@@ -15,6 +15,7 @@ public:
     bool posts_refusals() const override { return false; }
     bool pauses_in_place() const override { return false; }
     bool heeds_events() const override { return false; }
+    bool ends_with_its_peer() const override { return false; }
     bool keeps_settings() const override { return false; }
     bool positions_are_of_media() const override { return false; }
     bool prints_notes() const override { return true; }
@@ -30,6 +31,7 @@ public:
     bool posts_refusals() const override { return true; }
     bool pauses_in_place() const override { return true; }
     bool heeds_events() const override { return true; }
+    bool ends_with_its_peer() const override { return true; }
     bool keeps_settings() const override { return true; }
     bool positions_are_of_media() const override { return true; }
     bool prints_notes() const override { return false; }

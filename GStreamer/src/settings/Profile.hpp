@@ -37,6 +37,9 @@ public:
     /// Whether seeks and ends of stream are done as GStreamer's rules have it, wherever they come from, or refused.
     /// Otherwise seeks are done that are sent to the element, whatever they say, and nothing else.
     virtual bool heeds_events() const = 0;
+    /// Whether a stream ends, alone, when what it is linked to says that it is at its end. Otherwise it goes on
+    /// pushing.
+    virtual bool ends_with_its_peer() const = 0;
     /// Whether a player that takes the place of a worn-out one is given the settings, and the time-outs count.
     virtual bool keeps_settings() const = 0;
     /// Whether each stream's position is that of its media. Otherwise visual's is the pipeline's.

@@ -81,6 +81,10 @@ bool CodecStream::is_far(GstClockTime aTimestamp) const {
 
 void CodecStream::handle_push_result(GstFlowReturn aResult) {
     if (GST_FLOW_ERROR == aResult) { stop_processing(); }
+    if (GST_FLOW_UNEXPECTED == aResult && profile().ends_with_its_peer()) {
+        GST_DEBUG_OBJECT(pad(), "What is linked is at its end");
+        end_of_stream();
+    }
     if (GST_FLOW_NOT_NEGOTIATED != aResult || m_refusalLogged) { return; }
     m_refusalLogged = true;
     GST_WARNING_OBJECT(pad(), "What is linked to %s does not take its caps: %s", GST_PAD_NAME(pad()),

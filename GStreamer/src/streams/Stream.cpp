@@ -33,6 +33,9 @@ constexpr int kGatherTime = 500;
 /// Between two waits that something ended which was not for this track.
 constexpr int kIdleTime = 5000;
 
+/// Of a track that has ended, packets dropped per interval: more than arrive in it.
+constexpr int kDropAtMost = 1000;
+
 /// Whether something arrived, within an interval. The descriptor may have been closed since it was asked for, and
 /// even be another's by now: then this is a wait for nothing, once.
 bool AwaitArrival(int aDescriptor) {
@@ -83,6 +86,7 @@ bool Stream::task_run(bool aNewSegment) {
     if (aNewSegment) {
         m_newSegment = true;
         m_endWanted = false;
+        m_ended = false;
     }
     m_resumed = !m_newSegment;
     m_noDataTime = 0;
@@ -141,6 +145,7 @@ void Stream::flush_stop(guint32 aSeqnum) {
     m_flushing = false;
     m_newSegment = true;
     m_endWanted = false;
+    m_ended = false;
     m_seqnum = aSeqnum;
 }
 
@@ -149,6 +154,7 @@ void Stream::push_segment(GstEvent* aSegment) {
 }
 
 void Stream::end_of_stream() {
+    if (m_ended.exchange(true)) { return; }
     gst_pad_push_event(m_pad, Numbered(gst_event_new_eos(), m_seqnum));
 }
 
@@ -179,8 +185,9 @@ GHashTable* Stream::split_fmt_params(const std::string& aText) {
 
 void Stream::iterate() {
     const ThreadMark lMark(m_element, ThreadMark::Kind::kStreaming);
-    if (m_endWanted) {
-        if (m_running.exchange(false)) { end_of_stream(); }
+    if (m_endWanted && m_running) { end_of_stream(); }
+    if (m_ended && m_profile.load()->ends_with_its_peer()) {
+        drop_packets();
         rest();
         return;
     }
@@ -244,6 +251,14 @@ int Stream::wait_or_rest() {
     m_wasWoken = AwaitArrival(lArrival.mDescriptor);
     return static_cast<int>(
         std::chrono::duration_cast<std::chrono::microseconds>(steady_clock::now() - lBegin).count());
+}
+
+void Stream::drop_packets() {
+    try {
+        for (int lDropped = 0; lDropped < kDropAtMost && m_player.TakePacket(m_track); ++lDropped) {}
+    } catch (const Player::Exception&) {
+        // The tracks that go on report it.
+    }
 }
 
 void Stream::handle_no_packet() {

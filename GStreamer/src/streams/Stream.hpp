@@ -54,6 +54,7 @@ public:
     void flush_stop(guint32 aSeqnum = 0);
     /// Between `flush_start` and `flush_stop`.
     bool is_flushing() const { return m_flushing; }
+    /// Once; nothing follows until a flush, or a run that begins a segment.
     void end_of_stream();
     /// Has the task end the stream as soon as it can, with an event of that number.
     void end(guint32 aSeqnum);
@@ -98,6 +99,8 @@ private:
     /// Until there may be a packet, for an interval at most. In microseconds.
     int wait_or_rest();
     void handle_no_packet();
+    /// Of a stream that has ended: what comes all the same does not pile up.
+    void drop_packets();
     void take_rest_or_end(bool aTimedOut);
     void handle_end(bool aTimedOut);
 
@@ -108,6 +111,7 @@ private:
     std::atomic<bool> m_newSegment{true};
     std::atomic<bool> m_resumed{false};
     std::atomic<bool> m_endWanted{false};
+    std::atomic<bool> m_ended{false};  ///< The end of stream is out.
     std::atomic<guint32> m_seqnum{0};  ///< Of the next segment or end; 0 for any.
     std::atomic<const Profile*> m_profile{&Profile::Named(Profile::kClassic)};
     PlayerAccess& m_player;

@@ -16,6 +16,63 @@ TEST_F(ModernEnds, AStreamThatHasEndedStaysEndedThroughAPause) {
     EXPECT_EQ(0U, mElement.Sink(0)->Count("flush-start"));
 }
 
+TEST_F(ModernEnds, ATrackWhosePeerIsAtItsEndEndsAlone) {
+    Serve({FakeServer::H264(), FakeServer::AAC()});
+    mServer.Film(20 * GST_MSECOND, {0, 0});
+    ASSERT_TRUE(mElement.Play());
+    SinkPad& lEnded = *mElement.Sink(0);
+    SinkPad& lOther = *mElement.Sink(1);
+    lEnded.SetResult(GST_FLOW_UNEXPECTED);
+    ASSERT_TRUE(lEnded.Await("eos"));
+    const std::string lKinds = lEnded.Kinds();
+    EXPECT_EQ("buffer eos", lKinds.substr(lKinds.size() - 10)) << lKinds;
+    lEnded.SetResult(GST_FLOW_OK);
+    for (int lTime = 0; lTime < 2; ++lTime) {
+        lOther.Clear();
+        ASSERT_TRUE(lOther.Await("buffer", 3));
+        mElement.Set(GST_STATE_PAUSED);
+        ASSERT_EQ(GST_STATE_CHANGE_SUCCESS, mElement.Set(GST_STATE_PLAYING));
+    }
+    EXPECT_EQ(lKinds, lEnded.Kinds()) << "whatever its peer takes by now";
+    EXPECT_EQ(0U, lOther.Count("eos"));
+    EXPECT_EQ(Texts(), mElement.TakeMessages({"error", "failure", "warning"}));
+    EXPECT_TRUE(SeekAtPad(5 * GST_SECOND));
+    EXPECT_TRUE(lEnded.Await("segment", 2)) << "a seek begins anew";
+}
+
+TEST_F(ModernEnds, WhatComesForATrackThatHasEndedDoesNotPileUp) {
+    ServeH264();
+    StartPlaying();
+    mElement.Sink(0)->SetResult(GST_FLOW_UNEXPECTED);
+    for (gint64 lTime = 1; lTime < 50; ++lTime) {
+        mServer.Push(0, lTime * GST_MSECOND, "x");
+    }
+    ASSERT_TRUE(mElement.Sink(0)->Await("eos"));
+    EXPECT_TRUE(Eventually([this] { return 0 == mServer.Queued(0); }));
+    EXPECT_EQ("buffer eos", TakeKinds(0));
+}
+
+TEST_F(ModernEnds, APipelineEndsWhenAllSinksHaveHadEnough) {
+    mServer.Describe({FakeServer::H264(), FakeServer::AAC()});
+    mServer.Film(20 * GST_MSECOND, {0, 0});
+    Pipeline lPipeline;
+    g_signal_connect(lPipeline.Get(), "element-added", G_CALLBACK(+[](GstBin*, GstElement* aElement) {
+                         const bool lIsSink = nullptr != g_strrstr(GST_OBJECT_NAME(aElement), "fakesink");
+                         if (lIsSink) { g_object_set(aElement, "num-buffers", 3, nullptr); }
+                     }),
+                     nullptr);
+    gst_util_set_object_arg(G_OBJECT(lPipeline.Source()), "profile", "modern");
+    lPipeline.SetLocation("rtsp://host/clip");
+    ASSERT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
+    GstBus* const lBus = gst_element_get_bus(lPipeline.Get());
+    GstMessage* const lEnd = gst_bus_timed_pop_filtered(
+        lBus, 10 * GST_SECOND, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+    ASSERT_NE(nullptr, lEnd);
+    EXPECT_EQ(GST_MESSAGE_EOS, GST_MESSAGE_TYPE(lEnd));
+    gst_message_unref(lEnd);
+    gst_object_unref(lBus);
+}
+
 TEST_F(ModernEnds, TheEndBehindASeekHasItsNumber) {
     ServeH264();
     StartPlaying();

@@ -69,7 +69,8 @@ TEST_F(StreamAlone, OtherPushResultsDoNotMatter) {
     MakeH264();
     std::size_t lBuffers = 0;
     mStream->task_run();
-    for (const GstFlowReturn lResult : {GST_FLOW_NOT_NEGOTIATED, GST_FLOW_NOT_SUPPORTED, GST_FLOW_CUSTOM_ERROR}) {
+    for (const GstFlowReturn lResult :
+         {GST_FLOW_UNEXPECTED, GST_FLOW_NOT_NEGOTIATED, GST_FLOW_NOT_SUPPORTED, GST_FLOW_CUSTOM_ERROR}) {
         Sink().SetResult(lResult);
         mServer.Push(1, 1, "a");
         mServer.Push(1, 2, "b");

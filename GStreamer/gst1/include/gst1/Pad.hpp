@@ -2,6 +2,9 @@
 
 #include <gst/gst.h>
 
+/// Nothing more is wanted.
+#define GST_FLOW_UNEXPECTED GST_FLOW_EOS
+
 namespace Gst1 {
 
 /// 0.10's pad functions have no parent argument.
