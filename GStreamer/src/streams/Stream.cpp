@@ -28,11 +28,6 @@ GstEvent* Numbered(GstEvent* aEvent, guint32 aSeqnum) {
 /// A track without data says so this often, in microseconds.
 constexpr int kNoDataReportInterval = 500000;
 
-/// What follows an arrival within so many microseconds is taken along with it: an access unit comes in a burst.
-constexpr int kGatherTime = 500;
-/// Between two waits that something ended which was not for this track.
-constexpr int kIdleTime = 5000;
-
 /// Of a track that has ended, packets dropped per interval: more than arrive in it.
 constexpr int kDropAtMost = 1000;
 

@@ -43,6 +43,14 @@ bool AskController(GstPad* aPad, Action aAction) {
     return lAnswer;
 }
 
+/// A packet may have come just when the stream had looked. What is gathered before playing adds nothing to it: the
+/// first buffer is due when it goes out, and those after it come as much earlier as was gathered.
+GstClockTime LongestRest(GstPad* aPad) {
+    const bool lWaits =
+        AskController(aPad, [](StreamController& aController) { return aController.stream_controller_waits(); });
+    return (lWaits ? kIdleTime + kGatherTime : kPollInterval) * GST_USECOND;
+}
+
 }  // namespace
 
 GstPad* NewStreamPad(unsigned int aTrack, StreamController& aController) {
@@ -92,8 +100,8 @@ gboolean gst_vire_rtsp_stream_query(GstPad* aPad, GstQuery* aQuery) {
     switch (GST_QUERY_TYPE(aQuery)) {
         case GST_QUERY_DURATION: return AnswerDuration(aPad, aQuery);
         case GST_QUERY_LATENCY:
-            // A packet may just have missed the last look; the sockets and queues behind it hold any amount.
-            gst_query_set_latency(aQuery, TRUE, kPollInterval * GST_USECOND, GST_CLOCK_TIME_NONE);
+            // The sockets and queues behind the pad hold any amount.
+            gst_query_set_latency(aQuery, TRUE, LongestRest(aPad), GST_CLOCK_TIME_NONE);
             return TRUE;
         case GST_QUERY_SEEKING:
             if (AskController(aPad, [&](StreamController& aController) {

@@ -56,5 +56,29 @@ TEST_F(ModernSettings, TheTimeOutsFollowTheProperties) {
     EXPECT_EQ(" ", lTold());
 }
 
+TEST_F(ModernSettings, TheLatencyIsThatOfAWaitForTheSocket) {
+    const auto lAsk = [this] {
+        GstPad* const lPad = gst_element_get_static_pad(mElement.Get(), "src0");
+        GstQuery* const lQuery = gst_query_new_latency();
+        gboolean lLive = FALSE;
+        GstClockTime lLeast = 0;
+        GstClockTime lMost = 0;
+        EXPECT_TRUE(gst_pad_query(lPad, lQuery));
+        gst_query_parse_latency(lQuery, &lLive, &lLeast, &lMost);
+        EXPECT_TRUE(lLive);
+        EXPECT_EQ(GST_CLOCK_TIME_NONE, lMost);
+        gst_query_unref(lQuery);
+        gst_object_unref(lPad);
+        return lLeast;
+    };
+    ServeH264();
+    StartPlaying();
+    EXPECT_EQ(5500 * GST_USECOND, lAsk());
+    mElement.SetText("rtp-buffer-size", "2");
+    EXPECT_EQ(5500 * GST_USECOND, lAsk()) << "what is gathered comes early, not late";
+    gst_util_set_object_arg(G_OBJECT(mElement.Get()), "profile", "classic");
+    EXPECT_EQ(100 * GST_MSECOND, lAsk());
+}
+
 }  // namespace
 }  // namespace ElementTest
