@@ -2,6 +2,19 @@ include(GoogleTest)
 
 set(VIRE_LEFT_OUT "" CACHE STRING "Tests that can't be run here, for example Socket.A:Wait.B")
 
+option(VIRE_PRECOMPILE "Precompile what most tests include: less time from nothing, fewer hits in a compiler's cache" OFF)
+
+# vire_precompile(TARGET [HEADER...]): the test framework, the standard headers that come with it, and HEADERs.
+function(vire_precompile aTarget)
+    if(NOT VIRE_PRECOMPILE)
+        return()
+    endif()
+    target_precompile_headers(${aTarget} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <atomic> <chrono>
+        <condition_variable> <functional> <map> <memory> <mutex> <string> <thread> <vector> ${ARGN})
+    # ccache looks into what gcc has preprocessed.
+    target_compile_options(${aTarget} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+endfunction()
+
 # vire_tests(TARGET [PREFIX text] [ONLY filter] [EXCEPT filter] [LABEL label] [TIMEOUT seconds] [SHARDS count]
 #            [ENVIRONMENT setting...])
 # Each test is one of ctest's, to be picked with -R. A few processes that share them all run in a fraction of the time:

@@ -4,6 +4,8 @@ set(VIRE_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address
 
 if(VIRE_SANITIZE)
     add_compile_options(-fsanitize=${VIRE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    # Reports name files and lines; the rest is a debugger's and costs time.
+    add_compile_options($<$<CONFIG:Debug>:-g1>)
     # The standard library's own checks of indices, iterators and empty containers.
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
     add_link_options(-fsanitize=${VIRE_SANITIZE})

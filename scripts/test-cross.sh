@@ -3,7 +3,8 @@
 # Installs what is missing, as root; that machine's libraries are unpacked below build/, where they are in nobody's way:
 # installed beside this machine's own they would have to be of the very same versions.
 #
-#   scripts/test-cross.sh armhf|s390x [CTEST-OPTION...]      32-bit ARM, or a big-endian machine
+#   scripts/test-cross.sh armhf|s390x [--build] [CTEST-OPTION...]      32-bit ARM, or a big-endian machine
+#                                                                      --build: build, and don't test
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -11,9 +12,14 @@ machine=${1-}
 case $machine in
     armhf) triplet=arm-linux-gnueabihf ;;
     s390x) triplet=s390x-linux-gnu ;;
-    *) echo "usage: test-cross.sh armhf|s390x [CTEST-OPTION...]" >&2 && exit 2 ;;
+    *) echo "usage: test-cross.sh armhf|s390x [--build] [CTEST-OPTION...]" >&2 && exit 2 ;;
 esac
 shift
+only_build=""
+if [ "${1-}" = "--build" ]; then
+    only_build=yes
+    shift
+fi
 
 sysroot=build/sysroot-$triplet
 packages="libgstreamer1.0-dev libglib2.0-dev libgtest-dev libgmock-dev libstdc++-12-dev"
@@ -55,8 +61,9 @@ cmake --build --preset debug --target rtsp_server -- --quiet
 
 say "Build for $machine"
 cmake --preset "$machine" -D VIRE_RTSP_SERVER="$PWD/build/debug/tests/servers/rtsp_server" \
-    -D VIRE_LEFT_OUT="$left_out" >/dev/null
+    -D VIRE_LEFT_OUT="$left_out" -D VIRE_PRECOMPILE=ON >/dev/null
 cmake --build --preset "$machine" -- --quiet
+[ -z "$only_build" ] || exit 0
 
 say "Tests on $machine"
 log=build/$machine/ctest.log

@@ -7,10 +7,9 @@
 set -u
 cd "$(dirname "$0")/.."
 
-presets="debug asan tsan"
-[ "${1-}" != "--quick" ] || presets="debug"
 jobs=$(nproc)
 linker=""
+niced=""
 failed=""
 closing=""
 times=""
@@ -68,7 +67,19 @@ check_cppcheck() {
         -I GStreamer/src -I GStreamer/gst1/include -I tools/virertsp
 }
 
-configure_and_build() { LDFLAGS=$linker cmake --preset "$1" >/dev/null && cmake --build --preset "$1" -- --quiet; }
+configure_and_build() {
+    LDFLAGS=$linker $niced cmake --preset "$1" -D VIRE_PRECOMPILE=ON >/dev/null &&
+        $niced cmake --build --preset "$1" -- --quiet
+}
+
+# begin_build PRESET: what the tests of the preset before leave of the processors goes to the next build.
+begin_build() {
+    (case $1 in
+        armhf) nice -n 19 scripts/test-armhf.sh --build ;;
+        *) niced="nice -n 19"; configure_and_build "$1" ;;
+    esac) >"build/$1.out" 2>&1 &
+    building=$!
+}
 
 # The media tests wait for media most of the time: more of them than there are processors may run. Nearly two thousand
 # processes of one test each would take longer than the tests themselves, so a few share them.
@@ -94,21 +105,30 @@ run_long_tests() {
 step "packages" scripts/setup.sh
 if command -v ccache >/dev/null; then
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    export CCACHE_SLOPPINESS=pch_defines,time_macros
 fi
 # The test programs are large, and mold links them in less than half the time.
 if command -v mold >/dev/null; then linker="-fuse-ld=mold"; fi
 step "format" check_format
 step "includes" scripts/check-includes.py
-for preset in $presets; do
-    step "build $preset" configure_and_build "$preset"
-    # Every preset's compile commands would do; the last build has no other after it to compete with.
-    [ "$preset" != "tsan" ] || begin_checks
-    step "test $preset" run_tests "$preset"
-done
-if [ "$presets" != "debug" ]; then
+mkdir -p build
+step "build debug" configure_and_build debug
+if [ "${1-}" = "--quick" ]; then
+    step "test debug" run_tests debug
+else
     step "reference" cmake --build --preset debug --target reference -- --quiet
+    begin_build asan
+    step "test debug" run_tests debug
+    step "build asan" end_check "$building" build/asan.out
+    begin_build tsan
+    step "test asan" run_tests asan
+    step "build tsan" end_check "$building" build/tsan.out
+    begin_build armhf
+    step "test tsan" run_tests tsan
+    step "build armhf" end_check "$building" build/armhf.out
+    begin_checks
     step "endurance" run_long_tests
-    step "32-bit ARM" scripts/test-armhf.sh
+    step "test armhf" scripts/test-armhf.sh
     step "clang-tidy" end_check "$tidy" build/tidy.out
     step "cppcheck" end_check "$cppcheck" build/cppcheck.out
 fi

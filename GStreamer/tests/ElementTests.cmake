@@ -37,6 +37,7 @@ const char* const ElementTest::kPluginFile = \"$<TARGET_FILE:${aTarget}-plugin>\
     target_link_libraries(${lTests} PRIVATE ${aTarget} test_support GTest::gmock GTest::gtest)
     add_dependencies(${lTests} ${aTarget}-plugin)
     vire_warnings(${lTests})
+    vire_precompile(${lTests} <gst/gst.h>)
     vire_tests(${lTests} PREFIX ${aLeg}. EXCEPT *Slow.*:*Long.* SHARDS 4 ${lEnvironment})
     # They wait for the element's own seconds: more of them than there are processors may run at once.
     vire_tests(${lTests} PREFIX ${aLeg}. ONLY *Slow.* LABEL slow SHARDS 8 ${lEnvironment})
