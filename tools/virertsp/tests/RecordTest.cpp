@@ -365,6 +365,51 @@ TEST(RecordTest, SplitFilesBeginWithRandomAccessPointsAndLackNothing) {
     }
 }
 
+/// Eight pictures, four a second, whose groups are open: after the first, every second one can be begun with because a
+/// recovery point announces it, and none is an instantaneous refresh.
+std::string OpenGroups() {
+    std::string lMedia;
+    unsigned lSeq = 0;
+    const auto lSend = [&](unsigned lPicture, bool lLast, const std::vector<Player::Byte>& aUnit) {
+        const RtpPacket lPacket = RtpPacket().Seq(++lSeq).Timestamp(22500 * lPicture).Ssrc(6).Payload(aUnit);
+        lMedia += "S$ 0 " + Hex((lLast ? RtpPacket(lPacket).Marker() : lPacket).Build()) + "\n";
+    };
+    for (unsigned lPicture = 1; lPicture <= 8; ++lPicture) {
+        if (1 == lPicture) {
+            lSend(lPicture, true, {0x65, 0x88, 0x84});
+        } else if (1 == lPicture % 2) {
+            lSend(lPicture, false, {0x06, 0x06, 0x01, 0xC4, 0x80});
+            lSend(lPicture, true, {0x41, 0x88, 0x84});
+        } else {
+            lSend(lPicture, true, {0x41, 0x9A, static_cast<Player::Byte>(lPicture)});
+        }
+    }
+    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(6), TestSupport::Goodbye(6));
+    return lMedia + "S$ 1 " + Hex(lBye) + "\n";
+}
+
+TEST(RecordTest, StreamsOfOpenGroupsAreSplitAtTheirRecoveryPoints) {
+    const Scratch lScratch;
+    ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + OpenGroups() + kTeardown);
+    const Outcome lOutcome = Record({lServer.URL(), "--tcp", "--split", "1s", "-o", lScratch.Path("out")});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitOk, lOutcome.mCode) << lOutcome.mErrors;
+    using namespace std::string_literals;
+    EXPECT_EQ(
+        "\0\0\0\1\x65\x88\x84"s
+        "\0\0\0\1\x41\x9A\2"s
+        "\0\0\0\1\6\6\1\xC4\x80\0\0\0\1\x41\x88\x84"s
+        "\0\0\0\1\x41\x9A\4"s,
+        Pictures(lScratch.Contents("out/track0-0001.h264")));
+    EXPECT_EQ(
+        "\0\0\0\1\6\6\1\xC4\x80\0\0\0\1\x41\x88\x84"s
+        "\0\0\0\1\x41\x9A\6"s
+        "\0\0\0\1\6\6\1\xC4\x80\0\0\0\1\x41\x88\x84"s
+        "\0\0\0\1\x41\x9A\x8"s,
+        Pictures(lScratch.Contents("out/track0-0002.h264")));
+    EXPECT_FALSE(std::filesystem::exists(lScratch.Path("out/track0-0003.h264")));
+}
+
 TEST(RecordTest, ALimitEndsSplitFiles) {
     const Scratch lScratch;
     ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + Groups() + kTeardown);

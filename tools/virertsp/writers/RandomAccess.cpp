@@ -2,30 +2,14 @@
 
 #include <strings.h>
 
+#include "writers/AvcAccess.hpp"
+
 namespace Virertsp {
 
 namespace {
 
-constexpr std::size_t kLengthSize = 4;
-constexpr unsigned kInstantRefresh = 5;
-
 unsigned ByteAt(std::string_view aText, std::size_t aAt) {
     return static_cast<unsigned char>(aText[aAt]);
-}
-
-/// Each NAL unit has its length in four bytes in front.
-bool HasInstantRefresh(std::string_view aSample) {
-    for (std::size_t lAt = 0; lAt + kLengthSize < aSample.size();) {
-        if (kInstantRefresh == (ByteAt(aSample, lAt + kLengthSize) & 0x1F)) { return true; }
-        std::size_t lLength = 0;
-        for (std::size_t i = 0; i < kLengthSize; ++i) {
-            lLength = lLength << 8 | ByteAt(aSample, lAt + i);
-        }
-        lAt += kLengthSize;
-        if (lLength > aSample.size() - lAt) { break; }
-        lAt += lLength;
-    }
-    return false;
 }
 
 /// The start code of a picture, and its type in two bits: 0 for one of its own.
@@ -44,7 +28,7 @@ Coding CodingOf(const Player::Properties& aTrack) {
 
 bool IsRandomAccess(Coding aCoding, std::string_view aSample) {
     switch (aCoding) {
-        case Coding::kH264: return HasInstantRefresh(aSample);
+        case Coding::kH264: return IsAvcRandomAccess(aSample);
         case Coding::kVisual: return HasIntraPicture(aSample);
         case Coding::kSound: break;
     }

@@ -11,8 +11,8 @@ enum class Coding { kH264, kVisual, kSound };
 /// Of a track of one of the formats that can be written.
 Coding CodingOf(const Player::Properties& aTrack);
 
-/// Whether a decoder can begin with this sample: an instantaneous refresh of H.264, a picture of its own of MPEG-4
-/// visual, any unit of sound.
+/// Whether a decoder can begin with this sample: what `IsAvcRandomAccess` says of H.264, a picture of its own
+/// of MPEG-4 visual, any unit of sound.
 bool IsRandomAccess(Coding aCoding, std::string_view aSample);
 
 }  // namespace Virertsp
