@@ -7,12 +7,12 @@
 #include <string>
 
 #include "Player/Mem.hpp"
-#include "Support/HeapBlock.hpp"
+#include "support/HeapBlock.hpp"
 
 namespace Player {
 namespace {
 
-using Testing::HeapBlock;
+using TestSupport::HeapBlock;
 
 Buffer Bytes(const char* aText) {
     return Buffer(aText, static_cast<UInt>(std::strlen(aText)));

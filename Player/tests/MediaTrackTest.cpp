@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "Support/CaughtReports.hpp"
-#include "Support/ExpectThrow.hpp"
+#include "support/ReportCapture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::Consumers {
 namespace {
@@ -19,7 +19,7 @@ protected:
 
     const SharedPtr<Properties, SharedObject> mInfo{new Properties};
     const TrackPtr mTrack{new MediaTrack(mInfo)};
-    Testing::CaughtReports mReports;
+    TestSupport::ReportCapture mReports;
 };
 
 TEST_F(MediaTrackTest, StartsEmpty) {
@@ -80,16 +80,16 @@ TEST_F(MediaTrackTest, OtherParamsAreReportedAndIgnored) {
     mTrack->Param("Other", "Timeout");
     EXPECT_FALSE(mTrack->Ended());
     EXPECT_FALSE(mTrack->TimedOut());
-    ASSERT_EQ(2U, mReports.mEntries.size());
-    EXPECT_EQ(Severity::Debug, mReports.mEntries[1].mSeverity);
-    EXPECT_EQ("Got param: 'Other' -> 'Timeout'", mReports.mEntries[1].mMessage);
+    ASSERT_EQ(2U, mReports.All().size());
+    EXPECT_EQ(Severity::Debug, mReports.All()[1].first);
+    EXPECT_EQ("Got param: 'Other' -> 'Timeout'", mReports.All()[1].second);
 }
 
 TEST_F(MediaTrackTest, EndOfStreamIsReportedAndKeepsTheQueue) {
     Put(1, 2);
     mTrack->Param("EndOfStream", "Bye");
-    ASSERT_EQ(1U, mReports.mEntries.size());
-    EXPECT_EQ("Got param: 'EndOfStream' -> 'Bye'", mReports.mEntries[0].mMessage);
+    ASSERT_EQ(1U, mReports.All().size());
+    EXPECT_EQ("Got param: 'EndOfStream' -> 'Bye'", mReports.All()[0].second);
     EXPECT_FALSE(mTrack->Empty());
 }
 
@@ -115,8 +115,8 @@ TEST_F(MediaTrackTest, FlushReleasesThePackets) {
 
 TEST(Consumer, NothingMayBeAttached) {
     const SharedPtr<Processor, SharedObject> lTrack(new MediaTrack(SharedPtr<Properties, SharedObject>()));
-    Testing::ExpectThrow<SystemErr>(2, "Consumer::Attach(): Should never be called",
-                                    [&] { lTrack->Attach(SharedPtr<Processor, SharedObject>()); });
+    TestSupport::ExpectThrow<SystemErr>(2, "Consumer::Attach(): Should never be called",
+                                        [&] { lTrack->Attach(SharedPtr<Processor, SharedObject>()); });
 }
 
 }  // namespace

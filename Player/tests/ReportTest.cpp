@@ -5,54 +5,54 @@
 #include <cstdarg>
 #include <cstdlib>
 
-#include "Support/CaughtReports.hpp"
-#include "Support/ExpectThrow.hpp"
 #include "Throw.hpp"
+#include "support/ReportCapture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player {
 namespace {
 
-using Testing::CaughtReports;
+using TestSupport::ReportCapture;
 
 TEST(Report, ReachesTheReporterWithItsPlace) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     Report("dir/File.cpp", 42, Severity::Warning, "%s %u", "text", 5U);
     Report("Other.cpp", 7, Severity::Trace, "plain");
-    ASSERT_EQ(2U, lReports.mEntries.size()) << "no severity is filtered out";
-    EXPECT_EQ("dir/File.cpp", lReports.mEntries[0].mFile) << "shortened by the reporter, not before";
-    EXPECT_EQ(42U, lReports.mEntries[0].mLine);
-    EXPECT_EQ(Severity::Warning, lReports.mEntries[0].mSeverity);
-    EXPECT_EQ("text 5", lReports.mEntries[0].mMessage);
-    EXPECT_EQ(Severity::Trace, lReports.mEntries[1].mSeverity);
-    EXPECT_EQ("plain", lReports.mEntries[1].mMessage);
+    ASSERT_EQ(2U, lReports.All().size()) << "no severity is filtered out";
+    EXPECT_EQ("dir/File.cpp", lReports.Places()[0].first) << "shortened by the reporter, not before";
+    EXPECT_EQ(42U, lReports.Places()[0].second);
+    EXPECT_EQ(Severity::Warning, lReports.All()[0].first);
+    EXPECT_EQ("text 5", lReports.All()[0].second);
+    EXPECT_EQ(Severity::Trace, lReports.All()[1].first);
+    EXPECT_EQ("plain", lReports.All()[1].second);
 }
 
 TEST(Report, MessagesOf4096CharactersAndMoreAreCutToThree) {
     for (const std::size_t lLength : {4094U, 4095U}) {
-        const CaughtReports lReports;
+        const ReportCapture lReports;
         const std::string lText = "abc" + std::string(lLength - 3, 'x');
         Report("f", 1, Severity::Info, "%s", lText.c_str());
-        ASSERT_EQ(1U, lReports.mEntries.size());
-        EXPECT_EQ(lText, lReports.mEntries[0].mMessage) << lLength;
+        ASSERT_EQ(1U, lReports.All().size());
+        EXPECT_EQ(lText, lReports.All()[0].second) << lLength;
     }
     for (const std::size_t lLength : {4096U, 4097U, 100000U}) {
-        const CaughtReports lReports;
+        const ReportCapture lReports;
         const std::string lText = "abc" + std::string(lLength - 3, 'x');
         Report("f", 1, Severity::Info, "%s", lText.c_str());
-        ASSERT_EQ(1U, lReports.mEntries.size());
-        EXPECT_EQ("abc", lReports.mEntries[0].mMessage) << lLength;
+        ASSERT_EQ(1U, lReports.All().size());
+        EXPECT_EQ("abc", lReports.All()[0].second) << lLength;
     }
 }
 
 TEST(Report, NothingWithoutAFormatOrWhenFormattingFails) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     const char* const lNoFormat = nullptr;
     Report("f", 1, Severity::Info, lNoFormat);
     const wchar_t lWide[] = {0x20AC, 0};
     Report("f", 1, Severity::Info, "abc %ls", lWide);
-    EXPECT_TRUE(lReports.mEntries.empty());
+    EXPECT_TRUE(lReports.All().empty());
     Report("f", 1, Severity::Info, "%s", "");
-    EXPECT_EQ(1U, lReports.mEntries.size()) << "an empty message is one";
+    EXPECT_EQ(1U, lReports.All().size()) << "an empty message is one";
 }
 
 void ReportTwice(Reporter& aReporter, const char* aFmt, ...) {
@@ -64,7 +64,7 @@ void ReportTwice(Reporter& aReporter, const char* aFmt, ...) {
 }
 
 TEST(Report, GoesToAGivenReporterAndLeavesTheArgumentsUsable) {
-    const CaughtReports lInstalled;
+    const ReportCapture lInstalled;
     class Given : public Reporter {
     public:
         void Report(const char*, UInt, Severity, const char* aMessage) override { mMessage = aMessage; }
@@ -72,16 +72,16 @@ TEST(Report, GoesToAGivenReporterAndLeavesTheArgumentsUsable) {
     } lGiven;
     ReportTwice(lGiven, "%s %d %s", "a", 2, "c");
     EXPECT_EQ("a 2 c", lGiven.mMessage);
-    ASSERT_EQ(1U, lInstalled.mEntries.size());
-    EXPECT_EQ("a 2 c", lInstalled.mEntries[0].mMessage);
-    EXPECT_EQ(Severity::Debug, lInstalled.mEntries[0].mSeverity);
+    ASSERT_EQ(1U, lInstalled.All().size());
+    EXPECT_EQ("a 2 c", lInstalled.All()[0].second);
+    EXPECT_EQ(Severity::Debug, lInstalled.All()[0].first);
 }
 
 TEST(Report, TakesATextWithoutArguments) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     ReportVA("f", 2, Severity::Debug, "alone", nullptr);
-    ASSERT_EQ(1U, lReports.mEntries.size());
-    EXPECT_EQ("alone", lReports.mEntries[0].mMessage);
+    ASSERT_EQ(1U, lReports.All().size());
+    EXPECT_EQ("alone", lReports.All()[0].second);
 }
 
 TEST(Report, AReporterWithoutAPlaceOfItsOwnWritesToStandardError) {
@@ -153,13 +153,13 @@ TEST(RelativizeFile, Shortens) {
 }
 
 TEST(Throw, ReportsAndThrowsTheSameText) {
-    Testing::ExpectThrow<RTSPErr>(0x404, "RTSP::DoDescribe(): DESCRIBE failed: 404 Not Found", [] {
+    TestSupport::ExpectThrow<RTSPErr>(0x404, "RTSP::DoDescribe(): DESCRIBE failed: 404 Not Found", [] {
         PLAYER_THROW(RTSPErr, 0x404, "RTSP::DoDescribe(): %s: %03x %s", "DESCRIBE failed", 0x404U, "Not Found");
     });
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     EXPECT_THROW(PLAYER_THROW(SDPErr, 1, "x"), SDPErr);
-    ASSERT_EQ(1U, lReports.mEntries.size());
-    EXPECT_EQ(__FILE__, lReports.mEntries[0].mFile);
+    ASSERT_EQ(1U, lReports.All().size());
+    EXPECT_EQ(__FILE__, lReports.Places()[0].first);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <random>
 #include <string>
 
-#include "Support/ClockUnderTest.hpp"
+#include "support/ClockUnderTest.hpp"
 
 namespace Player {
 namespace {

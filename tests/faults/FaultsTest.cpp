@@ -17,6 +17,7 @@
 #include "SystemCalls.hpp"
 #include "support/Footprint.hpp"
 #include "support/MoodyServer.hpp"
+#include "support/Throws.hpp"
 
 namespace Faults {
 namespace {
@@ -66,14 +67,11 @@ protected:
     /// What it throws is one of those that callers are told of; tells the words.
     static std::string Thrown(const std::function<void()>& aAction) {
         try {
-            aAction();
-            return std::string();
-        } catch (const Player::Exception& lException) { return lException.Message(); } catch (const std::bad_alloc&) {
-            return "no memory";
-        }
+            return TestSupport::Thrown(aAction);
+        } catch (const std::bad_alloc&) { return "no memory"; }
     }
     void ExpectAll() {
-        EXPECT_EQ("", Thrown([this] { EXPECT_TRUE(PlayAll()); }));
+        EXPECT_EQ("nothing", Thrown([this] { EXPECT_TRUE(PlayAll()); }));
     }
     /// Plays again and again, and each time the fault comes one call later, until it comes no more. What is played
     /// behind a fault must be whole. Tells how often it came.

@@ -5,13 +5,14 @@
 #include "Hostile/Row.hpp"
 #include "MediaSessions/RTSP/Peer.hpp"
 #include "MediaSessions/SessionFixture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::Hostile {
 
 using MediaSessions::Dialogue;
 using MediaSessions::SessionTest;
-using Testing::Thrown;
 using TestSupport::ScriptedServer;
+using TestSupport::Thrown;
 
 /// What comes of a connection that ends within a part of an answer.
 struct Outcome {

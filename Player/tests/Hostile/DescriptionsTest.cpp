@@ -3,13 +3,14 @@
 #include "MediaSessions/RTSP/Peer.hpp"
 #include "MediaSessions/SessionFixture.hpp"
 #include "SDP/Parser.hpp"
-#include "Support/HeapBlock.hpp"
+#include "support/HeapBlock.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::Hostile {
 
 using MediaSessions::Dialogue;
 using MediaSessions::SessionTest;
-using Testing::Thrown;
+using TestSupport::Thrown;
 
 // ---------------------------------------------------------------------------- read
 
@@ -90,7 +91,7 @@ TEST_P(HostileDescriptionTest, IsReadAsFarAsItGoes) {
     const TestSupport::ReportCapture lReports;
     SharedPtr<Properties, SharedObject> lSession;
     std::list<SharedPtr<Properties, SharedObject>> lMedia;
-    const Testing::HeapBlock lBlock(lRow.mText);
+    const TestSupport::HeapBlock lBlock(lRow.mText);
     EXPECT_EQ(lRow.mThrown, Thrown([&] { ParseSDP(lBlock.Ref(), lSession, lMedia); }));
     // A medium that is broken off is not kept.
     const std::size_t lKept = lRow.mThrown == kFine ? lRow.mMedia : 0;

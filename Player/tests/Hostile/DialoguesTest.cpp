@@ -8,11 +8,12 @@
 #include "MediaSessions/RTSP/Peer.hpp"
 #include "MediaSessions/SessionFixture.hpp"
 #include "RTP/Stack.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::Hostile {
 
 using MediaSessions::SessionTest;
-using Testing::Thrown;
+using TestSupport::Thrown;
 
 // ---------------------------------------------------------------------------- whole dialogues
 

@@ -6,12 +6,13 @@
 #include "MediaSessions/RTSP/Receiver.hpp"
 #include "support/Packets.hpp"
 #include "support/ReportCapture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::Hostile {
 
 using MediaSessions::Receiver;
 using Testing::Peer;
-using Testing::Thrown;
+using TestSupport::Thrown;
 
 enum class Then {
     kWaits,   ///< The server says nothing more.

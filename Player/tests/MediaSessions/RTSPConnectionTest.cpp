@@ -3,14 +3,15 @@
 
 #include "MediaSessions/RTSP/Peer.hpp"
 #include "MediaSessions/RTSPRequestsFixture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player {
 namespace {
 
 using Testing::Peer;
 using ::testing::StartsWith;
-using Testing::Thrown;
 using TestSupport::ScriptedServer;
+using TestSupport::Thrown;
 
 // ---------------------------------------------------------------------------- the connection
 

@@ -7,14 +7,15 @@
 #include "MediaSessions/RTSP/Peer.hpp"
 #include "Player/MediaPlayer.hpp"
 #include "support/ReportCapture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player {
 namespace {
 
 using Testing::Peer;
 using ::testing::StartsWith;
-using Testing::Thrown;
 using TestSupport::ReportCapture;
+using TestSupport::Thrown;
 
 // ---------------------------------------------------------------------------- ending in the middle
 

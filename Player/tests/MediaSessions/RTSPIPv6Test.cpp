@@ -9,6 +9,7 @@
 #include "MediaSessions/SessionFixture.hpp"
 #include "Sockets/Address.hpp"
 #include "support/Listener.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 namespace {
@@ -151,19 +152,19 @@ TEST_F(RTSPIPv6Test, WhereNoAddressIsReachedTheLastSaysWhy) {
     unsigned lPort = 0;
     close(TestSupport::ListenOnLoopback(lPort));
     EXPECT_EQ("3/35 Socket::Connect(): Failed to get last error [111]",
-              Testing::Thrown([&] { mPlayer.Play("rtsp://localhost:" + std::to_string(lPort), Time(0)); }));
+              TestSupport::Thrown([&] { mPlayer.Play("rtsp://localhost:" + std::to_string(lPort), Time(0)); }));
 }
 
 TEST_F(RTSPIPv6Test, ALocalAddressIsThatOfTheFamily) {
     ServeAt("[::1]", AF_INET6, "> DESCRIBE clip 1\n< 404 1\n");
     mPlayer.SetConfigParam("RTSP:UseLocalIP", "::1");
     EXPECT_EQ("17/1028 RTSP::DoDescribe(): DESCRIBE failed: 404 Not Found",
-              Testing::Thrown([&] { mPlayer.Play(mURL, Time(0)); }));
+              TestSupport::Thrown([&] { mPlayer.Play(mURL, Time(0)); }));
 }
 
 TEST_F(RTSPIPv6Test, ClassicKnowsNone) {
     mPlayer.SetConfigParam("RTSP:Profile", "");
-    EXPECT_EQ(0U, Testing::Thrown([&] { mPlayer.Play("rtsp://[::1]:1", Time(0)); }).find("3/16 Address::Lookup()"));
+    EXPECT_EQ(0U, TestSupport::Thrown([&] { mPlayer.Play("rtsp://[::1]:1", Time(0)); }).find("3/16 Address::Lookup()"));
 }
 
 }  // namespace

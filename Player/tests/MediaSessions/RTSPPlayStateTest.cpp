@@ -4,7 +4,7 @@
 
 #include "MediaSessions/SessionFixture.hpp"
 #include "Player/String.hpp"
-#include "Support/ClockUnderTest.hpp"
+#include "support/ClockUnderTest.hpp"
 
 namespace Player::MediaSessions {
 namespace {

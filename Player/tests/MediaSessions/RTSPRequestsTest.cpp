@@ -2,14 +2,15 @@
 #include "MediaSessions/RTSP/CommaLocale.hpp"
 #include "MediaSessions/RTSP/Peer.hpp"
 #include "MediaSessions/RTSPRequestsFixture.hpp"
-#include "Support/ClockUnderTest.hpp"
+#include "support/ClockUnderTest.hpp"
 #include "support/Packets.hpp"
+#include "support/Throws.hpp"
 
 namespace Player {
 namespace {
 
-using Testing::Thrown;
 using TestSupport::ScriptedServer;
+using TestSupport::Thrown;
 
 // ---------------------------------------------------------------------------- every request
 

@@ -7,6 +7,7 @@
 #include "MediaSessions/SessionFixture.hpp"
 #include "Player/Features.hpp"
 #include "support/TLSRelay.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 namespace {
@@ -52,7 +53,7 @@ protected:
     }
     /// What playing throws.
     std::string Refusal() {
-        return Testing::Thrown([this] { mPlayer.Play(SecureURL(), Time(0)); });
+        return TestSupport::Thrown([this] { mPlayer.Play(SecureURL(), Time(0)); });
     }
 
     static TLSRelay::Manners With(Flaw aFlaw) {
@@ -103,7 +104,7 @@ TEST_F(RTSPSecureTest, NamesAndAddressesAreVerified) {
         lPlayer.SetConfigParam("RTSP:Profile", "modern");
         lPlayer.SetConfigParam("RTSP:TLSAuthorities", mRelay->AuthoritiesFile());
         EXPECT_EQ("17/1028 RTSP::DoDescribe(): DESCRIBE failed: 404 Not Found",
-                  Testing::Thrown([&] { lPlayer.Play(SecureURL(lHost), Time(0)); }))
+                  TestSupport::Thrown([&] { lPlayer.Play(SecureURL(lHost), Time(0)); }))
             << lHost;
     }
 }
@@ -144,7 +145,7 @@ TEST_F(RTSPSecureTest, AServerWithoutTLSIsRefused) {
         lPeer.Accept();
         lPeer.Send("RTSP/1.0 400 Bad Request\r\n\r\n");
     });
-    const std::string lRefusal = Testing::Thrown([&] { mPlayer.Play("rtsps://" + lPeer.Authority(), Time(0)); });
+    const std::string lRefusal = TestSupport::Thrown([&] { mPlayer.Play("rtsps://" + lPeer.Authority(), Time(0)); });
     lServer.join();
     EXPECT_EQ(0U, lRefusal.find("3/48 TLS::Handshake(): No TLS with 127.0.0.1: ")) << lRefusal;
 }

@@ -14,6 +14,7 @@
 #include "support/Packets.hpp"
 #include "support/ReportCapture.hpp"
 #include "support/ScriptedServer.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 
@@ -43,16 +44,7 @@ protected:
     /// Expects the call to report a failure at severity Error and to throw it with the same text.
     template <typename Kind, typename Call>
     void ExpectThrows(unsigned aError, const std::string& aMessage, Call aCall) {
-        const std::size_t lReported = mReports.Count(Severity::Error, aMessage);
-        try {
-            aCall();
-        } catch (const Kind& lException) {
-            EXPECT_EQ(aError, lException.Error());
-            EXPECT_EQ(aMessage, lException.Message());
-            EXPECT_EQ(lReported + 1, mReports.Count(Severity::Error, aMessage));
-            return;
-        }
-        ADD_FAILURE() << "Nothing was thrown instead of: " << aMessage;
+        TestSupport::ExpectThrow<Kind>(mReports, aError, aMessage, aCall);
     }
 
     /// Reports that begin with the text, in order, without it.

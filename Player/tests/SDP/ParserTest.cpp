@@ -6,17 +6,17 @@
 #include <string>
 #include <vector>
 
-#include "Support/ExpectThrow.hpp"
-#include "Support/HeapBlock.hpp"
+#include "support/HeapBlock.hpp"
+#include "support/Throws.hpp"
 
 namespace Player {
 namespace {
 
-using Testing::CaughtReports;
 using ::testing::ElementsAre;
-using Testing::ExpectThrow;
-using Testing::HeapBlock;
 using ::testing::IsEmpty;
+using TestSupport::ExpectThrow;
+using TestSupport::HeapBlock;
+using TestSupport::ReportCapture;
 
 std::string Listed(const Properties& aProps) {
     std::string lText;
@@ -310,14 +310,14 @@ void ExpectHarmless(const std::string& aText) {
 }
 
 TEST(ParseSDP, EveryPrefix) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     const std::string lText = kFull;
     for (std::size_t lSize = 3; lSize <= lText.size(); ++lSize)
         ExpectHarmless(lText.substr(0, lSize));
 }
 
 TEST(ParseSDP, EveryPrefixKeepsTheLinesBeforeIt) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     const std::string lText = kFull;
     const std::size_t lAudio = lText.find("m=audio");
     for (std::size_t lSize = lAudio + 2; lSize <= lText.size(); ++lSize) {
@@ -329,7 +329,7 @@ TEST(ParseSDP, EveryPrefixKeepsTheLinesBeforeIt) {
 }
 
 TEST(ParseSDP, EveryByteCorrupted) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     const std::string lText = kFull;
     for (std::size_t lPos = 0; lPos < lText.size(); ++lPos) {
         const char lOriginal = lText[lPos];
@@ -343,7 +343,7 @@ TEST(ParseSDP, EveryByteCorrupted) {
 }
 
 TEST(ParseSDP, EveryByteDroppedOrDoubled) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     const std::string lText = kFull;
     for (std::size_t lPos = 0; lPos < lText.size(); ++lPos) {
         ExpectHarmless(lText.substr(0, lPos) + lText.substr(lPos + 1));

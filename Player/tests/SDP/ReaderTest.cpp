@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "Support/ExpectThrow.hpp"
-#include "Support/HeapBlock.hpp"
+#include "support/HeapBlock.hpp"
+#include "support/Throws.hpp"
 
 namespace Player {
 namespace {
 
-using Testing::ExpectThrow;
-using Testing::HeapBlock;
+using TestSupport::ExpectThrow;
+using TestSupport::HeapBlock;
 
 /// What is left to read.
 std::string Rest(Reader& aReader) {

@@ -8,12 +8,12 @@
 #include <memory>
 #include <string>
 
-#include "Support/ExpectThrow.hpp"
+#include "support/Throws.hpp"
 
 namespace Player {
 namespace {
 
-using Testing::ExpectThrow;
+using TestSupport::ExpectThrow;
 
 sockaddr_in Internet(const Address& aAddr) {
     sockaddr_in lAddr{};

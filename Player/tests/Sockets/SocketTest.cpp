@@ -11,7 +11,7 @@
 
 #include "Sockets/HiddenCalls.hpp"
 #include "Sockets/Loopback.hpp"
-#include "Support/ExpectThrow.hpp"
+#include "support/Throws.hpp"
 
 namespace Player {
 namespace {
@@ -20,9 +20,9 @@ using Testing::Connection;
 using Testing::DeafServer;
 using Testing::Descriptor;
 using Testing::DescriptorLimit;
-using Testing::ExpectThrow;
 using Testing::Interruptions;
 using Testing::Server;
+using TestSupport::ExpectThrow;
 using Clock = std::chrono::steady_clock;
 
 constexpr UInt kNoDescriptor = 0xFFFFFFFF;

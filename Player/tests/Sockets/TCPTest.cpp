@@ -9,14 +9,14 @@
 
 #include "Sockets/HiddenCalls.hpp"
 #include "Sockets/Loopback.hpp"
-#include "Support/ExpectThrow.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::Sockets {
 namespace {
 
 using Testing::Descriptor;
-using Testing::ExpectThrow;
 using Testing::Server;
+using TestSupport::ExpectThrow;
 
 class OpenTCP : public TCP {
 public:

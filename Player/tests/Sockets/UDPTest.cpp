@@ -10,16 +10,16 @@
 
 #include "Sockets/HiddenCalls.hpp"
 #include "Sockets/Loopback.hpp"
-#include "Support/ExpectThrow.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::Sockets {
 namespace {
 
 using Testing::ExpectPassesInChild;
-using Testing::ExpectThrow;
 using Testing::HideCalls;
 using Testing::Loopback;
 using Testing::PortOf;
+using TestSupport::ExpectThrow;
 
 constexpr UInt kTooMuch = 0x80000000;
 

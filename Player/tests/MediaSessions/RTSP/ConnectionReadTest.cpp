@@ -6,6 +6,7 @@
 #include "MediaSessions/RTSP/ConnectionFixture.hpp"
 #include "MediaSessions/RTSP/Memory.hpp"
 #include "support/ScriptedServer.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 namespace {
@@ -14,8 +15,8 @@ using ::testing::AllOf;
 using ::testing::EndsWith;
 using ::testing::MatchesRegex;
 using ::testing::StartsWith;
-using Testing::Thrown;
 using TestSupport::ScriptedServer;
+using TestSupport::Thrown;
 
 constexpr UInt kInCapacity = 4096;
 constexpr UInt kMostDrained = 128 * 1024;

@@ -2,14 +2,15 @@
 #include <thread>
 
 #include "MediaSessions/RTSP/ConnectionFixture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 namespace {
 
 using Testing::Peer;
 using ::testing::StartsWith;
-using Testing::Thrown;
 using TestSupport::ReportCapture;
+using TestSupport::Thrown;
 
 // ---------------------------------------------------------------------------- connecting
 
@@ -317,7 +318,7 @@ TEST_F(ConnectionTest, TheNextAddressIsTriedWhereOneIsNotReached) {
     mConnection.WriteLn("x");
     mConnection.Flush();
     mPeer.Expect("x\r\n");
-    EXPECT_EQ("3/35 Socket::Connect(): Failed to get last error [111]", Testing::Thrown([&] {
+    EXPECT_EQ("3/35 Socket::Connect(): Failed to get last error [111]", TestSupport::Thrown([&] {
                   mConnection.ReachAny({lNobody, lNobody});
               }));
     close(lClosed);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "MediaSessions/RTSP/Peer.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 namespace {
@@ -36,8 +37,8 @@ TEST(DescriptionTest, WithoutMediaItIsNotComplete) {
 }
 
 TEST(DescriptionTest, WhatIsNoDescriptionThrows) {
-    EXPECT_EQ("18/1 ParseSDP(): Bad SDP syntax", Testing::Thrown([] { Parse("x=0"); }));
-    EXPECT_EQ("18/16 ParseSDP(): Unsupported SDP version", Testing::Thrown([] { Parse("v=1"); }));
+    EXPECT_EQ("18/1 ParseSDP(): Bad SDP syntax", TestSupport::Thrown([] { Parse("x=0"); }));
+    EXPECT_EQ("18/16 ParseSDP(): Unsupported SDP version", TestSupport::Thrown([] { Parse("v=1"); }));
 }
 
 TEST(DescriptionTest, URLsAreBaseAndIdentifierAsTheyStand) {

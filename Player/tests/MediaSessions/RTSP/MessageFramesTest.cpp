@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "MediaSessions/RTSP/MessagesFixture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 namespace {
@@ -221,7 +222,7 @@ TEST_F(MessagesTest, NothingIsReadBehindARequestThatWasCutShort) {
     mPeer.Deliver("SET_PARAMETER * RTSP/1.0\r\nCSeq: 3\r\nContent-Length: 100\r\n\r\n");
     std::thread lSender([&] { mPeer.SendWhenRead(std::string("$\0\xFF\xFF", 4)); });
     EXPECT_EQ("17/2 RTSP::HandleRequest(): Invalid request: Bad Content-Length",
-              Testing::Thrown([&] { mMessages.RecvInterleavedPackets(); }));
+              TestSupport::Thrown([&] { mMessages.RecvInterleavedPackets(); }));
     lSender.join();
     EXPECT_FALSE(mMessages.RecvInterleavedPackets());
     mPeer.Deliver("OPTIONS * RTSP/1.0\r\n\r\n");
@@ -284,7 +285,7 @@ TEST_F(MessagesTest, AConnectionThatBreaksAmidFramesIsSurvived) {
     }
     mPeer.Send(lFrames);
     mPeer.Reset();
-    EXPECT_THAT(Testing::Thrown([&] { mMessages.RecvResponse(1); }), ::testing::HasSubstr(" Socket::Write(): "));
+    EXPECT_THAT(TestSupport::Thrown([&] { mMessages.RecvResponse(1); }), ::testing::HasSubstr(" Socket::Write(): "));
     EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));
     EXPECT_FALSE(mConnection.IsOpen());
     EXPECT_FALSE(mMessages.RecvInterleavedPackets());
@@ -298,7 +299,7 @@ TEST_F(MessagesTest, AConnectionThatBreaksAmidFramesIsSurvived) {
 TEST_F(MessagesTest, AReportThatTheServerDoesNotTakeEndsTheWait) {
     mPeer.FillClient();
     mPeer.Send(Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, TestSupport::SenderReport(7, 1, 1))));
-    EXPECT_EQ("3/39 RTSP::Flush(): The server reads nothing", Testing::Thrown([&] { mMessages.RecvResponse(1); }));
+    EXPECT_EQ("3/39 RTSP::Flush(): The server reads nothing", TestSupport::Thrown([&] { mMessages.RecvResponse(1); }));
     EXPECT_FALSE(mConnection.IsOpen());
     EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));
 }

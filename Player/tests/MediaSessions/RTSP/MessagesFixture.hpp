@@ -11,6 +11,7 @@
 #include "Player/Buffer.hpp"
 #include "support/Packets.hpp"
 #include "support/ReportCapture.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 
@@ -43,7 +44,7 @@ protected:
         return mMessages.RecvResponse(aCSeq);
     }
     std::string RecvThrows(const std::string& aText, UInt aCSeq = 1) {
-        return Testing::Thrown([&] { Recv(aText, aCSeq); });
+        return TestSupport::Thrown([&] { Recv(aText, aCSeq); });
     }
 
     TestSupport::ReportCapture mReports;

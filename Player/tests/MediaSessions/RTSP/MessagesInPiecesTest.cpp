@@ -3,18 +3,19 @@
 
 #include "MediaSessions/RTSP/MessagesFixture.hpp"
 #include "support/ScriptedServer.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 namespace {
 
 using ::testing::ElementsAre;
 using Testing::Peer;
-using Testing::Thrown;
 using TestSupport::AsBytes;
 using TestSupport::Hex;
 using TestSupport::Quoted;
 using TestSupport::ReportCapture;
 using TestSupport::ScriptedServer;
+using TestSupport::Thrown;
 
 // ---------------------------------------------------------------------------- arriving in pieces
 

@@ -2,6 +2,7 @@
 #include "MediaSessions/RTSP/Memory.hpp"
 #include "MediaSessions/RTSP/MessagesFixture.hpp"
 #include "support/ScriptedServer.hpp"
+#include "support/Throws.hpp"
 
 namespace Player::MediaSessions {
 namespace {
@@ -9,10 +10,10 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
-using Testing::Thrown;
 using TestSupport::Bytes;
 using TestSupport::ReportCapture;
 using TestSupport::ScriptedServer;
+using TestSupport::Thrown;
 
 // ---------------------------------------------------------------------------- status
 

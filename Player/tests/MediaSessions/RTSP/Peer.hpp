@@ -12,8 +12,6 @@
 #include <memory>
 #include <string>
 
-#include "Player/Exception.hpp"
-#include "Player/String.hpp"
 #include "support/Bytes.hpp"
 #include "support/ClientSocket.hpp"
 #include "support/Connection.hpp"
@@ -140,16 +138,5 @@ private:
     int mListener;
     std::unique_ptr<TestSupport::Connection> mClient;
 };
-
-/// What a call throws, as "category/error text"; "nothing" when it returns.
-template <typename Call>
-std::string Thrown(Call aCall) {
-    try {
-        aCall();
-    } catch (const Exception& aException) {
-        return StringWithFormat("%u/%u %s", aException.Category(), aException.Error(), aException.Message());
-    }
-    return "nothing";
-}
 
 }  // namespace Player::Testing

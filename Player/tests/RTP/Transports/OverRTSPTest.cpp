@@ -8,15 +8,15 @@
 #include "Player/Exception.hpp"
 #include "RTP/PacketBuilder.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
-#include "Support/CaughtReports.hpp"
+#include "support/ReportCapture.hpp"
 
 namespace Player::RTP::Transports {
 
 using Testing::Bytes;
-using Testing::CaughtReports;
 using Testing::Compound;
 using Testing::Packet;
 using Testing::RecordingProcessor;
+using TestSupport::ReportCapture;
 using Events = std::vector<std::string>;
 
 namespace {
@@ -191,12 +191,12 @@ TEST_F(OverRTSPTest, RTCPAlignsTheOtherTracks) {
 }
 
 TEST_F(OverRTSPTest, ReportThatCannotBeSentIsDropped) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     mConnection.mFailsToSend = true;
     EXPECT_TRUE(Deliver(0, Packet().Build()));
     EXPECT_NO_THROW(Deliver(1, Compound().RR().Build()));
     EXPECT_EQ(1U, mConnection.mSent.size());
-    EXPECT_EQ(1, lReports.Count(Severity::Warning));
+    EXPECT_EQ(1U, lReports.CountBeginning(Severity::Warning));
 }
 
 TEST_F(OverRTSPTest, ReceiveTellsWhatTheSessionTells) {
@@ -207,19 +207,19 @@ TEST_F(OverRTSPTest, ReceiveTellsWhatTheSessionTells) {
 }
 
 TEST_F(OverRTSPTest, FailingSocketIsNoMoreData) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     const std::string lReport = "OverRTSP::Receive(): Nothing can be read: reset by peer";
     const auto lFails = []() -> bool { throw NetworkErr(38, "reset by peer"); };
     mConnection.mOnRead = lFails;
     EXPECT_FALSE(mTransport.Receive());
     EXPECT_FALSE(mTransport.Fill());
     EXPECT_FALSE(mTransport.Produce());
-    EXPECT_EQ(1, lReports.Count(Severity::Warning, lReport)) << "once";
+    EXPECT_EQ(1U, lReports.CountBeginning(Severity::Warning, lReport)) << "once";
     mConnection.mOnRead = [] { return false; };
     EXPECT_FALSE(mTransport.Receive());
     mConnection.mOnRead = lFails;
     EXPECT_FALSE(mTransport.Receive());
-    EXPECT_EQ(2, lReports.Count(Severity::Warning, lReport)) << "and again after it went well";
+    EXPECT_EQ(2U, lReports.CountBeginning(Severity::Warning, lReport)) << "and again after it went well";
     mConnection.mOnRead = []() -> bool { throw RTSPErr(2, "Invalid request"); };
     EXPECT_THROW(mTransport.Receive(), RTSPErr) << "a broken dialogue is another matter";
 }

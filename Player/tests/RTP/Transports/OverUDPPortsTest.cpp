@@ -11,16 +11,16 @@
 #include "Player/Exception.hpp"
 #include "RTP/Transports/LocalPorts.hpp"
 #include "RTP/Transports/OverUDP.hpp"
-#include "Support/CaughtReports.hpp"
+#include "support/ReportCapture.hpp"
 #include "support/UdpSocket.hpp"
 
 namespace Player::RTP::Transports {
 
-using Testing::CaughtReports;
 using Testing::DescriptorOf;
 using Testing::kPortsBegin;
 using Testing::kPortsEnd;
 using Testing::LocalPort;
+using TestSupport::ReportCapture;
 using TestSupport::UdpSocket;
 
 namespace {
@@ -84,7 +84,7 @@ TEST(OverUDPPortsTest, OnePairIsTriedOnce) {
     EXPECT_EQ(0U, lTransport.AddTrack());
     EXPECT_EQ(lBegin, LocalPort(lTransport, 0));
 
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     try {
         lTransport.AddTrack();
         FAIL() << "a second pair from a range of one";
@@ -92,15 +92,15 @@ TEST(OverUDPPortsTest, OnePairIsTriedOnce) {
         EXPECT_EQ(19U << 16 | 1, lError.Code());
         EXPECT_STREQ("OverUDP::Track(): Failed to create UDP port pair", lError.Message());
     }
-    EXPECT_EQ(1, lReports.Count(Severity::Error, "Socket::Bind()"));
-    EXPECT_EQ(1, lReports.Count(Severity::Error, "OverUDP::Track(): Failed to create UDP port pair"));
+    EXPECT_EQ(1U, lReports.CountBeginning(Severity::Error, "Socket::Bind()"));
+    EXPECT_EQ(1U, lReports.CountBeginning(Severity::Error, "OverUDP::Track(): Failed to create UDP port pair"));
     EXPECT_DEATH(lTransport.FillTrack(1), "aIdx < mTracks.size\\(\\)") << "no track was made";
 }
 
 TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
     constexpr UInt kPairs = 4;
     const UInt lBegin = FreePorts(kPairs);
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     for (UInt lFree = 0; lFree < kPairs; ++lFree) {
         std::vector<UdpSocket> lTaken;
         for (UInt i = 0; i < kPairs; ++i) {
@@ -111,16 +111,16 @@ TEST(OverUDPPortsTest, EveryPairOfTheRangeIsTriedOnce) {
             OverUDP lTransport(lBegin, lBegin + 2 * kPairs, "");
             lTransport.AddTrack();
             EXPECT_EQ(lBegin + 2 * lFree, LocalPort(lTransport, 0));
-            const long lBefore = lReports.Count(Severity::Error, "Socket::Bind()");
+            const std::size_t lBefore = lReports.CountBeginning(Severity::Error, "Socket::Bind()");
             EXPECT_THROW(lTransport.AddTrack(), RTPErr);
-            EXPECT_EQ(lBefore + static_cast<long>(kPairs), lReports.Count(Severity::Error, "Socket::Bind()"));
+            EXPECT_EQ(lBefore + kPairs, lReports.CountBeginning(Severity::Error, "Socket::Bind()"));
         }
     }
 }
 
 TEST(OverUDPPortsTest, TakenRTCPPortMovesThePairOn) {
     const UInt lBegin = FreePorts(2);
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     const UdpSocket lTaken(lBegin + 1);
     for (UInt lSeed = 0; lSeed < 8; ++lSeed) {
         std::srand(lSeed);
@@ -133,7 +133,7 @@ TEST(OverUDPPortsTest, TakenRTCPPortMovesThePairOn) {
 
 TEST(OverUDPPortsTest, BindsToTheLocalAddress) {
     const UInt lBegin = FreePorts(1);
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     OverUDP lFirst(lBegin, lBegin + 2, "127.0.0.1");
     OverUDP lSecond(lBegin, lBegin + 2, "127.0.0.2");
     EXPECT_EQ(0U, lFirst.AddTrack());

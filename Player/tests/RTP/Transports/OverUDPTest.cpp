@@ -11,13 +11,12 @@
 #include "RTP/PacketBuilder.hpp"
 #include "RTP/Transports/LocalPorts.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
-#include "Support/CaughtReports.hpp"
+#include "support/ReportCapture.hpp"
 #include "support/UdpSocket.hpp"
 
 namespace Player::RTP::Transports {
 
 using Testing::Bytes;
-using Testing::CaughtReports;
 using Testing::Compound;
 using Testing::DescriptorOf;
 using Testing::kPortsBegin;
@@ -25,6 +24,7 @@ using Testing::kPortsEnd;
 using Testing::LocalPort;
 using Testing::Packet;
 using Testing::RecordingProcessor;
+using TestSupport::ReportCapture;
 using TestSupport::UdpSocket;
 using Events = std::vector<std::string>;
 
@@ -261,7 +261,7 @@ TEST_F(OverUDPTest, RTCPAlignsTheOtherTracks) {
 // ---------------------------------------------------------------- failures
 
 TEST_F(OverUDPTest, FailingRTPSocketDoesNotEndTheOthers) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
     Break(mPorts[0]);
@@ -273,30 +273,30 @@ TEST_F(OverUDPTest, FailingRTPSocketDoesNotEndTheOthers) {
     mPeer.Send(Packet().Build(), mPorts[1]);
     EXPECT_TRUE(Until([&] { return mTransport.Fill(); }));
     EXPECT_FALSE(mTransport.FillTrack(0));
-    EXPECT_EQ(1, lReports.Count(Severity::Warning, "OverUDP::FillTrack(): Nothing can be read from port " +
-                                                       std::to_string(mPorts[0]) + ": "));
-    EXPECT_EQ(1, lReports.Count(Severity::Warning));
+    EXPECT_EQ(1U, lReports.CountBeginning(Severity::Warning, "OverUDP::FillTrack(): Nothing can be read from port " +
+                                                                 std::to_string(mPorts[0]) + ": "));
+    EXPECT_EQ(1U, lReports.CountBeginning(Severity::Warning));
 }
 
 TEST_F(OverUDPTest, FailingRTCPSocketDoesNotHideMedia) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     Break(mPorts[0] + 1);
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(Until([&] { return mTransport.FillTrack(0); }));
     mTransport.FillTrack(0);
-    EXPECT_EQ(1, lReports.Count(Severity::Warning, "OverUDP::FillTrack(): Nothing can be read from port " +
-                                                       std::to_string(mPorts[0] + 1) + ": "));
-    EXPECT_EQ(1, lReports.Count(Severity::Warning));
+    EXPECT_EQ(1U, lReports.CountBeginning(Severity::Warning, "OverUDP::FillTrack(): Nothing can be read from port " +
+                                                                 std::to_string(mPorts[0] + 1) + ": "));
+    EXPECT_EQ(1U, lReports.CountBeginning(Severity::Warning));
 }
 
 TEST_F(OverUDPTest, NothingToReadIsNoFailure) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     EXPECT_FALSE(mTransport.Fill());
-    EXPECT_TRUE(lReports.mEntries.empty());
+    EXPECT_TRUE(lReports.All().empty());
 }
 
 TEST_F(OverUDPTest, ReportThatCannotBeSentIsDropped) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
     ::shutdown(DescriptorOf(mPorts[0] + 1), SHUT_WR);
@@ -306,13 +306,13 @@ TEST_F(OverUDPTest, ReportThatCannotBeSentIsDropped) {
         mTransport.FillTrack(0);
         return 2 == mTransport.GetTrackRTPStack(0).GetLastRTPTimeExt();
     })) << "the packet behind is read as well";
-    EXPECT_EQ(2, lReports.Count(Severity::Warning, "OverUDP::SendReport(): UDP::WriteTo()"));
+    EXPECT_EQ(2U, lReports.CountBeginning(Severity::Warning, "OverUDP::SendReport(): UDP::WriteTo()"));
 }
 
 // ---------------------------------------------------------------- opening the way
 
 TEST_F(OverUDPTest, PreflightPunchesAHoleFromEitherSocket) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     const UdpSocket lControl;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(0, std::to_string(mPeer.Port()) + " - " + std::to_string(lControl.Port()));
@@ -320,40 +320,40 @@ TEST_F(OverUDPTest, PreflightPunchesAHoleFromEitherSocket) {
     EXPECT_EQ(std::make_pair(Bytes(8, 0), mPorts[0]), mPeer.Receive());
     EXPECT_EQ(std::make_pair(Bytes(8, 0), mPorts[0] + 1), lControl.Receive());
     for (const UInt lPort : {mPeer.Port(), lControl.Port()}) {
-        EXPECT_EQ(1,
-                  lReports.Count(Severity::Info, "Punching a hole to IP: 127.0.0.1, Port: " + std::to_string(lPort)));
+        EXPECT_EQ(1, lReports.CountBeginning(Severity::Info,
+                                             "Punching a hole to IP: 127.0.0.1, Port: " + std::to_string(lPort)));
     }
-    EXPECT_EQ(2, lReports.Count(Severity::Info)) << "the other track has no remote address";
+    EXPECT_EQ(2U, lReports.CountBeginning(Severity::Info)) << "the other track has no remote address";
 }
 
 TEST_F(OverUDPTest, SinglePortIsPunchedFromTheRTPSocket) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     for (const char* lTail : {"", "-"}) {
         mTransport.SetTrackRemoteIP(1, "127.0.0.1");
         mTransport.SetTrackRemotePorts(1, std::to_string(mPeer.Port()) + lTail);
         mTransport.Preflight();
         EXPECT_EQ(std::make_pair(Bytes(8, 0), mPorts[1]), mPeer.Receive());
     }
-    EXPECT_EQ(2, lReports.Count(Severity::Info)) << "one each";
+    EXPECT_EQ(2U, lReports.CountBeginning(Severity::Info)) << "one each";
 }
 
 TEST_F(OverUDPTest, NoHoleWithoutAddressOrPorts) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(1, "5000-5001");
     mTransport.Preflight();
-    EXPECT_EQ(0, lReports.Count(Severity::Info));
+    EXPECT_EQ(0U, lReports.CountBeginning(Severity::Info));
 }
 
 TEST_F(OverUDPTest, HoleThatCannotBePunchedIsHarmless) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     mTransport.SetTrackRemoteIP(0, "127.0.0.1");
     mTransport.SetTrackRemotePorts(0, "no-port");
     mTransport.SetTrackRemoteIP(1, "127.0.0.1");
     mTransport.SetTrackRemotePorts(1, "0-" + std::to_string(mPeer.Port()));
     mTransport.Preflight();
     EXPECT_EQ(std::make_pair(Bytes(8, 0), mPorts[1] + 1), mPeer.Receive()) << "the one behind three failing ones";
-    EXPECT_EQ(3, lReports.Count(Severity::Warning, "OverUDP::PunchHole(): "));
+    EXPECT_EQ(3U, lReports.CountBeginning(Severity::Warning, "OverUDP::PunchHole(): "));
 }
 
 TEST_F(OverUDPTest, MoreThanTwoRemotePortsAreAMistake) {
@@ -374,7 +374,7 @@ TEST_F(OverUDPTest, PreflightStartsTheTimeOutsAnew) {
 // ---------------------------------------------------------------- the end
 
 TEST_F(OverUDPTest, EndIsToldOnceWhenTheQueueIsDrained) {
-    const CaughtReports lReports;
+    const ReportCapture lReports;
     mTransport.ModifyTrackRTPStack(0).SetTimeoutTime(Time(1));
     mPeer.Send(Packet().Build(), mPorts[0]);
     EXPECT_TRUE(FillUntilReceived(0, 1));
