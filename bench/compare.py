@@ -4,7 +4,10 @@ the same local server. The clients take turns, as many rounds as asked for; what
 Absolute times depend on the machine; the ratios within one run are what counts.
 
     bench/compare.py [--build DIR] [--rates 8,40,100,400] [--transports udp,tcp] [--seconds 4] [--rounds 3]
-                     [--clients NAME,...] [--add NAME=COMMAND...]
+                     [--clients NAME,...] [--add NAME=COMMAND...] [--realtime]
+
+With --realtime, as root, server and clients get their processor before all other programs: what is lost then is lost by
+the client, not by the machine's other work.
 
 {url}, {transport} and {build} in a command are replaced. OPENRTSP names the program openRTSP, which is left out
 otherwise.
@@ -146,7 +149,10 @@ def main():
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--clients", default=",".join(CLIENTS))
     parser.add_argument("--add", action="append", default=[], metavar="NAME=COMMAND")
+    parser.add_argument("--realtime", action="store_true")
     arguments = parser.parse_args()
+    if arguments.realtime:
+        os.sched_setscheduler(0, os.SCHED_FIFO, os.sched_param(10))
     clients = {name: CLIENTS[name] for name in arguments.clients.split(",")}
     clients.update(addition.split("=", 1) for addition in arguments.add)
     with tempfile.TemporaryDirectory() as folder:
