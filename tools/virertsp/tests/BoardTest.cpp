@@ -50,10 +50,30 @@ TEST(WatchLineTest, AFailureIsToldUntilTheNext) {
                                              "[0-9][0-9]:[0-9][0-9]:[0-9][0-9] It broke\\?\\[2J\\."));
     lLocation.Connecting();
     lLine.Update(lLocation.Look(), kStart);
-    EXPECT_THAT(lLine.Text(13), HasSubstr("It broke"));
-    lLocation.Received(Totals());
-    EXPECT_EQ(Location::State::kBuffering, lLocation.Look().mState);
+    EXPECT_THAT(lLine.Text(13), MatchesRegex("rtsp://host/a  connecting    [0-9:]* It broke\\?\\[2J\\."));
     EXPECT_EQ(2U, lLocation.Look().mSession);
+}
+
+TEST(WatchLineTest, AStateLastsUntilTheNext) {
+    Location lLocation;
+    WatchLine lLine("rtsp://host/a");
+    const auto lShown = [&] {
+        lLine.Update(lLocation.Look(), kStart);
+        const std::string lText = lLine.Text(13).substr(15);
+        return lText.substr(0, lText.find(' '));
+    };
+    for (int lSession = 0; lSession < 2; ++lSession) {
+        lLocation.Connecting();
+        EXPECT_EQ("connecting", lShown());
+        Totals lTotals;
+        lLocation.Received(lTotals);
+        EXPECT_EQ("buffering", lShown());
+        lTotals.mTime = Player::Time(1, 25);
+        lLocation.Received(lTotals);
+        EXPECT_EQ("playing", lShown());
+        lLocation.Failed("It broke.", kStart);
+        EXPECT_EQ("waiting", lShown());
+    }
 }
 
 TEST(WatchLineTest, ColumnsAreThoseOfATerminal) {
