@@ -1,6 +1,7 @@
 """Records picture and sound into one file and reads it back with ffprobe."""
 
 import json
+import os
 import pathlib
 import signal
 import subprocess
@@ -25,6 +26,30 @@ def bytes_of(path, kind):
     """All that the packets of the first track of that kind hold."""
     return subprocess.run(["ffmpeg", "-v", "error", "-i", str(path), "-map", f"0:{kind}:0", "-c", "copy", "-f", "data",
                            "-"], check=True, capture_output=True, timeout=media.PATIENCE).stdout
+
+
+def whole_boxes(data):
+    """The types of the boxes of an MP4 file, none if the last one is not complete."""
+    types = []
+    while data:
+        size = int.from_bytes(data[:4], "big")
+        if size < 8 or size > len(data):
+            return []
+        types.append(data[4:8])
+        data = data[size:]
+    return types
+
+
+def stopped_after_a_fragment(process, path):
+    """Stops a recorder that is not in the midst of a write and has written a fragment."""
+    if not path.exists():
+        return False
+    process.send_signal(signal.SIGSTOP)
+    os.waitid(os.P_PID, process.pid, os.WSTOPPED | os.WEXITED | os.WNOWAIT)
+    if b"mdat" in whole_boxes(path.read_bytes()):
+        return True
+    process.send_signal(signal.SIGCONT)
+    return False
 
 
 class ContainerTest(unittest.TestCase):
@@ -74,11 +99,11 @@ class ContainerTest(unittest.TestCase):
 
     def test_a_killed_process_leaves_a_good_file(self):
         path = self.folder / "clip.mp4"
-        with media.server("--file", str(media.clip(20))) as url:
+        with element.serve(element.av_clip()) as url:
             process = subprocess.Popen([media.VIRERTSP, "record", url, "--output", str(path), "--config",
                                         "RTSP:TargetRTPBuffer=0"], stdout=subprocess.DEVNULL)
             deadline = time.monotonic() + media.PATIENCE
-            while not (path.exists() and path.stat().st_size > 500000) and time.monotonic() < deadline:
+            while not stopped_after_a_fragment(process, path) and time.monotonic() < deadline:
                 time.sleep(0.05)
             process.send_signal(signal.SIGKILL)
             process.wait()
