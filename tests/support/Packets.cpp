@@ -7,6 +7,7 @@ namespace TestSupport {
 namespace {
 
 constexpr std::uint8_t kVersion = 0x80;
+constexpr unsigned kVersionShift = 6;
 constexpr std::uint8_t kPaddingBit = 0x20;
 constexpr std::uint8_t kExtensionBit = 0x10;
 constexpr std::uint8_t kMarkerBit = 0x80;
@@ -23,6 +24,13 @@ void Put32(Bytes& aOut, std::uint64_t aValue) {
     Put16(aOut, aValue);
 }
 
+Bytes ExtensionHeader(unsigned aProfile, std::size_t aWords) {
+    Bytes lOut;
+    Put16(lOut, aProfile);
+    Put16(lOut, aWords);
+    return lOut;
+}
+
 Bytes RtcpHeader(unsigned aCount, unsigned aType, unsigned aWords, std::uint32_t aSsrc) {
     Bytes lOut;
     Put8(lOut, kVersion | aCount);
@@ -33,6 +41,11 @@ Bytes RtcpHeader(unsigned aCount, unsigned aType, unsigned aWords, std::uint32_t
 }
 
 }  // namespace
+
+RtpPacket& RtpPacket::Version(unsigned aVersion) {
+    mVersion = aVersion;
+    return *this;
+}
 
 RtpPacket& RtpPacket::Type(unsigned aType) {
     mType = aType;
@@ -67,15 +80,24 @@ RtpPacket& RtpPacket::Csrcs(const std::vector<std::uint32_t>& aCsrcs) {
 RtpPacket& RtpPacket::Extension(unsigned aProfile, const Bytes& aWords) {
     if (0 != aWords.size() % 4) { throw std::invalid_argument("an extension consists of whole words"); }
     mExtended = true;
-    mExtension.clear();
-    Put16(mExtension, aProfile);
-    Put16(mExtension, aWords.size() / 4);
-    mExtension.insert(mExtension.end(), aWords.begin(), aWords.end());
+    mExtension = ExtensionHeader(aProfile, aWords.size() / 4) + aWords;
+    return *this;
+}
+
+RtpPacket& RtpPacket::ClaimExtension(unsigned aWords, const Bytes& aData) {
+    mExtended = true;
+    mExtension = ExtensionHeader(kProfile, aWords) + aData;
     return *this;
 }
 
 RtpPacket& RtpPacket::Padding(unsigned aCount) {
+    mPadded = 0 != aCount;
     mPadding = aCount;
+    return *this;
+}
+
+RtpPacket& RtpPacket::PaddingBit() {
+    mPadded = true;
     return *this;
 }
 
@@ -86,7 +108,8 @@ RtpPacket& RtpPacket::Payload(const Bytes& aPayload) {
 
 Bytes RtpPacket::Build() const {
     Bytes lOut;
-    Put8(lOut, kVersion | (0 != mPadding ? kPaddingBit : 0U) | (mExtended ? kExtensionBit : 0U) | mCsrcs.size());
+    Put8(lOut,
+         mVersion << kVersionShift | (mPadded ? kPaddingBit : 0U) | (mExtended ? kExtensionBit : 0U) | mCsrcs.size());
     Put8(lOut, (mMarker ? kMarkerBit : 0U) | mType);
     Put16(lOut, mSeq);
     Put32(lOut, mTimestamp);
@@ -99,7 +122,7 @@ Bytes RtpPacket::Build() const {
     for (unsigned i = 1; i <= mPadding; ++i) {
         Put8(lOut, i == mPadding ? mPadding : 0U);
     }
-    return lOut;
+    return Bytes(lOut.begin(), lOut.end());
 }
 
 Bytes SenderReport(std::uint32_t aSsrc, std::uint64_t aNtp, std::uint32_t aRtpTime, std::uint32_t aPackets,

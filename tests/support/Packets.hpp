@@ -1,14 +1,18 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "support/Bytes.hpp"
 
 namespace TestSupport {
 
-/// Writes an RTP packet (RFC 3550 section 5.1): `RtpPacket().Seq(3).Marker().Payload({0x65, 0x88}).Build()`.
+/// Writes an RTP packet (RFC 3550 section 5.1): `RtpPacket().Seq(3).Marker().Payload({0x65, 0x88}).Build()`. A wrong
+/// version, an extension of another length than its header says and a padding bit without padding are possible, too.
 class RtpPacket {
 public:
+    RtpPacket& Version(unsigned aVersion);
     RtpPacket& Type(unsigned aType);
     RtpPacket& Marker(bool aMarker = true);
     RtpPacket& Seq(unsigned aSeq);
@@ -17,13 +21,24 @@ public:
     RtpPacket& Csrcs(const std::vector<std::uint32_t>& aCsrcs);
     /// `aWords`: the extension's data, a multiple of four bytes.
     RtpPacket& Extension(unsigned aProfile, const Bytes& aWords);
-    /// So many bytes, the last of which says how many.
+    RtpPacket& Extension(const Bytes& aWords) { return Extension(kProfile, aWords); }
+    /// The header of an extension of `aWords` words, with this data after it.
+    RtpPacket& ClaimExtension(unsigned aWords, const Bytes& aData);
+    /// Sets the padding bit and appends `aCount` bytes; the last byte holds the count.
     RtpPacket& Padding(unsigned aCount);
+    /// Sets the padding bit alone: the last byte of the payload is read as the count.
+    RtpPacket& PaddingBit();
     RtpPacket& Payload(const Bytes& aPayload);
+    RtpPacket& PayloadSize(std::size_t aSize, std::uint8_t aFill = 0xAB) { return Payload(Bytes(aSize, aFill)); }
 
+    /// The datagram, in a heap block of exactly its size.
     Bytes Build() const;
 
 private:
+    /// Extensions of one byte (RFC 8285).
+    static constexpr unsigned kProfile = 0xBEDE;
+
+    unsigned mVersion = 2;
     unsigned mType = 96;
     bool mMarker = false;
     unsigned mSeq = 0;
@@ -32,6 +47,7 @@ private:
     std::vector<std::uint32_t> mCsrcs;
     bool mExtended = false;
     Bytes mExtension;
+    bool mPadded = false;
     unsigned mPadding = 0;
     Bytes mPayload;
 };

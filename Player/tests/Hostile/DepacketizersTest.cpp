@@ -6,12 +6,13 @@
 
 namespace Player::Hostile {
 
-using Test::AUHeaders;
-using Test::Bytes;
-using Test::Chain;
-using Test::Counted;
-using Test::RTPPacket;
-using Test::operator+;
+using Testing::AUHeaders;
+using Testing::Chain;
+using Testing::Counted;
+using Testing::PacketWith;
+using TestSupport::Bytes;
+using TestSupport::RtpPacket;
+using TestSupport::operator+;
 
 /// A format, and a packet of it that is right: one sample.
 struct Format {
@@ -24,7 +25,7 @@ struct Format {
 struct PayloadRow {
     const char* mName;
     const Format& mFormat;
-    std::vector<RTPPacket> mPackets;
+    std::vector<RtpPacket> mPackets;
     /// What comes out before the sample of the packet that is right.
     std::vector<Bytes> mSamples;
 };
@@ -50,17 +51,17 @@ const Format kVideo = {"enc-mpeg4-generic",
                        {0, 8, 0, 0x99},
                        {0x99}};
 
-RTPPacket Of(const Bytes& aPayload) {
-    return RTPPacket(aPayload);
+RtpPacket Of(const Bytes& aPayload) {
+    return PacketWith(aPayload);
 }
 
-RTPPacket Marked(const Bytes& aPayload) {
-    return RTPPacket(aPayload).Marker();
+RtpPacket Marked(const Bytes& aPayload) {
+    return PacketWith(aPayload).Marker();
 }
 
 /// A fragment of a NAL unit of type 5: 0x80 starts it, 0x40 ends it.
-RTPPacket Fragment(unsigned short aSeq, Byte aFlags, const Bytes& aBytes) {
-    return RTPPacket(Bytes{0x7C, static_cast<Byte>(aFlags | 5)} + aBytes).Seq(aSeq);
+RtpPacket Fragment(unsigned short aSeq, Byte aFlags, const Bytes& aBytes) {
+    return PacketWith(Bytes{0x7C, static_cast<Byte>(aFlags | 5)} + aBytes).Seq(aSeq);
 }
 
 Bytes NAL(const Bytes& aBytes) {
@@ -68,8 +69,8 @@ Bytes NAL(const Bytes& aBytes) {
     return Bytes{0, 0, static_cast<Byte>(lSize >> 8), static_cast<Byte>(lSize)} + aBytes;
 }
 
-std::vector<RTPPacket> Fragments(unsigned aCount, Byte aFlags) {
-    std::vector<RTPPacket> lPackets;
+std::vector<RtpPacket> Fragments(unsigned aCount, Byte aFlags) {
+    std::vector<RtpPacket> lPackets;
     for (unsigned i = 0; i < aCount; ++i) {
         lPackets.push_back(Fragment(static_cast<unsigned short>(i), aFlags, {1}));
     }
@@ -105,7 +106,7 @@ const PayloadRow kPayloads[] = {
     {"FragmentsWithoutAnEnd", kH264, {Fragment(1, 0x80, {1}), Fragment(2, 0, {2})}, {}},
     {"FragmentsOfWhichOneIsLost",
      kH264,
-     {Fragment(1, 0x80, {1}), Fragment(3, 0x40, {3}), RTPPacket({0x41, 4}).Seq(4).Marker()},
+     {Fragment(1, 0x80, {1}), Fragment(3, 0x40, {3}), PacketWith({0x41, 4}).Seq(4).Marker()},
      {NAL({0x41, 4})}},
     {"FragmentsAcrossTheWrap",
      kH264,
@@ -117,7 +118,7 @@ const PayloadRow kPayloads[] = {
      {NAL({0x65, 2, 3})}},
     {"FragmentsOfEveryOtherTimestamp",
      kH264,
-     {Fragment(1, 0x80, {1}).At(1), Fragment(2, 0, {2}).At(2), Fragment(3, 0x40, {3}).At(3)},
+     {Fragment(1, 0x80, {1}).Timestamp(1), Fragment(2, 0, {2}).Timestamp(2), Fragment(3, 0x40, {3}).Timestamp(3)},
      {}},
 
     // LATM
@@ -139,11 +140,14 @@ const PayloadRow kPayloads[] = {
 
     // MPEG-4 visual
     {"VideoThatNeverStarts", kMP4V, {Of({0, 0, 2}), Of({0, 0}), Marked({1})}, {}},
-    {"VideoThatNeverEnds", kMP4V, {RTPPacket({0, 0, 1, 1}).Seq(1), RTPPacket({2}).Seq(2), RTPPacket({3}).Seq(3)}, {}},
-    {"VideoOfWhichOneIsLost", kMP4V, {RTPPacket({0, 0, 1, 1}).Seq(1), RTPPacket({3}).Seq(3).Marker()}, {}},
+    {"VideoThatNeverEnds",
+     kMP4V,
+     {PacketWith({0, 0, 1, 1}).Seq(1), PacketWith({2}).Seq(2), PacketWith({3}).Seq(3)},
+     {}},
+    {"VideoOfWhichOneIsLost", kMP4V, {PacketWith({0, 0, 1, 1}).Seq(1), PacketWith({3}).Seq(3).Marker()}, {}},
     {"VideoOfOnePacketOverAndOver",
      kMP4V,
-     {RTPPacket({0, 0, 1, 1}).Seq(1), RTPPacket({2}).Seq(2), RTPPacket({2}).Seq(2), RTPPacket({3}).Seq(3).Marker()},
+     {PacketWith({0, 0, 1, 1}).Seq(1), PacketWith({2}).Seq(2), PacketWith({2}).Seq(2), PacketWith({3}).Seq(3).Marker()},
      {{0, 0, 1, 1, 2, 3}}},
 
     // AMR
@@ -178,10 +182,10 @@ class HostilePayloadTest : public testing::TestWithParam<PayloadRow> {};
 TEST_P(HostilePayloadTest, GivesWhatIsWhole) {
     const PayloadRow& lRow = GetParam();
     Chain lChain(lRow.mFormat.mName, lRow.mFormat.mParameters);
-    for (const RTPPacket& lPacket : lRow.mPackets) {
+    for (const RtpPacket& lPacket : lRow.mPackets) {
         lChain.Push(lPacket);
     }
-    lChain.Push(RTPPacket(lRow.mFormat.mPayload).Seq(1000).At(99000).Marker());
+    lChain.Push(PacketWith(lRow.mFormat.mPayload).Seq(1000).Timestamp(99000).Marker());
     std::vector<Bytes> lExpected = lRow.mSamples;
     lExpected.push_back(lRow.mFormat.mSample);
     EXPECT_THAT(lChain.Samples(), testing::ElementsAreArray(lExpected));

@@ -9,9 +9,9 @@ namespace Player::Hostile {
 
 using Testing::Bytes;
 using Testing::Packet;
-using Testing::PacketBuilder;
 using Testing::Prefix;
 using Testing::SizeOf;
+using TestSupport::RtpPacket;
 
 struct PacketRow {
     const char* mName;
@@ -47,8 +47,8 @@ const PacketRow kPackets[] = {
     {"Version3", Packet().Version(3).Build(), 0},
     {"AllBitsSet", Bytes(100, 0xFF), 0},
     {"AllBitsOfAHeaderOfVersion2", Bytes(100, 0xBF), 0},
-    {"FifteenSources", Packet().CSRCs(std::vector<UInt>(15, 7)).PayloadSize(1).Build(), 1},
-    {"FifteenSourcesAndNothingElse", Packet().CSRCs(std::vector<UInt>(15, 7)).PayloadSize(0).Build(), 0},
+    {"FifteenSources", Packet().Csrcs(std::vector<UInt>(15, 7)).PayloadSize(1).Build(), 1},
+    {"FifteenSourcesAndNothingElse", Packet().Csrcs(std::vector<UInt>(15, 7)).PayloadSize(0).Build(), 0},
     {"FifteenSourcesThatAreNotThere",
      [] {
          Bytes lBytes = Packet().PayloadSize(59).Build();
@@ -56,9 +56,9 @@ const PacketRow kPackets[] = {
          return lBytes;
      }(),
      0},
-    {"AnExtensionOf65535Words", Packet().Extension(65535, {}).PayloadSize(1400).Build(), 0},
+    {"AnExtensionOf65535Words", Packet().ClaimExtension(65535, {}).PayloadSize(1400).Build(), 0},
     {"AnExtensionOf65535WordsThatIsThere", Packet().Extension(Bytes(4 * 65535, 1)).PayloadSize(2).Build(), 2},
-    {"AnExtensionOneWordTooLong", Packet().Extension(2, Bytes(4)).PayloadSize(4).Build(), 0},
+    {"AnExtensionOneWordTooLong", Packet().ClaimExtension(2, Bytes(4)).PayloadSize(4).Build(), 0},
     {"AnExtensionWithoutItsHeader",
      [] {
          Bytes lBytes = Packet().PayloadSize(3).Build();
@@ -79,10 +79,10 @@ const PacketRow kPackets[] = {
     {"APaddingOfNothing", Packet().Payload({1, 0}).PaddingBit().Build(), 2},
     {"APaddingThatIsTheHeader", Packet().PayloadSize(0).PaddingBit().Build(), 0},
     {"APaddingOverTheExtension", Packet().Extension(Bytes(8)).Payload({1, 9}).PaddingBit().Build(), 0},
-    {"AnotherType", Packet().PT(97).Build(), 0},
-    {"ATypeOfRTCP", Packet().PT(72).Build(), 0},
-    {"AnotherSource", Packet().SSRC(0x11223345).Build(), 0},
-    {"NoSource", Packet().SSRC(0).Build(), 0},
+    {"AnotherType", Packet().Type(97).Build(), 0},
+    {"ATypeOfRTCP", Packet().Type(72).Build(), 0},
+    {"AnotherSource", Packet().Ssrc(0x11223345).Build(), 0},
+    {"NoSource", Packet().Ssrc(0).Build(), 0},
     {"ADatagramOf64Kilobytes", Packet().PayloadSize(65495).Build(), 65495},
 };
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "RTP/PacketBuilder.hpp"
+#include "support/Datagrams.hpp"
 
 namespace Player {
 
@@ -154,8 +154,8 @@ TEST(RTPPacketDeathTest, LengthsBeyondTheDatagramAreAMistake) {
 }
 
 TEST(RTPPacketTest, MarkerIsTheTopBitOfTheTypeByte) {
-    EXPECT_FALSE(Testing::Packet().PT(127).Make()->HasMarker());
-    EXPECT_TRUE(Testing::Packet().PT(0).Marker().Make()->HasMarker());
+    EXPECT_FALSE(Testing::HandedOut(Testing::Packet().Type(127))->HasMarker());
+    EXPECT_TRUE(Testing::HandedOut(Testing::Packet().Type(0).Marker())->HasMarker());
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "RTP/PacketBuilder.hpp"
 #include "RTP/Stack.hpp"
+#include "support/Datagrams.hpp"
 
 namespace Player::Testing {
 
@@ -16,7 +16,7 @@ protected:
 
     StackFixture() { mStack.SetTimeRes(kRes); }
 
-    bool Take(const PacketBuilder& aPacket, Time aArrival = Time(1000, 1)) {
+    bool Take(const TestSupport::RtpPacket& aPacket, Time aArrival = Time(1000, 1)) {
         const Bytes lBytes = aPacket.Build();
         return mStack.HandleRTP(lBytes.data(), SizeOf(lBytes), aArrival);
     }

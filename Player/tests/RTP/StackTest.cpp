@@ -10,9 +10,9 @@ namespace Player::RTP {
 
 using Testing::Bytes;
 using Testing::Packet;
-using Testing::PacketBuilder;
 using Testing::Prefix;
 using Testing::SizeOf;
+using TestSupport::RtpPacket;
 
 namespace {
 
@@ -34,71 +34,71 @@ TEST_F(StackTest, OnlyVersionTwo) {
 
 TEST_F(StackTest, OnlyTheExpectedPayloadType) {
     mStack.SetExpectedPT(96);
-    EXPECT_FALSE(Take(Packet().PT(97)));
-    EXPECT_FALSE(Take(Packet().PT(0)));
-    EXPECT_TRUE(Take(Packet().PT(96).Marker())) << "the marker is no part of the type";
+    EXPECT_FALSE(Take(Packet().Type(97)));
+    EXPECT_FALSE(Take(Packet().Type(0)));
+    EXPECT_TRUE(Take(Packet().Type(96).Marker())) << "the marker is no part of the type";
 }
 
 TEST_F(StackTest, OnlyTheExpectedSource) {
     mStack.SetExpectedSSRC(0x11223344);
-    EXPECT_FALSE(Take(Packet().SSRC(0x11223345)));
-    EXPECT_FALSE(Take(Packet().SSRC(0)));
-    EXPECT_TRUE(Take(Packet().SSRC(0x11223344)));
+    EXPECT_FALSE(Take(Packet().Ssrc(0x11223345)));
+    EXPECT_FALSE(Take(Packet().Ssrc(0)));
+    EXPECT_TRUE(Take(Packet().Ssrc(0x11223344)));
 }
 
 TEST_F(StackTest, ASuggestedSourceGivesWayToTheOneThatSendsFirst) {
     mStack.SuggestSSRC(0x11223344);
-    EXPECT_TRUE(Take(Packet().SSRC(77).Seq(1)));
-    EXPECT_FALSE(Take(Packet().SSRC(0x11223344).Seq(2)));
-    EXPECT_TRUE(Take(Packet().SSRC(77).Seq(2)));
+    EXPECT_TRUE(Take(Packet().Ssrc(77).Seq(1)));
+    EXPECT_FALSE(Take(Packet().Ssrc(0x11223344).Seq(2)));
+    EXPECT_TRUE(Take(Packet().Ssrc(77).Seq(2)));
     mStack.Flush(Time(1, 1));
-    EXPECT_TRUE(Take(Packet().SSRC(78).Seq(3))) << "a server may send as another one after a seek";
-    EXPECT_FALSE(Take(Packet().SSRC(77).Seq(4)));
+    EXPECT_TRUE(Take(Packet().Ssrc(78).Seq(3))) << "a server may send as another one after a seek";
+    EXPECT_FALSE(Take(Packet().Ssrc(77).Seq(4)));
 }
 
 TEST_F(StackTest, LearnsTypeAndSourceFromTheFirstPacket) {
-    EXPECT_TRUE(Take(Packet().PT(33).SSRC(77).Seq(1)));
-    EXPECT_FALSE(Take(Packet().PT(34).SSRC(77).Seq(2)));
-    EXPECT_FALSE(Take(Packet().PT(33).SSRC(78).Seq(2)));
-    EXPECT_TRUE(Take(Packet().PT(33).SSRC(77).Seq(2)));
+    EXPECT_TRUE(Take(Packet().Type(33).Ssrc(77).Seq(1)));
+    EXPECT_FALSE(Take(Packet().Type(34).Ssrc(77).Seq(2)));
+    EXPECT_FALSE(Take(Packet().Type(33).Ssrc(78).Seq(2)));
+    EXPECT_TRUE(Take(Packet().Type(33).Ssrc(77).Seq(2)));
     mStack.Flush(Time(1, 1));
-    EXPECT_FALSE(Take(Packet().PT(33).SSRC(78).Seq(3))) << "a flush keeps the source";
-    EXPECT_FALSE(Take(Packet().PT(34).SSRC(77).Seq(3))) << "and the type";
-    EXPECT_TRUE(Take(Packet().PT(33).SSRC(77).Seq(3)));
+    EXPECT_FALSE(Take(Packet().Type(33).Ssrc(78).Seq(3))) << "a flush keeps the source";
+    EXPECT_FALSE(Take(Packet().Type(34).Ssrc(77).Seq(3))) << "and the type";
+    EXPECT_TRUE(Take(Packet().Type(33).Ssrc(77).Seq(3)));
 }
 
 TEST_F(StackTest, LearnsFromAPacketThatItDrops) {
     mStack.SetSeqBase(100);
-    EXPECT_FALSE(Take(Packet().Seq(99).SSRC(77)));
-    EXPECT_FALSE(Take(Packet().Seq(100).SSRC(78)));
-    EXPECT_TRUE(Take(Packet().Seq(100).SSRC(77)));
+    EXPECT_FALSE(Take(Packet().Seq(99).Ssrc(77)));
+    EXPECT_FALSE(Take(Packet().Seq(100).Ssrc(78)));
+    EXPECT_TRUE(Take(Packet().Seq(100).Ssrc(77)));
 }
 
 TEST_F(StackTest, TypeAndSourceZeroStandForAny) {
-    EXPECT_TRUE(Take(Packet().PT(0).SSRC(0)));
-    EXPECT_TRUE(Take(Packet().PT(96).SSRC(5).Seq(2))) << "0 was learnt, and 0 expects nothing";
+    EXPECT_TRUE(Take(Packet().Type(0).Ssrc(0)));
+    EXPECT_TRUE(Take(Packet().Type(96).Ssrc(5).Seq(2))) << "0 was learnt, and 0 expects nothing";
 }
 
 TEST_F(StackTest, SourcesExtensionAndPaddingLeavePayload) {
     const struct {
         const char* mName;
-        PacketBuilder mPacket;
+        RtpPacket mPacket;
         UInt mPayload;  // 0: dropped
     } kCases[] = {
-        {"one source, no payload", Packet().CSRCs({1}).PayloadSize(0), 0},
-        {"one source", Packet().CSRCs({1}).PayloadSize(1), 1},
-        {"15 sources, no payload", Packet().CSRCs(std::vector<UInt>(15, 7)).PayloadSize(0), 0},
-        {"15 sources", Packet().CSRCs(std::vector<UInt>(15, 7)).PayloadSize(2), 2},
+        {"one source, no payload", Packet().Csrcs({1}).PayloadSize(0), 0},
+        {"one source", Packet().Csrcs({1}).PayloadSize(1), 1},
+        {"15 sources, no payload", Packet().Csrcs(std::vector<UInt>(15, 7)).PayloadSize(0), 0},
+        {"15 sources", Packet().Csrcs(std::vector<UInt>(15, 7)).PayloadSize(2), 2},
         {"empty extension, no payload", Packet().Extension({}).PayloadSize(0), 0},
         {"empty extension", Packet().Extension({}).PayloadSize(1), 1},
         {"extension, no payload", Packet().Extension({1, 2, 3, 4}).PayloadSize(0), 0},
         {"extension", Packet().Extension({1, 2, 3, 4}).PayloadSize(3), 3},
-        {"sources and extension", Packet().CSRCs({1, 2}).Extension({1, 2, 3, 4}).PayloadSize(3), 3},
-        {"extension that ends with the packet", Packet().Extension(3, {}).PayloadSize(12), 0},
-        {"extension one byte shorter", Packet().Extension(3, {}).PayloadSize(13), 1},
-        {"extension beyond the packet", Packet().Extension(4, {}).PayloadSize(12), 0},
-        {"extension of 2^16 words", Packet().Extension(65535, {}).PayloadSize(100), 0},
-        {"extension of 2^14 words, 0 modulo 2^16 bytes", Packet().Extension(16383, {}).PayloadSize(100), 0},
+        {"sources and extension", Packet().Csrcs({1, 2}).Extension({1, 2, 3, 4}).PayloadSize(3), 3},
+        {"extension that ends with the packet", Packet().ClaimExtension(3, {}).PayloadSize(12), 0},
+        {"extension one byte shorter", Packet().ClaimExtension(3, {}).PayloadSize(13), 1},
+        {"extension beyond the packet", Packet().ClaimExtension(4, {}).PayloadSize(12), 0},
+        {"extension of 2^16 words", Packet().ClaimExtension(65535, {}).PayloadSize(100), 0},
+        {"extension of 2^14 words, 0 modulo 2^16 bytes", Packet().ClaimExtension(16383, {}).PayloadSize(100), 0},
         {"padding", Packet().PayloadSize(4).Padding(3), 4},
         {"padding of 255", Packet().PayloadSize(1).Padding(255), 1},
         {"nothing but padding", Packet().PayloadSize(0).Padding(3), 0},
@@ -106,7 +106,7 @@ TEST_F(StackTest, SourcesExtensionAndPaddingLeavePayload) {
         {"padding of all", Packet().Payload({5, 2}).PaddingBit(), 0},
         {"padding beyond the packet", Packet().Payload({5, 255}).PaddingBit(), 0},
         {"padding over the extension", Packet().Extension({1, 2, 3, 4}).Payload({1, 2}).PaddingBit(), 0},
-        {"padding bit without payload", Packet().PayloadSize(0).SSRC(1).PaddingBit(), 0},
+        {"padding bit without payload", Packet().PayloadSize(0).Ssrc(1).PaddingBit(), 0},
     };
     for (const auto& lCase : kCases) {
         mStack.Reset();
@@ -126,7 +126,7 @@ TEST_F(StackTest, LargestExtensionFits) {
 }
 
 TEST_F(StackTest, EveryPrefixIsJudgedWithinItsBytes) {
-    const PacketBuilder lBuilder = Packet().CSRCs({1, 2, 3}).Extension(Bytes(8, 9)).PayloadSize(20);
+    const RtpPacket lBuilder = Packet().Csrcs({1, 2, 3}).Extension(Bytes(8, 9)).PayloadSize(20);
     const Bytes lWhole = lBuilder.Build();
     for (std::size_t lSize = 0; lSize <= lWhole.size(); ++lSize) {
         mStack.Reset();
@@ -137,13 +137,13 @@ TEST_F(StackTest, EveryPrefixIsJudgedWithinItsBytes) {
 
 TEST_F(StackTest, DroppedPacketsLeaveNoTrace) {
     mStack.SetExpectedPT(96);
-    EXPECT_FALSE(Take(Packet().PT(97).Seq(500)));
+    EXPECT_FALSE(Take(Packet().Type(97).Seq(500)));
     EXPECT_FALSE(Take(Packet().Version(1).Seq(500)));
     EXPECT_FALSE(Take(Packet().PayloadSize(0).Seq(500)));
     EXPECT_EQ(0U, mStack.GetReception().mPacketsReceived);
     Bytes lReport(32);
     EXPECT_EQ(0U, mStack.AssembleRTCP_RR(lReport.data(), 32, Time(0)));
-    EXPECT_TRUE(Take(Packet().Seq(20).SSRC(0xABCD))) << "nothing was learnt";
+    EXPECT_TRUE(Take(Packet().Seq(20).Ssrc(0xABCD))) << "nothing was learnt";
     EXPECT_EQ(0U, mStack.Pop()->SeqNumberExt());
 }
 
@@ -348,8 +348,8 @@ TEST_F(StackTest, PopOfAnEmptyQueueIsNull) {
 }
 
 TEST_F(StackTest, PacketCarriesTheDatagram) {
-    const PacketBuilder lBuilder =
-        Packet().Seq(9).Timestamp(10).Marker().CSRCs({5, 6}).Extension({1, 2, 3, 4}).Payload({7, 8}).Padding(2);
+    const RtpPacket lBuilder =
+        Packet().Seq(9).Timestamp(10).Marker().Csrcs({5, 6}).Extension({1, 2, 3, 4}).Payload({7, 8}).Padding(2);
     EXPECT_TRUE(Take(lBuilder));
     EXPECT_FALSE(mStack.Empty());
     const auto lPacket = mStack.Pop();

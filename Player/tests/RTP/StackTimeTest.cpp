@@ -194,14 +194,14 @@ TEST_F(StackTimeTest, ResetForgetsEverything) {
     mStack.SetTimeBase(200);
     mStack.SetEndTime(Time(1));
     mStack.SetTimeoutTime(Time(1));
-    EXPECT_TRUE(Take(Packet().SSRC(1).Seq(100).Timestamp(200)));
+    EXPECT_TRUE(Take(Packet().Ssrc(1).Seq(100).Timestamp(200)));
     mStack.Reset();
 
     EXPECT_TRUE(mStack.Empty());
     EXPECT_EQ(0U, mStack.GetTimeRes());
     EXPECT_EQ(0, mStack.GetAdjustedTimeBase());
     EXPECT_EQ(0U, mStack.Ended(Time(100000, 1)));
-    EXPECT_TRUE(Take(Packet().PT(5).SSRC(9).Seq(7).Timestamp(8)));
+    EXPECT_TRUE(Take(Packet().Type(5).Ssrc(9).Seq(7).Timestamp(8)));
     EXPECT_EQ(0U, mStack.Ended(Time(200000, 1)));
     const Bytes lReport = Report();
     EXPECT_EQ((Bytes{0, 0, 0, 0, 0, 0, 0, 9}), Bytes(lReport.begin() + 4, lReport.begin() + 12));

@@ -5,7 +5,7 @@
 
 #include "Processors/RTP/Chain.hpp"
 
-namespace Player::Test {
+namespace Player::Testing {
 namespace {
 
 using testing::ElementsAre;
@@ -22,7 +22,7 @@ protected:
 TEST_F(AMRTest, FramesComeOutOneByOneAtOneTime) {
     const Bytes lData = Counted(62);
     const Bytes lHead = {kModeRequest, 0xBC, 0x3C};  // two frames of type 7
-    mChain.Push(RTPPacket(lHead + lData).At(160), Time(320));
+    mChain.Push(PacketWith(lHead + lData).Timestamp(160), Time(320));
     EXPECT_THAT(mChain.Samples(), ElementsAre(Counted(31), Counted(31, 31)));
     for (std::size_t lIdx = 0; lIdx < 2; ++lIdx) {
         EXPECT_EQ(Time(160), mChain.End().mSamples[lIdx]->PlayTime());
@@ -36,7 +36,7 @@ TEST_F(AMRTest, EveryTypeHasItsSizeWhateverTheOtherBits) {
     for (UInt lType = 0; lType < 16; ++lType) {
         for (UInt lLowBits = 0; lLowBits < 8; ++lLowBits) {  // quality and padding
             Chain lChain("AMR");
-            lChain.Push(RTPPacket(Bytes{kModeRequest, static_cast<Byte>(lType << 3 | lLowBits)} + Counted(40)));
+            lChain.Push(PacketWith(Bytes{kModeRequest, static_cast<Byte>(lType << 3 | lLowBits)} + Counted(40)));
             if (0 == kSizes[lType]) {
                 EXPECT_THAT(lChain.Samples(), IsEmpty()) << lType;
             } else {
@@ -48,19 +48,19 @@ TEST_F(AMRTest, EveryTypeHasItsSizeWhateverTheOtherBits) {
 
 TEST_F(AMRTest, AnEntryWithoutDataMovesNothing) {
     // type 8 (5 bytes), type 15 (none), type 9 (6 bytes)
-    mChain.Push(RTPPacket(Bytes{kModeRequest, 0xC4, 0xFC, 0x4C} + Counted(11)));
+    mChain.Push(PacketWith(Bytes{kModeRequest, 0xC4, 0xFC, 0x4C} + Counted(11)));
     EXPECT_THAT(mChain.Samples(), ElementsAre(Counted(5), Counted(6, 5)));
 }
 
 TEST_F(AMRTest, AnEntryWithoutDataAloneGivesNothing) {
     mChain.End().mAnswers = {false};
-    EXPECT_TRUE(mChain.Push(RTPPacket({kModeRequest, 0x7C})));
+    EXPECT_TRUE(mChain.Push(PacketWith({kModeRequest, 0x7C})));
     EXPECT_EQ(0U, mChain.Delivered());
 }
 
 TEST_F(AMRTest, TheMarkerPlaysNoPart) {
-    mChain.Push(RTPPacket(Bytes{kModeRequest, 0x44} + Counted(5)).Marker());
-    mChain.Push(RTPPacket(Bytes{kModeRequest, 0x44} + Counted(5)));
+    mChain.Push(PacketWith(Bytes{kModeRequest, 0x44} + Counted(5)).Marker());
+    mChain.Push(PacketWith(Bytes{kModeRequest, 0x44} + Counted(5)));
     EXPECT_EQ(2U, mChain.Delivered());
 }
 
@@ -78,31 +78,31 @@ TEST_F(AMRTest, WhatAPacketLacksIsZero) {
     };
     for (const auto& lRow : kTable) {
         Chain lChain("AMR");
-        lChain.Push(RTPPacket(lHead + Counted(lRow.mBytes, 1)));
+        lChain.Push(PacketWith(lHead + Counted(lRow.mBytes, 1)));
         EXPECT_THAT(lChain.Samples(), ElementsAreArray(lRow.mFrames)) << lRow.mBytes;
     }
 }
 
 TEST_F(AMRTest, TheLargestFrameMayBeMissingWhole) {
-    mChain.Push(RTPPacket({kModeRequest, 0x3C}));
+    mChain.Push(PacketWith({kModeRequest, 0x3C}));
     EXPECT_THAT(mChain.Samples(), ElementsAre(Bytes(31, 0)));
 }
 
 TEST_F(AMRTest, TheTableEndsWithThePayload) {
-    mChain.Push(RTPPacket({kModeRequest, 0xC4, 0xC4}));  // both say that more follow
+    mChain.Push(PacketWith({kModeRequest, 0xC4, 0xC4}));  // both say that more follow
     EXPECT_THAT(mChain.Samples(), ElementsAre(Bytes(5, 0), Bytes(5, 0)));
-    EXPECT_TRUE(mChain.Push(RTPPacket({0xFF})));
-    EXPECT_TRUE(mChain.Push(RTPPacket({})));
+    EXPECT_TRUE(mChain.Push(PacketWith({0xFF})));
+    EXPECT_TRUE(mChain.Push(PacketWith({})));
     EXPECT_EQ(2U, mChain.Delivered());
 }
 
 TEST_F(AMRTest, PaddingIsNoFrameData) {
-    mChain.Push(RTPPacket({kModeRequest, 0x44, 1, 2}).Padding(4));
+    mChain.Push(PacketWith({kModeRequest, 0x44, 1, 2}).Padding(4));
     EXPECT_THAT(mChain.Samples(), ElementsAre(Bytes{1, 2, 0, 0, 0}));
 }
 
 TEST_F(AMRTest, TheLastFramesAnswerCounts) {
-    const RTPPacket lTwo(Bytes{kModeRequest, 0xC4, 0x44} + Counted(10));
+    const TestSupport::RtpPacket lTwo = PacketWith(Bytes{kModeRequest, 0xC4, 0x44} + Counted(10));
     mChain.End().mAnswers = {false, true, true, false};
     EXPECT_TRUE(mChain.Push(lTwo));
     EXPECT_FALSE(mChain.Push(lTwo));
@@ -116,4 +116,4 @@ TEST_F(AMRTest, NoticesAndFlushesGoOn) {
 }
 
 }  // namespace
-}  // namespace Player::Test
+}  // namespace Player::Testing

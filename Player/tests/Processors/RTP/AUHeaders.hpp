@@ -2,7 +2,7 @@
 
 #include "Processors/RTP/Chain.hpp"
 
-namespace Player::Test {
+namespace Player::Testing {
 
 /// The AU header section being written, field by field.
 class AUHeaders {
@@ -30,4 +30,4 @@ private:
     UInt mBits = 0;
 };
 
-}  // namespace Player::Test
+}  // namespace Player::Testing

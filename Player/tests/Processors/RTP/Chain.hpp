@@ -5,25 +5,20 @@
 #include <cstddef>
 #include <deque>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Packets/RTP.hpp"
 #include "Player/Consumer.hpp"
 #include "Player/Properties.hpp"
 #include "Processors/RTP/Factories.hpp"
+#include "support/Datagrams.hpp"
 
-/// A depacketizer between a hand that writes packets and a consumer that notes what reaches it.
-namespace Player::Test {
+namespace Player::Testing {
 
-using Bytes = std::vector<Byte>;
-using PacketPtr = SharedPtr<Packet, SharedObject>;
+using PacketPtr = SharedPtr<Player::Packet, SharedObject>;
 using ProcessorPtr = SharedPtr<Processor, SharedObject>;
 
-inline Bytes operator+(Bytes aA, const Bytes& aB) {
-    aA.insert(aA.end(), aB.begin(), aB.end());
-    return aA;
-}
+using TestSupport::operator+;
 
 /// `aCount` bytes that count up from `aFirst`.
 inline Bytes Counted(UInt aCount, Byte aFirst = 0) {
@@ -34,45 +29,17 @@ inline Bytes Counted(UInt aCount, Byte aFirst = 0) {
     return lBytes;
 }
 
-/// The packet being written: sequence number 1, timestamp 9000 and no marker unless told otherwise. Its
-/// play time is its timestamp.
-class RTPPacket {
-public:
-    explicit RTPPacket(Bytes aPayload) : mPayload(std::move(aPayload)) {}
+/// A packet with this payload: sequence number 1, timestamp 9000 and no marker unless set otherwise.
+inline TestSupport::RtpPacket PacketWith(const Bytes& aPayload) {
+    return TestSupport::RtpPacket().Seq(1).Timestamp(9000).Ssrc(0x12345678).Payload(aPayload);
+}
 
-    RTPPacket& Seq(unsigned short aSeq) { return mSeq = aSeq, *this; }
-    RTPPacket& At(UInt aTimestamp) { return mTimestamp = aTimestamp, *this; }
-    RTPPacket& Marker() { return mMarker = true, *this; }
-    RTPPacket& Padding(Byte aPadding) { return mPadding = aPadding, *this; }
-
-    /// The datagram lies in a block of its exact size.
-    PacketPtr Make() const {
-        Bytes lData = {0x80, static_cast<Byte>(mMarker ? 0xE0 : 0x60)};
-        Put(lData, mSeq, 2);
-        Put(lData, mTimestamp, 4);
-        Put(lData, 0x12345678, 4);
-        Packets::RTP::Lengths lLengths;
-        lLengths.mHeader = 12;
-        lLengths.mPadding = mPadding;
-        lData = lData + mPayload + Bytes(mPadding, 0xEE);
-        PacketPtr lPacket(new Packets::RTP(lData.data(), static_cast<UInt>(lData.size()), lLengths, mSeq, mTimestamp));
-        lPacket->SetPlayTime(Time(mTimestamp));
-        return lPacket;
-    }
-
-private:
-    static void Put(Bytes& aOut, UInt aValue, UInt aSize) {
-        while (0 != aSize--) {
-            aOut.push_back(static_cast<Byte>(aValue >> 8 * aSize));
-        }
-    }
-
-    Bytes mPayload;
-    unsigned short mSeq = 1;
-    UInt mTimestamp = 9000;
-    bool mMarker = false;
-    Byte mPadding = 0;
-};
+/// The packet as a depacketizer gets it. Its play time is its timestamp.
+inline PacketPtr Made(const TestSupport::RtpPacket& aPacket) {
+    const SharedPtr<Packets::RTP, SharedObject> lPacket = HandedOut(aPacket);
+    lPacket->SetPlayTime(Time(lPacket->TimestampExt()));
+    return lPacket;
+}
 
 /// The end of a chain. Notes samples, notices and flushes; answers true unless other answers are lined up.
 class Recorder : public Consumer {
@@ -114,7 +81,9 @@ public:
         mProcessor->Attach(mEnd);
     }
 
-    bool Push(const RTPPacket& aPacket, Time aLatest = Time(0)) { return mProcessor->Handle(aPacket.Make(), aLatest); }
+    bool Push(const TestSupport::RtpPacket& aPacket, Time aLatest = Time(0)) {
+        return mProcessor->Handle(Made(aPacket), aLatest);
+    }
     Processor& Link() { return *mProcessor; }
 
     Recorder& End() { return *mEnd; }
@@ -138,4 +107,4 @@ private:
     ProcessorPtr mProcessor;
 };
 
-}  // namespace Player::Test
+}  // namespace Player::Testing

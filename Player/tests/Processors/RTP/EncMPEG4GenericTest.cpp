@@ -5,7 +5,7 @@
 
 #include "Processors/RTP/AUHeaders.hpp"
 
-namespace Player::Test {
+namespace Player::Testing {
 namespace {
 
 using testing::ElementsAre;
@@ -18,7 +18,7 @@ Chain Track(const std::string& aFmtParams) {
 void ExpectFieldsOf(UInt aWidth, const std::string& aFmtParams) {
     Chain lChain = Track(aFmtParams + ";sizelength=13;indexlength=3");
     const AUHeaders lHeaders = AUHeaders().Put(aWidth, 0).Put(13, 4).Put(3, 5);
-    lChain.Push(RTPPacket(lHeaders.Payload(Counted(6))).Marker());
+    lChain.Push(PacketWith(lHeaders.Payload(Counted(6))).Marker());
     EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(4))) << aFmtParams;
     EXPECT_EQ(5U, lChain.Sample<Packets::MPEG4GenericSample>(0)->AUIndex()) << aFmtParams;
 }
@@ -50,34 +50,34 @@ TEST(EncMPEG4GenericTest, NegativeAndHugeLengthsAreHarmless) {
     ExpectFieldsOf(0, "isamcrypivlength=-1;ismacrypkeyindicatorlength=-1");
     for (const char* lLength : {"2147483647", "536870912"}) {  // bytes; the latter are 2^32 bits
         Chain lChain = Track(std::string("sizelength=8;isamcrypivlength=") + lLength);
-        lChain.Push(RTPPacket(AUHeaders().Put(8, 2).Put(8, 1).Payload(Counted(3))).Marker());
+        lChain.Push(PacketWith(AUHeaders().Put(8, 2).Put(8, 1).Payload(Counted(3))).Marker());
         EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(3))) << "the size reads as 0";
     }
 }
 
 TEST(EncMPEG4GenericTest, OnlyTheFirstAUOfAPacketIsTaken) {
     Chain lChain = Track("sizelength=8");
-    lChain.Push(RTPPacket(AUHeaders().Put(8, 2).Put(8, 3).Payload(Counted(5))).Marker());
+    lChain.Push(PacketWith(AUHeaders().Put(8, 2).Put(8, 3).Payload(Counted(5))).Marker());
     EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(2)));
 }
 
 TEST(EncMPEG4GenericTest, AudioFollowsTheSizes) {
     Chain lChain = Track("mode=AAC-hbr;sizelength=8");
-    lChain.Push(RTPPacket(AUHeaders().Put(8, 3).Payload(Counted(3))));
-    lChain.Push(RTPPacket(AUHeaders().Put(8, 2).Payload(Counted(3, 3))).Marker());
+    lChain.Push(PacketWith(AUHeaders().Put(8, 3).Payload(Counted(3))));
+    lChain.Push(PacketWith(AUHeaders().Put(8, 2).Payload(Counted(3, 3))).Marker());
     EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(3), Counted(2, 3)));
 }
 
 TEST(EncMPEG4GenericTest, AVideoFrameIsAllUpToTheMarkerWhateverTheSizes) {
     Chain lChain = Track("mode=mpeg4-video;isamcrypivlength=4;sizelength=8");
     const auto lFragment = [](UInt aSize, const Bytes& aData) {
-        return RTPPacket(AUHeaders().Put(32, 0x01020304).Put(8, aSize).Payload(aData));
+        return PacketWith(AUHeaders().Put(32, 0x01020304).Put(8, aSize).Payload(aData));
     };
-    lChain.Push(lFragment(3, Counted(3)).At(40));
-    lChain.Push(lFragment(1, Counted(5, 3)).At(40));
+    lChain.Push(lFragment(3, Counted(3)).Timestamp(40));
+    lChain.Push(lFragment(1, Counted(5, 3)).Timestamp(40));
     EXPECT_EQ(0U, lChain.Delivered());
-    lChain.Push(lFragment(200, Counted(2, 8)).At(40).Marker());
-    lChain.Push(lFragment(2, Counted(4)).At(80).Marker());
+    lChain.Push(lFragment(200, Counted(2, 8)).Timestamp(40).Marker());
+    lChain.Push(lFragment(2, Counted(4)).Timestamp(80).Marker());
     EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(10), Counted(4)));
     EXPECT_EQ(Time(40), lChain.End().mSamples[0]->PlayTime());
 }
@@ -85,19 +85,19 @@ TEST(EncMPEG4GenericTest, AVideoFrameIsAllUpToTheMarkerWhateverTheSizes) {
 TEST(EncMPEG4GenericTest, TheModeIsComparedLetterByLetter) {
     for (const char* lFmtParams : {"mode=MPEG4-video;sizelength=8", "mode=mpeg4-video2;sizelength=8"}) {
         Chain lChain = Track(lFmtParams);
-        lChain.Push(RTPPacket(AUHeaders().Put(8, 2).Payload(Counted(3))).Marker());
+        lChain.Push(PacketWith(AUHeaders().Put(8, 2).Payload(Counted(3))).Marker());
         EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(2))) << lFmtParams;
     }
     Chain lChain = Track("MODE=mpeg4-video;sizelength=8");
-    lChain.Push(RTPPacket(AUHeaders().Put(8, 2).Payload(Counted(3))).Marker());
+    lChain.Push(PacketWith(AUHeaders().Put(8, 2).Payload(Counted(3))).Marker());
     EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(3))) << "its key is not";
 }
 
 TEST(EncMPEG4GenericTest, ThePlainFormatHasNoSuchFieldsAndNoSuchMode) {
     Chain lChain("mpeg4-generic", "mode=mpeg4-video;isamcrypivlength=4;sizelength=8");
-    lChain.Push(RTPPacket(AUHeaders().Put(8, 2).Put(8, 3).Payload(Counted(5))).Marker());
+    lChain.Push(PacketWith(AUHeaders().Put(8, 2).Put(8, 3).Payload(Counted(5))).Marker());
     EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(2), Counted(3, 2)));
 }
 
 }  // namespace
-}  // namespace Player::Test
+}  // namespace Player::Testing

@@ -6,7 +6,7 @@
 #include "Packets/MP4ASample.hpp"
 #include "Processors/RTP/Chain.hpp"
 
-namespace Player::Test {
+namespace Player::Testing {
 namespace {
 
 using testing::ElementsAre;
@@ -20,7 +20,7 @@ protected:
 TEST_F(MP4ALATMTest, APacketGivesAllItsFramesAtOneTime) {
     const Bytes lFive = Counted(5, 0x10);
     const Bytes lThree = Counted(3, 0x20);
-    mChain.Push(RTPPacket(Bytes{5} + lFive + Bytes{3} + lThree).At(4000).Marker(), Time(5000));
+    mChain.Push(PacketWith(Bytes{5} + lFive + Bytes{3} + lThree).Timestamp(4000).Marker(), Time(5000));
     EXPECT_THAT(mChain.Samples(), ElementsAre(lFive, lThree));
     for (std::size_t lIdx = 0; lIdx < 2; ++lIdx) {
         EXPECT_NE(nullptr, mChain.Sample<Packets::MP4ASample>(lIdx));
@@ -43,7 +43,7 @@ TEST_F(MP4ALATMTest, LengthsAddUp) {
     };
     for (const auto& lRow : kTable) {
         Chain lChain("MP4A-LATM");
-        lChain.Push(RTPPacket(lRow.mLength + Counted(lRow.mSize)).Marker());
+        lChain.Push(PacketWith(lRow.mLength + Counted(lRow.mSize)).Marker());
         EXPECT_THAT(lChain.Samples(), ElementsAre(Counted(lRow.mSize)));
     }
 }
@@ -65,21 +65,21 @@ TEST_F(MP4ALATMTest, ALengthThatCannotBeEndsThePacket) {
     };
     for (const auto& lRow : kTable) {
         Chain lChain("MP4A-LATM");
-        EXPECT_TRUE(lChain.Push(RTPPacket(lRow.mPayload).Marker())) << lRow.mWhat;
+        EXPECT_TRUE(lChain.Push(PacketWith(lRow.mPayload).Marker())) << lRow.mWhat;
         EXPECT_THAT(lChain.Samples(), ElementsAreArray(lRow.mSamples)) << lRow.mWhat;
     }
 }
 
 TEST_F(MP4ALATMTest, OfAFrameOverSeveralPacketsOnlyTheLastIsLookedAt) {
-    mChain.Push(RTPPacket({2, 0xAA}).Seq(1));
+    mChain.Push(PacketWith({2, 0xAA}).Seq(1));
     EXPECT_EQ(0U, mChain.Delivered());
-    mChain.Push(RTPPacket({1, 0xBB}).Seq(2));
-    mChain.Push(RTPPacket({1, 0xCC}).Seq(3).Marker());
+    mChain.Push(PacketWith({1, 0xBB}).Seq(2));
+    mChain.Push(PacketWith({1, 0xCC}).Seq(3).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(Bytes{0xCC}));
 }
 
 TEST_F(MP4ALATMTest, TheLastFramesAnswerCounts) {
-    const RTPPacket lTwo = RTPPacket({1, 0xAA, 1, 0xBB}).Marker();
+    const TestSupport::RtpPacket lTwo = PacketWith({1, 0xAA, 1, 0xBB}).Marker();
     mChain.End().mAnswers = {false, true, true, false};
     EXPECT_TRUE(mChain.Push(lTwo));
     EXPECT_FALSE(mChain.Push(lTwo));
@@ -87,11 +87,11 @@ TEST_F(MP4ALATMTest, TheLastFramesAnswerCounts) {
 }
 
 TEST_F(MP4ALATMTest, NoticesAndFlushesGoOn) {
-    mChain.Push(RTPPacket({1, 0xAA}));
+    mChain.Push(PacketWith({1, 0xAA}));
     mChain.Link().Param("EndOfStream", "EndTime");
     mChain.Link().Flush();
     EXPECT_THAT(mChain.End().mEvents, ElementsAre("EndOfStream=EndTime", "flush"));
 }
 
 }  // namespace
-}  // namespace Player::Test
+}  // namespace Player::Testing

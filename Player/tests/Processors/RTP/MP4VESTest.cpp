@@ -6,7 +6,7 @@
 #include "Packets/MP4VSample.hpp"
 #include "Processors/RTP/Chain.hpp"
 
-namespace Player::Test {
+namespace Player::Testing {
 namespace {
 
 using testing::ElementsAre;
@@ -22,10 +22,10 @@ protected:
 };
 
 TEST_F(MP4VESTest, AFrameIsGatheredUpToTheMarker) {
-    EXPECT_TRUE(mChain.Push(RTPPacket(kStart).Seq(100)));
-    EXPECT_TRUE(mChain.Push(RTPPacket(kMore).Seq(101)));
+    EXPECT_TRUE(mChain.Push(PacketWith(kStart).Seq(100)));
+    EXPECT_TRUE(mChain.Push(PacketWith(kMore).Seq(101)));
     EXPECT_EQ(0U, mChain.Delivered());
-    EXPECT_TRUE(mChain.Push(RTPPacket(kEnd).Seq(102).At(700).Marker(), Time(800)));
+    EXPECT_TRUE(mChain.Push(PacketWith(kEnd).Seq(102).Timestamp(700).Marker(), Time(800)));
     EXPECT_THAT(mChain.Samples(), ElementsAre(kStart + kMore + kEnd));
     EXPECT_NE(nullptr, mChain.Sample<Packets::MP4VSample>(0));
     EXPECT_EQ(Time(700), mChain.End().mSamples[0]->PlayTime()) << "the last packet's";
@@ -33,54 +33,54 @@ TEST_F(MP4VESTest, AFrameIsGatheredUpToTheMarker) {
 }
 
 TEST_F(MP4VESTest, ALostPacketCostsTheFrame) {
-    mChain.Push(RTPPacket(kStart).Seq(100));
-    EXPECT_TRUE(mChain.Push(RTPPacket(kEnd).Seq(102).Marker()));
+    mChain.Push(PacketWith(kStart).Seq(100));
+    EXPECT_TRUE(mChain.Push(PacketWith(kEnd).Seq(102).Marker()));
     EXPECT_THAT(mChain.Samples(), IsEmpty());
 }
 
 TEST_F(MP4VESTest, APacketOutOfTurnIsDroppedButTheFrameGoesOn) {
-    mChain.Push(RTPPacket(kStart).Seq(100));
-    mChain.Push(RTPPacket(kMore).Seq(103));
-    mChain.Push(RTPPacket(kMore).Seq(100));
-    mChain.Push(RTPPacket(kMore).Seq(101));
-    mChain.Push(RTPPacket(kMore).Seq(101));
-    mChain.Push(RTPPacket(kEnd).Seq(102).Marker());
+    mChain.Push(PacketWith(kStart).Seq(100));
+    mChain.Push(PacketWith(kMore).Seq(103));
+    mChain.Push(PacketWith(kMore).Seq(100));
+    mChain.Push(PacketWith(kMore).Seq(101));
+    mChain.Push(PacketWith(kMore).Seq(101));
+    mChain.Push(PacketWith(kEnd).Seq(102).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(kStart + kMore + kEnd));
 }
 
 TEST_F(MP4VESTest, WithoutAStartPacketsAreDropped) {
-    EXPECT_TRUE(mChain.Push(RTPPacket(kEnd).Seq(0).Marker()));
-    EXPECT_TRUE(mChain.Push(RTPPacket(kEnd).Seq(1).Marker()));
+    EXPECT_TRUE(mChain.Push(PacketWith(kEnd).Seq(0).Marker()));
+    EXPECT_TRUE(mChain.Push(PacketWith(kEnd).Seq(1).Marker()));
     EXPECT_THAT(mChain.Samples(), IsEmpty());
 }
 
 TEST_F(MP4VESTest, AfterAFrameWhatHasNoStartIsDropped) {
-    mChain.Push(RTPPacket(kStart).Seq(100));
-    mChain.Push(RTPPacket(kEnd).Seq(101).Marker());
-    mChain.Push(RTPPacket(kEnd).Seq(102).Marker());
+    mChain.Push(PacketWith(kStart).Seq(100));
+    mChain.Push(PacketWith(kEnd).Seq(101).Marker());
+    mChain.Push(PacketWith(kEnd).Seq(102).Marker());
     EXPECT_EQ(1U, mChain.Delivered());
 }
 
 TEST_F(MP4VESTest, AnotherStartReplacesWhatWasGathered) {
-    mChain.Push(RTPPacket(kStart).Seq(100));
-    mChain.Push(RTPPacket(kMore).Seq(101));
-    mChain.Push(RTPPacket(kStart + kMore).Seq(110));
-    mChain.Push(RTPPacket(kEnd).Seq(111).Marker());
+    mChain.Push(PacketWith(kStart).Seq(100));
+    mChain.Push(PacketWith(kMore).Seq(101));
+    mChain.Push(PacketWith(kStart + kMore).Seq(110));
+    mChain.Push(PacketWith(kEnd).Seq(111).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(kStart + kMore + kEnd));
 }
 
 TEST_F(MP4VESTest, AMarkedStartIsAFrameAloneAndLeavesTheGatheredOne) {
-    mChain.Push(RTPPacket(kStart).Seq(100));
-    mChain.Push(RTPPacket(kStart + kEnd).Seq(200).At(5).Marker());
+    mChain.Push(PacketWith(kStart).Seq(100));
+    mChain.Push(PacketWith(kStart + kEnd).Seq(200).Timestamp(5).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(kStart + kEnd));
     EXPECT_EQ(Time(5), mChain.End().mSamples[0]->PlayTime());
-    mChain.Push(RTPPacket(kMore).Seq(101).Marker());
+    mChain.Push(PacketWith(kMore).Seq(101).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(kStart + kEnd, kStart + kMore));
 }
 
 TEST_F(MP4VESTest, TheTimestampIsNotLookedAt) {
-    mChain.Push(RTPPacket(kStart).Seq(100).At(1));
-    mChain.Push(RTPPacket(kEnd).Seq(101).At(2).Marker());
+    mChain.Push(PacketWith(kStart).Seq(100).Timestamp(1));
+    mChain.Push(PacketWith(kEnd).Seq(101).Timestamp(2).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(kStart + kEnd));
 }
 
@@ -101,31 +101,31 @@ TEST_F(MP4VESTest, OnlyAStartCodeStartsAFrame) {
     };
     for (const auto& lRow : kTable) {
         Chain lChain("MP4V-ES");
-        lChain.Push(RTPPacket(lRow.mPayload).Marker());
+        lChain.Push(PacketWith(lRow.mPayload).Marker());
         EXPECT_EQ(lRow.mIsStart ? 1U : 0U, lChain.Delivered()) << testing::PrintToString(lRow.mPayload);
     }
 }
 
 TEST_F(MP4VESTest, AFrameDoesNotGoOnAcrossTheWrapOfTheNumbers) {
-    mChain.Push(RTPPacket(kStart).Seq(65534));
-    mChain.Push(RTPPacket(kMore).Seq(65535));
-    mChain.Push(RTPPacket(kEnd).Seq(0).Marker());
+    mChain.Push(PacketWith(kStart).Seq(65534));
+    mChain.Push(PacketWith(kMore).Seq(65535));
+    mChain.Push(PacketWith(kEnd).Seq(0).Marker());
     EXPECT_THAT(mChain.Samples(), IsEmpty());
-    mChain.Push(RTPPacket(kStart).Seq(65535));
-    mChain.Push(RTPPacket(kEnd).Seq(0).Marker());
+    mChain.Push(PacketWith(kStart).Seq(65535));
+    mChain.Push(PacketWith(kEnd).Seq(0).Marker());
     EXPECT_THAT(mChain.Samples(), IsEmpty());
-    mChain.Push(RTPPacket(kStart).Seq(65534));
-    mChain.Push(RTPPacket(kEnd).Seq(65535).Marker());
+    mChain.Push(PacketWith(kStart).Seq(65534));
+    mChain.Push(PacketWith(kEnd).Seq(65535).Marker());
     EXPECT_THAT(mChain.Samples(), ElementsAre(kStart + kEnd)) << "up to the largest number it does";
 }
 
 TEST_F(MP4VESTest, AFrameLargerThanTheFirstRoomIsGathered) {
     const Bytes lPart = Counted(1400);
     Bytes lFrame = kStart;
-    mChain.Push(RTPPacket(kStart).Seq(10));
+    mChain.Push(PacketWith(kStart).Seq(10));
     for (unsigned short lSeq = 11; lSeq < 21; ++lSeq) {
         lFrame = lFrame + lPart;
-        RTPPacket lPacket(lPart);
+        TestSupport::RtpPacket lPacket = PacketWith(lPart);
         mChain.Push(20 == lSeq ? lPacket.Seq(lSeq).Marker() : lPacket.Seq(lSeq));
     }
     EXPECT_THAT(mChain.Samples(), ElementsAre(lFrame));
@@ -133,21 +133,21 @@ TEST_F(MP4VESTest, AFrameLargerThanTheFirstRoomIsGathered) {
 
 TEST_F(MP4VESTest, TheNextLinksAnswerIsTheAnswer) {
     mChain.End().mAnswers = {false, false};
-    EXPECT_FALSE(mChain.Push(RTPPacket(kStart).Seq(1).Marker()));
-    EXPECT_TRUE(mChain.Push(RTPPacket(kStart).Seq(2)));
-    EXPECT_FALSE(mChain.Push(RTPPacket(kEnd).Seq(3).Marker()));
+    EXPECT_FALSE(mChain.Push(PacketWith(kStart).Seq(1).Marker()));
+    EXPECT_TRUE(mChain.Push(PacketWith(kStart).Seq(2)));
+    EXPECT_FALSE(mChain.Push(PacketWith(kEnd).Seq(3).Marker()));
 }
 
 TEST_F(MP4VESTest, FlushForgetsTheFrame) {
-    mChain.Push(RTPPacket(kStart).Seq(100));
+    mChain.Push(PacketWith(kStart).Seq(100));
     mChain.Link().Flush();
-    mChain.Push(RTPPacket(kEnd).Seq(101).Marker());
-    mChain.Push(RTPPacket(kEnd).Seq(0).Marker());
+    mChain.Push(PacketWith(kEnd).Seq(101).Marker());
+    mChain.Push(PacketWith(kEnd).Seq(0).Marker());
     EXPECT_THAT(mChain.End().mEvents, ElementsAre("flush"));
 }
 
 TEST_F(MP4VESTest, NoticesGoOnAndDeliverNothing) {
-    mChain.Push(RTPPacket(kStart).Seq(100));
+    mChain.Push(PacketWith(kStart).Seq(100));
     mChain.Link().Param("EndOfStream", "Bye");
     EXPECT_THAT(mChain.End().mEvents, ElementsAre("EndOfStream=Bye"));
 }
@@ -155,13 +155,13 @@ TEST_F(MP4VESTest, NoticesGoOnAndDeliverNothing) {
 /// A frame of `aTotal` bytes, number 0 first, the last packet marked.
 void PushFrame(Chain& aChain, UInt aTotal) {
     constexpr UInt kPart = 64000;
-    aChain.Push(RTPPacket(kStart).Seq(0));
+    aChain.Push(PacketWith(kStart).Seq(0));
     unsigned short lSeq = 1;
     UInt lLeft = aTotal - static_cast<UInt>(kStart.size());
     for (; lLeft > kPart; lLeft -= kPart) {
-        aChain.Push(RTPPacket(Bytes(kPart, 0x33)).Seq(lSeq++));
+        aChain.Push(PacketWith(Bytes(kPart, 0x33)).Seq(lSeq++));
     }
-    aChain.Push(RTPPacket(Bytes(lLeft, 0x33)).Seq(lSeq).Marker());
+    aChain.Push(PacketWith(Bytes(lLeft, 0x33)).Seq(lSeq).Marker());
 }
 
 TEST_F(MP4VESTest, AFrameOfTheLargestSizeIsDelivered) {
@@ -178,4 +178,4 @@ TEST_F(MP4VESTest, AFrameBeyondTheLimitIsDroppedWhole) {
 }
 
 }  // namespace
-}  // namespace Player::Test
+}  // namespace Player::Testing

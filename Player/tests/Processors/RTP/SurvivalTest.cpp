@@ -7,7 +7,7 @@
 
 /// What a broken or hostile sender can write: nothing may be touched outside the packet (the sanitizer
 /// watches), and what comes out is bounded by what went in.
-namespace Player::Test {
+namespace Player::Testing {
 namespace {
 
 /// One format, good packets of it, and what holds for all that comes out whatever goes in.
@@ -83,7 +83,7 @@ void Send(const Format& aFormat, const std::vector<Bytes>& aPayloads) {
     unsigned short lSeq = 100;
     std::size_t lSent = 0;
     for (std::size_t lIdx = 0; lIdx < aPayloads.size(); ++lIdx) {
-        RTPPacket lPacket(aPayloads[lIdx]);
+        TestSupport::RtpPacket lPacket = PacketWith(aPayloads[lIdx]);
         lChain.Push(lIdx + 1 == aPayloads.size() ? lPacket.Seq(lSeq++).Marker() : lPacket.Seq(lSeq++));
         lSent += aPayloads[lIdx].size();
     }
@@ -154,4 +154,4 @@ TEST(SurvivalTest, Noise) {
 }
 
 }  // namespace
-}  // namespace Player::Test
+}  // namespace Player::Testing

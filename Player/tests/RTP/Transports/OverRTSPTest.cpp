@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "Player/Exception.hpp"
-#include "RTP/PacketBuilder.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
+#include "support/Datagrams.hpp"
 #include "support/ReportCapture.hpp"
 
 namespace Player::RTP::Transports {
@@ -147,7 +147,7 @@ TEST_F(OverRTSPTest, PacketsAreCopied) {
 
 TEST_F(OverRTSPTest, RTCPIsAnsweredOnTheTracksIndexPlusOne) {
     EXPECT_TRUE(Deliver(0, Packet().Seq(7).Build()));
-    EXPECT_TRUE(Deliver(2, Packet().Seq(8).SSRC(0x55667788).Build()));
+    EXPECT_TRUE(Deliver(2, Packet().Seq(8).Ssrc(0x55667788).Build()));
     EXPECT_FALSE(Deliver(1, Compound().RR().Build())) << "no media";
     EXPECT_FALSE(Deliver(3, Compound(0x55667788).SR(0x00001234, 0x56780000, 1).Build()));
     ASSERT_EQ(2U, mConnection.mSent.size());

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "RTP/PacketBuilder.hpp"
 #include "RTP/Transports/LocalPorts.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
+#include "support/Datagrams.hpp"
 #include "support/ReportCapture.hpp"
 #include "support/UdpSocket.hpp"
 

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "RTP/PacketBuilder.hpp"
 #include "RTP/Transports/RecordingProcessor.hpp"
+#include "support/Datagrams.hpp"
 
 namespace Player::RTP::Transports {
 

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <vector>
+
+#include "BigEndian.hpp"
+#include "Packets/RTP.hpp"
+#include "Player/Ptr.hpp"
+#include "support/Bytes.hpp"
+#include "support/Packets.hpp"
+
+namespace Player::Testing {
+
+using TestSupport::Bytes;
+
+/// A copy in a heap block of exactly that size, so that the address sanitizer guards the byte behind it.
+inline Bytes Exactly(const Bytes& aBytes) {
+    return Bytes(aBytes.begin(), aBytes.end());
+}
+
+inline Bytes Prefix(const Bytes& aBytes, std::size_t aSize) {
+    return Bytes(aBytes.begin(), aBytes.begin() + static_cast<std::ptrdiff_t>(aSize));
+}
+
+inline void Append16(Bytes& aBytes, UInt aValue) {
+    aBytes.resize(aBytes.size() + 2);
+    BigEndian::Write16(&*(aBytes.end() - 2), aValue);
+}
+
+inline void Append32(Bytes& aBytes, UInt aValue) {
+    aBytes.resize(aBytes.size() + 4);
+    BigEndian::Write32(&*(aBytes.end() - 4), aValue);
+}
+
+inline UInt SizeOf(const Bytes& aBytes) {
+    return static_cast<UInt>(aBytes.size());
+}
+
+/// Payload type 96, SSRC 0x11223344, number and timestamp 1 and a payload of one byte unless set otherwise.
+inline TestSupport::RtpPacket Packet() {
+    return TestSupport::RtpPacket().Seq(1).Timestamp(1).Ssrc(0x11223344).Payload({0xAB});
+}
+
+/// The packet as a stack would hand it out, its number and timestamp taken as the extended ones.
+inline SharedPtr<Packets::RTP, SharedObject> HandedOut(const TestSupport::RtpPacket& aPacket) {
+    const Bytes lBytes = aPacket.Build();
+    Packets::RTP::Lengths lLengths;
+    lLengths.mHeader = static_cast<Byte>(12 + 4 * (lBytes[0] & 0x0F));
+    if (0 != (lBytes[0] & 0x10)) { lLengths.mExtension = 4 + 4U * BigEndian::Read16(&lBytes[lLengths.mHeader + 2U]); }
+    if (0 != (lBytes[0] & 0x20)) { lLengths.mPadding = lBytes.back(); }
+    return SharedPtr<Packets::RTP, SharedObject>(new Packets::RTP(
+        lBytes.data(), SizeOf(lBytes), lLengths, BigEndian::Read16(&lBytes[2]), BigEndian::Read32(&lBytes[4])));
+}
+
+/// Builds a compound RTCP packet: `Compound().SR(seconds, fraction, rtp).BYE()`, sent by 0x11223344
+/// unless another is given.
+class CompoundBuilder {
+public:
+    explicit CompoundBuilder(UInt aSSRC) : mSSRC(aSSRC) {}
+
+    CompoundBuilder& SR(UInt aSeconds, UInt aFraction, UInt aRTPTime) {
+        return Raw(200, {mSSRC, aSeconds, aFraction, aRTPTime, 10, 1000});
+    }
+    CompoundBuilder& RR() { return Raw(201, {mSSRC}); }
+    CompoundBuilder& SDES() { return Raw(202, {mSSRC, 0x01020000}); }
+    CompoundBuilder& BYE() { return Raw(203, {mSSRC}); }
+    CompoundBuilder& APP() { return Raw(204, {mSSRC, 0x6E616D65}); }
+    /// A packet of any type, with these words behind its header.
+    CompoundBuilder& Raw(Byte aType, const std::vector<UInt>& aWords, UInt aVersion = 2) {
+        mBytes.push_back(static_cast<Byte>(aVersion << 6));
+        mBytes.push_back(aType);
+        Append16(mBytes, static_cast<UInt>(aWords.size()));
+        for (const UInt lWord : aWords) {
+            Append32(mBytes, lWord);
+        }
+        return *this;
+    }
+
+    Bytes Build() const { return Exactly(mBytes); }
+
+private:
+    UInt mSSRC;
+    Bytes mBytes;
+};
+
+inline CompoundBuilder Compound(UInt aSSRC = 0x11223344) {
+    return CompoundBuilder(aSSRC);
+}
+
+}  // namespace Player::Testing
