@@ -149,7 +149,7 @@ void Stream::push_segment(GstEvent* aSegment) {
 }
 
 void Stream::end_of_stream() {
-    if (m_ended.exchange(true)) { return; }
+    if (m_ended.exchange(true) && m_profile.load()->ends_with_its_peer()) { return; }
     gst_pad_push_event(m_pad, Numbered(gst_event_new_eos(), m_seqnum));
 }
 

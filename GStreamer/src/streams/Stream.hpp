@@ -54,7 +54,7 @@ public:
     void flush_stop(guint32 aSeqnum = 0);
     /// Between `flush_start` and `flush_stop`.
     bool is_flushing() const { return m_flushing; }
-    /// Once; nothing follows until a flush, or a run that begins a segment.
+    /// In modern once: nothing follows until a flush, or a run that begins a segment.
     void end_of_stream();
     /// Has the task end the stream as soon as it can, with an event of that number.
     void end(guint32 aSeqnum);

@@ -56,6 +56,16 @@ TEST_F(StreamEnds, AFailureAfterTheEndDoesNotKeepItBack) {
     EXPECT_TRUE(Sink().Await("eos"));
 }
 
+/// A flush that is not the element's own clears what 1.x pads remember of the first.
+TEST_F(StreamEnds, ClassicPushesItAsOftenAsItIsCalled) {
+    MakeH264();
+    mStream->end_of_stream();
+    gst_pad_push_event(Pad(), gst_event_new_flush_start());
+    gst_pad_push_event(Pad(), gst_event_new_flush_stop());
+    mStream->end_of_stream();
+    EXPECT_EQ(2U, Sink().Count("eos"));
+}
+
 TEST_F(StreamEnds, GoesOnAfterItsEndWhenItIsRunAgain) {
     MakeH264();
     mServer.End(1, "EndTime");
