@@ -76,6 +76,7 @@ TEST(Exception, NumbersNeverChange) {
         {2, ErrorCode::kMalformed},
         {18, ErrorCode::kClipEnded},
         {19, ErrorCode::kPipelinedSetUpFailed},
+        {20, ErrorCode::kMulticastOnly},
         {1, ErrorCode::kBadSyntax},
         {2, ErrorCode::kUnusable},
         {16, ErrorCode::kUnsupportedVersion},

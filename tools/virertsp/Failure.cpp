@@ -61,6 +61,7 @@ Failure ExplainRTSP(const Player::Exception& aException, const std::string& aSer
     if (ErrorCode::kNoAnswer == aException.Error()) {
         return Failure(kExitNetwork, "The server " + aServer + " closed the connection without an answer.");
     }
+    if (ErrorCode::kMulticastOnly == aException.Error()) { return Failure(kExitRefused, Sentence(lText)); }
     if (aException.Error() >= ErrorCode::kFirstStatus) {
         return Failure(kExitRefused, "The server " + aServer + " refuses: " + lText + ".");
     }

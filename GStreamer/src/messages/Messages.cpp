@@ -43,7 +43,10 @@ std::string Reason(const Player::Exception& aWhy) {
     switch (static_cast<Area>(aWhy.Category())) {
         case Area::kNetwork:
             return "the server could not be reached or does not answer; check the address and the network";
-        case Area::kRTSP: return "the server did not keep to the protocol";
+        case Area::kRTSP:
+            return Player::ErrorCode::kMulticastOnly == aWhy.Error()
+                       ? "the server offers multicast only, which is not supported"
+                       : "the server did not keep to the protocol";
         case Area::kSDP: return "the server's description of the presentation cannot be used";
         case Area::kRTP:
             return "no ports for the media could be opened; check the UDP port range and the local address";

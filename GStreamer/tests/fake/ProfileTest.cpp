@@ -226,6 +226,11 @@ TEST_F(ProfileTest, FailuresAreErrorsInModernOnly) {
     EXPECT_FALSE(Start());
     EXPECT_EQ((std::vector<std::string>{"error 1115140", "failure resource 3 " + lSentence}),
               mElement.TakeMessages({"error", "warning", "failure"}));
+    mServer.On("Play", Throws<Player::RTSPErr>(Player::ErrorCode::kMulticastOnly));
+    EXPECT_FALSE(Start());
+    EXPECT_EQ(
+        "failure resource 3 Playing rtsp://host/clip failed: the server offers multicast only, which is not supported.",
+        mElement.TakeMessages({"failure"}).at(0));
     mServer.On("Play", Throws<Player::NetworkErr>(5));
     EXPECT_FALSE(Start());
     EXPECT_EQ("failure resource 5", mElement.TakeMessages({"failure"}).at(0).substr(0, 18));

@@ -43,6 +43,7 @@ enum RTSP : unsigned short {
     kMalformed = 2,              ///< a message that breaks the protocol
     kClipEnded = 18,             ///< resumed where nothing is left to play
     kPipelinedSetUpFailed = 19,  ///< a track was refused when all were set up at once
+    kMulticastOnly = 20,         ///< the server sends to groups only, which is not supported
     kFirstStatus = 0x300,        ///< from here on the number is a status
     kLastStatus = 0x699,
 };

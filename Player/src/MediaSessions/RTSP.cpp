@@ -19,9 +19,9 @@ Reception RTSP::TrackReception(UInt aTrack) const {
     return aTrack < mTracksAdded ? mTransport->GetTrackRTPStack(aTrack).GetReception() : Reception();
 }
 
-void RTSP::ThrowRefused(const char* aFunction, const char* aWhat) const {
-    PLAYER_THROW(RTSPErr, mMessages.StatusCode(), "RTSP::%s(): %s: %03x %s", aFunction, aWhat, mMessages.StatusCode(),
-                 mMessages.StatusText().c_str());
+void RTSP::ThrowRefused(const char* aFunction, const char* aWhat, const Refusal& aRefusal) {
+    PLAYER_THROW(RTSPErr, aRefusal.mStatus, "RTSP::%s(): %s: %03x %s", aFunction, aWhat, aRefusal.mStatus,
+                 aRefusal.mText.c_str());
 }
 
 }  // namespace Player::MediaSessions

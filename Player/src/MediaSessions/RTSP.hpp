@@ -12,6 +12,7 @@
 #include "MediaSessions/RTSP/Headers/TransportHeader.hpp"
 #include "MediaSessions/RTSP/KeepAlive.hpp"
 #include "MediaSessions/RTSP/Messages.hpp"
+#include "MediaSessions/RTSP/Refusal.hpp"
 #include "MediaSessions/RTSP/Request.hpp"
 #include "Player/MediaHandler.hpp"
 #include "Player/MediaSession.hpp"
@@ -63,14 +64,21 @@ private:
     /// A state whose high byte is 1 is active: the server was asked to send.
     enum PlayState : UInt { Stopped = 0, Paused = 1, WaitData = 0x100, Buffering = 0x101, Playing = 0x102 };
 
+    /// What became of a step of a start. Of several refusals at once the greatest decides.
+    enum class Outcome { Accepted, Refused, MulticastOnly, UDPRefused, Redirected, Asked };
+    struct Verdict {
+        Outcome mOutcome = Outcome::Accepted;
+        Refusal mRefusal;
+        /// There is nothing else to try or to say.
+        bool IsFinal() const { return mOutcome <= Outcome::Refused; }
+    };
+
     // Start-up (StartUp.cpp).
     /// `Close`, whose failure is reported and goes no further.
     void LeaveServer(MediaHandler& aHandler);
     void DoDescribe(MediaHandler& aHandler);
     /// Asks for the description, and asks elsewhere where the server says so.
     void FetchDescription();
-    /// Goes where the headers of a redirection point to. False when they point nowhere.
-    bool GoTo(const Headers& aHeaders);
     bool RecvDescribe(Headers& aHeaders, UInt aCSeq);
     void OfferTracks(MediaHandler& aHandler);
     /// Has the handler discard the tracks that it accepted, if any.
@@ -88,8 +96,15 @@ private:
     void SetReceiveBuffer(TrackIdx aIdx);
     /// Without a transport nothing plays.
     void ReleaseTransport();
-    /// False when the server wants none of it over UDP, and TCP is left.
-    bool SetUpTracks();
+    /// Up to the first refusal. Pipelined, no answer is awaited.
+    Outcome SetUpTracks();
+    /// What the last refusal, of a SETUP or of a PLAY, leads to.
+    Outcome OutcomeOfSetUp() const;
+    Outcome OutcomeOfPlay() const;
+    /// A refusal of a SETUP need not be the end, whatever it is for.
+    bool MayGoOn() const;
+    /// Starts anew where that helps, else throws what `aWhat` says and the refusal.
+    void GoOn(MediaHandler& aHandler, Time aFrom, const Verdict& aVerdict, const char* aWhat);
     /// Makes the transport's track and its reception.
     void AddTrack(TrackIdx aIdx);
     /// Where else to set up a track after that refusal; empty for nowhere.
@@ -100,15 +115,31 @@ private:
     bool RecvSetupOrSilence(TrackIdx aIdx, Severity aRefused);
     bool RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused = Severity::Error);
     bool RecvPlay(UInt aCSeq, bool aSwitching);
-    /// Sends all set-ups and the PLAY before it waits for any answer.
-    void DoPipelinedPlay(MediaHandler& aHandler, Time aFrom);
-    /// False when a set-up was refused; `aIsUDPRefused` says whether another start, over TCP, may be accepted.
-    bool RecvPipelinedSetups(bool& aIsUDPRefused);
-    /// Ends what the server plays of a presentation that is not set up whole, and throws.
-    [[noreturn]] void GiveUpPipelined();
     void StartPlaying(MediaHandler& aHandler);
 
-    // From UDP to TCP (FallOver.cpp).
+    // All requests at once (Pipelined.cpp).
+    /// Sends all set-ups and the PLAY before it waits for any answer.
+    void DoPipelinedPlay(MediaHandler& aHandler, Time aFrom);
+    Verdict RecvPipelinedSetups();
+    Outcome OutcomeOfPipelinedSetUp();
+    void ReportPipelinedRefusal(bool aIsNews) const;
+    /// The same as `GoOn`, with the answer to the PLAY still to come.
+    void GoOnPipelined(MediaHandler& aHandler, Time aFrom, Verdict aVerdict);
+    /// Takes the answer to the PLAY off the connection. It may bring a newer question.
+    void DropPipelinedPlay(Verdict& aVerdict);
+    /// Ends what the server plays of a presentation that is not set up whole.
+    void EndPipelined();
+    /// The same, and throws.
+    [[noreturn]] void GiveUpPipelined();
+
+    // To another place (Redirection.cpp).
+    /// Where a refusal leads to; empty for nowhere.
+    std::string RedirectedTo(const Refusal& aRefusal) const;
+    void GoTo(const std::string& aURL, bool aIsClosed);
+    /// Ends the session, and makes the whole start where a refusal leads to.
+    void StartElsewhere(MediaHandler& aHandler, Time aFrom, const Refusal& aRefusal);
+
+    // To another way for media (FallOver.cpp).
     bool CanFallOver() const { return !Interleaves() && mConfiguration.mTransports.mTCP; }
     /// Whether a refusal to set up a track is about UDP.
     bool IsAboutTransport(UInt aStatus) const;
@@ -116,6 +147,17 @@ private:
     void FallOver(MediaHandler& aHandler, Time aFrom, const char* aReason);
     /// The same when media that was to come by now has not, or will not.
     void FallOverWhenSilent();
+    /// Ends the session, and starts the same tracks with another.
+    void StartAnew(MediaHandler& aHandler, Time aFrom);
+    /// What comes of the TEARDOWN does not matter.
+    void LeaveSession(MediaHandler& aHandler);
+    /// Remembers what the refusal of a SETUP says of UDP.
+    void NoteRefusedWay();
+    /// Whether the server gives multicast where unicast was asked for: that counts as a refusal.
+    bool IsRefusedOffer(const TransportHeader& aVars);
+    /// Whether the last refusal leaves multicast alone.
+    bool IsMulticastOnly() const;
+    [[noreturn]] static void ThrowMulticastOnly();
 
     // Switching to another presentation of the same server (Switch.cpp).
     void FinishSwitch(MediaHandler& aHandler, Time aFrom);
@@ -123,8 +165,7 @@ private:
     void SwitchTrack(MediaHandler& aHandler, TrackIdx aIdx);
 
     // What the server says about the presentation (TrackSetUp.cpp).
-    void HandleSDP(const Buffer& aBody, const std::string& aBase);
-    void HandleTrackVars(TrackIdx aIdx, const std::string& aParams);
+    void HandleSDP(const Buffer& aBody, const BaseURL& aBase);
     void SetTrackVars(TrackIdx aIdx, const TransportHeader& aVars);
     void HandleRange(const std::string& aValue);
     void HandleRTPInfo(const std::string& aValue);
@@ -163,6 +204,8 @@ private:
     bool RecvTeardown(UInt aCSeq, bool aReconnect);
     void DoConnectionReset() { mConnection.DoConnectionReset(); }
     void DoCommonReset();
+    /// Of another one nothing is known.
+    void ForgetServer();
     void DoSessionReset();
     void DoFullReset();
 
@@ -181,8 +224,10 @@ private:
     bool ReceiveAgain(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused);
     /// Whether the last response is missing because the connection ended.
     bool EndedUnanswered() const { return 0 == mMessages.StatusCode() && !mConnection.IsUsable(); }
-    /// Whether the last response is a question that is answered by sending the request again.
-    bool CanAnswer(UInt aTries);
+    /// Who knows the answer to the question that a refusal is; null for another refusal.
+    Authenticator* Asked(const Refusal& aRefusal);
+    /// Whether a refusal is a question, and the request, sent again, has the answer. `aTries` answers went before.
+    bool CanAnswer(const Refusal& aRefusal, UInt aTries);
     /// The server's own name and password, else those that are configured.
     void SetCredentials(const std::string& aURL);
 
@@ -200,8 +245,12 @@ private:
     Request NewRequest(const char* aMethod, const std::string& aURL);
     std::string TransportLine(TrackIdx aIdx) const;
 
-    /// Throws the refusal of the last response as `aFunction`: `aWhat`, status, reason.
-    [[noreturn]] void ThrowRefused(const char* aFunction, const char* aWhat) const;
+    /// Throws the refusal as `aFunction`: `aWhat`, status, reason.
+    [[noreturn]] static void ThrowRefused(const char* aFunction, const char* aWhat, const Refusal& aRefusal);
+    /// That of the last response.
+    [[noreturn]] void ThrowRefused(const char* aFunction, const char* aWhat) const {
+        ThrowRefused(aFunction, aWhat, mMessages.LastRefusal());
+    }
     const std::string& URL() const { return mConnection.URL(); }
     /// Where the whole presentation is played, paused and ended.
     const std::string& ControlURL() const { return mControlURL.empty() ? URL() : mControlURL; }
@@ -237,8 +286,17 @@ private:
     ScopedPtr<RTP::Transport> mTransport;
     /// Tracks that the transport has: fewer than streams after a set-up that failed on the way.
     UInt mTracksAdded = 0;
-    /// UDP has failed at this server.
-    bool mUDPFailed = false;
+    /// What this server has said of the ways for media, if only by silence.
+    struct {
+        bool mUDPFailed = false;
+        bool mUDPUnsupported = false;
+        bool mOffersMulticast = false;
+    } mWays;
+    // Of a start.
+    /// How often it may still be led to another place.
+    UInt mHopsLeft = 0;
+    /// How often it was made anew to say who the client is.
+    UInt mAnswers = 0;
     /// Media has come over this transport.
     bool mHasMedia = false;
     /// The receive buffer that the system gives was reported.

@@ -26,6 +26,7 @@ std::string ReasonOf(const std::string& aStatus) {
     static const std::map<std::string, std::string> kReasons = {
         {"200", "OK"},
         {"302", "Found"},
+        {"401", "Unauthorized"},
         {"404", "Not Found"},
         {"454", "Session Not Found"},
         {"455", "Method Not Valid in This State"},

@@ -1,5 +1,8 @@
 // Name and password: what is sent when a server or a proxy asks who the client is, and what is never shown.
 
+#include <atomic>
+#include <thread>
+
 #include "Crypto/Crypto.hpp"
 #include "MediaSessions/SessionFixture.hpp"
 
@@ -225,6 +228,147 @@ TEST_F(RTSPAuthenticationTest, AServerThatPosesAsAProxyGetsNoAnswer) {
           Refusal(1, "S: Proxy-Authenticate: Basic realm=\"proxy\"\n", "407 Proxy Authentication Required"));
     SetUser("me", "secret");
     EXPECT_THROW(Play(), RTSPErr);
+}
+
+/// Requests that go out together, with or without an answer each.
+std::string Pipelined(unsigned aCSeq, const std::string& aAnswer) {
+    return Request("SETUP", "clip/video", aCSeq, aAnswer) + Request("SETUP", "clip/audio", aCSeq + 1, aAnswer) +
+           Request("PLAY", "clip", aCSeq + 2, aAnswer);
+}
+
+std::string Granted(unsigned aCSeq) {
+    const auto lNumber = [aCSeq](unsigned aStep) { return std::to_string(aCSeq + aStep); };
+    return "< 200 " + lNumber(0) + " | Session: 5 | TCP 0\n< 200 " + lNumber(1) + " | TCP 1\n< 200 " + lNumber(2) +
+           " | RTP-Info: url=r/video\n";
+}
+
+std::string Challenging(unsigned aCSeq, const std::string& aNonce, const char* aMore = "") {
+    return Refusal(aCSeq, "S: WWW-Authenticate: Digest realm=\"cam\", nonce=\"" + aNonce + "\"" + aMore + "\n");
+}
+
+/// With that nonce.
+std::string DigestOf(const std::string& aNonce) {
+    return "C: Authorization: Digest username=\"me\", realm=\"cam\", nonce=\"" + aNonce +
+           "\", uri=\"{*}\", response=\"{*}\"\n";
+}
+
+const std::string kPipelinedDescribe =
+    kDescribe + "< 200 1 | Supported: 3gpp-pipelined | SDP clip/ video audio\n" + Pipelined(2, "");
+
+TEST_F(RTSPAuthenticationTest, RequestsThatWentOutTogetherAreAskedTogether) {
+    SetUser("me", "secret");
+    // Of several questions the last is the one that the server knows for sure.
+    Serve(kPipelinedDescribe + Challenging(2, "a") + Challenging(3, "b") + Challenging(4, "c") +
+          Pipelined(5, DigestOf("c")) + Granted(5));
+    EXPECT_NO_THROW(Play());
+    EXPECT_EQ("", mServer->Failure());
+    EXPECT_TRUE(mReports.Messages(Severity::Error).empty()) << mReports.Messages(Severity::Error)[0];
+}
+
+TEST_F(RTSPAuthenticationTest, SomeOfThemMayBeGranted) {
+    SetUser("me", "secret");
+    Serve(kPipelinedDescribe + "< 200 2 | Session: 4 | TCP 0\n" + Challenging(3, "b") + "< 454 4\n" +
+          Request("TEARDOWN", "clip", 5, DigestOf("b")) + "< 200 5\n" + Pipelined(6, DigestOf("b")) + Granted(6));
+    EXPECT_NO_THROW(Play());
+    EXPECT_EQ("", mServer->Failure());
+}
+
+TEST_F(RTSPAuthenticationTest, ThePlayAloneIsAnsweredWhereTheTracksAreSetUp) {
+    SetUser("me", "secret");
+    Serve(kPipelinedDescribe + "< 200 2 | Session: 4 | TCP 0\n< 200 3 | TCP 1\n" + Challenging(4, "c") +
+          Request("PLAY", "clip", 5, DigestOf("c")) + "< 200 5 | RTP-Info: url=r/video\n");
+    EXPECT_NO_THROW(Play());
+    EXPECT_EQ("", mServer->Failure());
+}
+
+TEST_F(RTSPAuthenticationTest, TheConnectionMayEndWithTheFirstOfTheQuestions) {
+    for (const char* lEnd : {"CLOSE\n", "RESET\n"}) {
+        Serve(kPipelinedDescribe + Challenging(2, "a") + lEnd + "ACCEPT\n" + Pipelined(5, DigestOf("a")) + Granted(5));
+        MediaPlayer lPlayer;
+        lPlayer.SetConfigParam("RTSP:UseInterleavedRTP", "1");
+        lPlayer.SetConfigParam("RTSP:UserName", "me");
+        lPlayer.SetConfigParam("RTSP:Password", "secret");
+        EXPECT_NO_THROW(lPlayer.Play(URL(), Time(0))) << lEnd;
+        EXPECT_EQ("", mServer->Failure()) << lEnd;
+    }
+}
+
+TEST_F(RTSPAuthenticationTest, QuestionsToRequestsThatWentOutTogetherEndAsWell) {
+    SetUser("me", "secret");
+    const auto lAll = [](unsigned aCSeq, const char* aNonce, const char* aMore) {
+        return Challenging(aCSeq, aNonce, aMore) + Challenging(aCSeq + 1, aNonce, aMore) +
+               Challenging(aCSeq + 2, aNonce, aMore);
+    };
+    // A nonce may grow old once.
+    Serve(kPipelinedDescribe + lAll(2, "a", "") + Pipelined(5, DigestOf("a")) + lAll(5, "b", ", stale=true") +
+          Pipelined(8, DigestOf("b")) + lAll(8, "c", ", stale=true"));
+    ExpectThrows<RTSPErr>(0x401, "RTSP::DoPlay(): Pipelined SETUP failed: 401 Unauthorized", [this] { Play(); });
+    EXPECT_EQ("", mServer->Failure());
+
+    // A wrong password is tried once.
+    Serve(kPipelinedDescribe + lAll(2, "d", "") + Pipelined(5, DigestOf("d")) + lAll(5, "e", ""));
+    ExpectThrows<RTSPErr>(0x401, "RTSP::DoPlay(): Pipelined SETUP failed: 401 Unauthorized", [this] { Play(); });
+    EXPECT_EQ("", mServer->Failure());
+}
+
+TEST_F(RTSPAuthenticationTest, AProxyMayAskThemTogether) {
+    const std::string lAsked =
+        "S: RTSP/1.0 407 Proxy\nS: CSeq: {n}\nS: Proxy-Authenticate: Basic realm=\"proxy\"\nS:\n";
+    const auto lRefused = [&](const char* aCSeq) {
+        std::string lText = lAsked;
+        return lText.replace(lText.find("{n}"), 3, aCSeq);
+    };
+    const std::string lAnswer = "C: Proxy-Authorization: Basic bWU6c2VjcmV0\n";
+    Serve(
+        "C: DESCRIBE {*}\nC...\n< 200 1 | Supported: 3gpp-pipelined | SDP clip/ video\nC: SETUP {*}\nC...\nC: PLAY "
+        "{*}\nC...\n" +
+        lRefused("2") + lRefused("3") + "C: SETUP {*}\nC: CSeq: 4\nC: User-Agent: {*}\n" + lAnswer +
+        "C...\nC: PLAY {*}\nC: CSeq: 5\nC: User-Agent: {*}\n" + lAnswer +
+        "C...\n< 200 4 | Session: 5 | TCP 0\n< 200 5 | RTP-Info: url=r/video\n");
+    mPlayer.SetConfigParam("RTSP:UseProxy", "127.0.0.1:" + std::to_string(mServer->Port()));
+    SetUser("me", "secret");
+    EXPECT_NO_THROW(mPlayer.Play("rtsp://elsewhere/clip", Time(0)));
+    EXPECT_EQ("", mServer->Failure());
+}
+
+TEST_F(RTSPAuthenticationTest, TheNextSignOfLifeTakesANewNonce) {
+    struct Watched {
+        explicit Watched(const char* aWay, const char* aTrack)
+            : mServer(Dialogue(kDescribe + Challenging(1, "a") + Request("DESCRIBE", "clip", 2, DigestOf("a")) +
+                               "< 200 2 | SDP clip/ video\n" + Request("SETUP", "clip/video", 3, DigestOf("a")) +
+                               "< 200 3 | Session: 5;timeout=1 | " + aTrack + "\n" +
+                               Request("PLAY", "clip/", 4, DigestOf("a")) + "< 200 4\n" +
+                               Request("OPTIONS", "clip/", 5, DigestOf("a")) + Challenging(5, "b", ", stale=true") +
+                               Request("OPTIONS", "clip/", 6, DigestOf("b")) + Challenging(6, "c") + "NOTIFY over\n" +
+                               Request("PAUSE", "clip/", 7, DigestOf("b")) + "< 200 7\n")) {
+            for (const auto& lSetting : {std::pair("RTSP:Profile", "modern"), std::pair("RTSP:UserName", "me"),
+                                         std::pair("RTSP:Password", "secret"), std::pair("RTSP:Transports", aWay)}) {
+                mPlayer.SetConfigParam(lSetting.first, lSetting.second);
+            }
+            mPlayer.Play(mServer.URL(), Time(0));
+            mWaiter = std::thread([this] {
+                EXPECT_TRUE(mServer.Await("over"));
+                mIsOver = true;
+            });
+        }
+        ~Watched() { mWaiter.join(); }
+
+        TestSupport::ScriptedServer mServer;
+        MediaPlayer mPlayer;
+        std::atomic<bool> mIsOver{false};
+        std::thread mWaiter;
+    };
+    Watched lUDP("udp", "UDP *");
+    Watched lTCP("tcp", "TCP 0");
+    while (!lUDP.mIsOver || !lTCP.mIsOver) {
+        lUDP.mPlayer.Produce(0);
+        lTCP.mPlayer.Produce(0);
+        std::this_thread::yield();
+    }
+    for (Watched* lWatched : {&lUDP, &lTCP}) {
+        EXPECT_NO_THROW(lWatched->mPlayer.Pause());
+        EXPECT_EQ("", lWatched->mServer.Failure());
+    }
 }
 
 }  // namespace

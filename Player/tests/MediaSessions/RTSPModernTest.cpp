@@ -31,6 +31,9 @@ std::string Described(unsigned aCSeq, const std::string& aHeaders, const std::st
            "S| m=video 0 RTP/AVP 96\nS| a=rtpmap:96 H264/90000\nS| a=control:" + aControl + "\n";
 }
 
+/// Without a slash: tracks are beside it.
+const char* const kBase = "S: Content-Base: rtsp://127.0.0.1:{port}/clip\n";
+
 /// A start at these URLs.
 std::string Start(const std::string& aDescribed, const std::string& aSetup, const std::string& aPlay) {
     return "> DESCRIBE clip 1\n" + aDescribed + "C: SETUP " + aSetup +
@@ -60,8 +63,13 @@ TEST_F(RTSPModernTest, ControlAttributesAreResolved) {
              Case{Described(1, "S: Content-Location: " + lHost + "/other/\n" + lBase + "/clip/\n", "1"),
                   lHost + "/clip/1", lHost + "/clip/"},
              Case{Described(1, "S: Content-Base: 127.0.0.1:{port}/clip/\n", "1"), lHost + "/clip/1", lHost + "/clip/"},
-             // No base at all.
-             Case{Described(1, "", "clip/1"), lHost + "/clip/1", lHost + "/clip"},
+             // No base at all: the track is below what was asked for.
+             Case{Described(1, "", "1"), lHost + "/clip/1", lHost + "/clip"},
+             Case{Described(1, "", "/1"), lHost + "/1", lHost + "/clip"},
+             Case{Described(1, "", lHost + "/1"), lHost + "/1", lHost + "/clip"},
+             // A base that is named is a base.
+             Case{Described(1, lBase + "/clip\n", "1"), lHost + "/1", lHost + "/clip"},
+             Case{Described(1, "S: Content-Location: " + lHost + "/clip\n", "1"), lHost + "/1", lHost + "/clip"},
              // The only track is the presentation.
              Case{Described(1, "", "*"), lHost + "/clip", lHost + "/clip"},
          }) {
@@ -76,7 +84,7 @@ TEST_F(RTSPModernTest, ControlAttributesAreResolved) {
 
 TEST_F(RTSPModernTest, ARefusedURLIsTriedOnceMoreWithASlash) {
     for (const char* lStatus : {"400 Bad Request", "404 Not Found", "451 Parameter", "455 Method", "503 Busy"}) {
-        Serve("> DESCRIBE clip 1\n" + Described(1, "", "trackID=1") + "> SETUP trackID=1 2\nS: RTSP/1.0 " + lStatus +
+        Serve("> DESCRIBE clip 1\n" + Described(1, kBase, "trackID=1") + "> SETUP trackID=1 2\nS: RTSP/1.0 " + lStatus +
               "\nS: CSeq: 2\nS:\n" + R"(
             > SETUP clip/trackID=1 3
             < 200 3 | Session: 5 | TCP 0
@@ -91,8 +99,30 @@ TEST_F(RTSPModernTest, ARefusedURLIsTriedOnceMoreWithASlash) {
     }
 }
 
+TEST_F(RTSPModernTest, WithoutABaseTheSlashComesFirst) {
+    struct Case {
+        const char* mPath;
+        const char* mFirst;
+        const char* mSecond;
+    };
+    for (const Case& lCase : {
+             Case{"live/clip", "live/clip/trackID=1", "live/trackID=1"},
+             Case{"live/clip?a=1", "live/clip?a=1/trackID=1", "live/trackID=1?a=1"},
+         }) {
+        const std::string lPath = lCase.mPath;
+        Serve("> DESCRIBE " + lPath + " 1\n" + Described(1, "", "trackID=1") + "> SETUP " + lCase.mFirst +
+              " 2\n< 404 2\n> SETUP " + lCase.mSecond + " 3\n< 200 3 | Session: 5 | TCP 0\n> PLAY " + lPath +
+              " 4\n< 200 4\n");
+        MediaPlayer lPlayer;
+        lPlayer.SetConfigParam("RTSP:UseInterleavedRTP", "1");
+        lPlayer.SetConfigParam("RTSP:Profile", "modern");
+        EXPECT_NO_THROW(lPlayer.Play(URL(lPath), Time(0))) << lPath;
+        EXPECT_EQ("", mServer->Failure()) << lPath;
+    }
+}
+
 TEST_F(RTSPModernTest, AURLThatIsRefusedTwiceOrForAnotherReasonIsAFailure) {
-    Serve("> DESCRIBE clip 1\n" + Described(1, "", "trackID=1") + R"(
+    Serve("> DESCRIBE clip 1\n" + Described(1, kBase, "trackID=1") + R"(
         > SETUP trackID=1 2
         < 404 2
         > SETUP clip/trackID=1 3
@@ -100,7 +130,7 @@ TEST_F(RTSPModernTest, AURLThatIsRefusedTwiceOrForAnotherReasonIsAFailure) {
     )");
     ExpectThrows<RTSPErr>(0x404, "RTSP::DoPlay(): SETUP failed: 404 Not Found", [this] { Play(); });
     EXPECT_EQ("", mServer->Failure());
-    Serve("> DESCRIBE clip 1\n" + Described(1, "", "trackID=1") + "> SETUP trackID=1 2\n< 500 2\n");
+    Serve("> DESCRIBE clip 1\n" + Described(1, kBase, "trackID=1") + "> SETUP trackID=1 2\n< 500 2\n");
     EXPECT_THROW(Play(), RTSPErr);
 }
 

@@ -48,6 +48,8 @@ TEST(FailureTest, EveryKindIsOneSentenceAndACode) {
                     "The server host:8554 closed the connection without an answer.");
     ExpectExplained(RTSPErr(2, "RTSP::RecvResponse(): %s: %s", "Invalid response", "CSeq missing"), kExitProtocol,
                     "The server host:8554 can't be understood: Invalid response: CSeq missing.");
+    ExpectExplained(RTSPErr(20, "RTSP::DoPlay(): %s", "The server offers multicast only, which is not supported"),
+                    kExitRefused, "The server offers multicast only, which is not supported.");
     ExpectExplained(SDPErr(2, "RTSP::HandleSDP(): %s", "Invalid or incomplete SDP"), kExitProtocol,
                     "The server host:8554 describes no presentation that can be understood.");
     ExpectExplained(RTPErr(1, "OverUDP::Track(): %s", "Failed to create UDP port pair"), kExitSystem,

@@ -143,12 +143,17 @@ void RTSP::DoSessionReset() {
     ReleaseTransport();
 }
 
+void RTSP::ForgetServer() {
+    mServer = ServerFeatures();
+    mWays = {};
+    mKeepAlive.Reset();
+}
+
 void RTSP::DoFullReset() {
     DoSessionReset();
     DoCommonReset();
     DoConnectionReset();
-    mUDPFailed = false;
-    mKeepAlive.Reset();
+    ForgetServer();
 }
 
 }  // namespace Player::MediaSessions

@@ -21,8 +21,9 @@ Description Description::Parse(const Buffer& aSDP) {
     return lDescription;
 }
 
-void Description::SetBase(const std::string& aBase, const Dialect& aDialect) {
-    mSessionProperties->Insert("URL", aBase);
+void Description::SetBase(const BaseURL& aBase, const Dialect& aDialect) {
+    mBase = aBase;
+    mSessionProperties->Insert("URL", aBase.mURL);
     for (const Track& lTrack : mTrackProperties) {
         lTrack->Insert("URL", aDialect.TrackURL(aBase, lTrack->Get("Id")));
     }

@@ -19,6 +19,7 @@ struct Description {
     SharedPtr<Properties, SharedObject> mSessionProperties;
     /// One for each medium that is offered.
     std::list<Track> mTrackProperties;
+    BaseURL mBase;
     Time mAvailableStart;
     Time mAvailableEnd;
     // From the PLAY response; 0 before.
@@ -31,7 +32,7 @@ struct Description {
     /// Something can be played of it.
     bool IsComplete() const { return mSessionProperties && !mTrackProperties.empty(); }
     /// Sets the "URL" of the session, and that of each track as the dialect has it.
-    void SetBase(const std::string& aBase, const Dialect& aDialect);
+    void SetBase(const BaseURL& aBase, const Dialect& aDialect);
     /// The first track of a media type, or null.
     const Properties* FirstOfType(const std::string& aMediaType) const;
 

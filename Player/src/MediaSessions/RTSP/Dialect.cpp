@@ -5,6 +5,7 @@
 
 #include "MediaSessions/RTSP/Headers/URLResolution.hpp"
 #include "Player/Report.hpp"
+#include "Player/String.hpp"
 #include "Player/URL.hpp"
 #include "Processors/RTP/Factories.hpp"
 #include "SDP/Normalized.hpp"
@@ -28,6 +29,14 @@ constexpr UInt kRedirections[] = {0x301, 0x302, 0x303, 0x307, 0x308};
 template <std::size_t Count>
 bool IsAmong(UInt aStatus, const UInt (&aStatuses)[Count]) {
     return std::end(aStatuses) != std::find(std::begin(aStatuses), std::end(aStatuses), aStatus);
+}
+
+/// Whether base and identifier are joined by a slash first. A server that names no base takes what was asked for as the
+/// folder of its tracks, mostly, though by RFC 3986 it is a file beside them.
+bool JoinsBySlash(const BaseURL& aBase, const std::string& aId) {
+    const std::string lId = Trimmed(aId);
+    const bool lIsBelow = !lId.empty() && "*" != lId && '/' != lId[0] && '?' != lId[0] && !URL::IsAbsolute(lId);
+    return lIsBelow && !aBase.mIsNamed && !aBase.mURL.empty() && '/' != aBase.mURL.back();
 }
 
 }  // namespace
@@ -86,35 +95,38 @@ SharedPtr<Processor, SharedObject> Modern::CreateDepacketizer(Properties& aForma
     return Processors::RTP::CreateTolerantDepacketizer(aFormat);
 }
 
-std::string Classic::Base(const std::string& aRequest, const Headers& aHeaders) const {
+BaseURL Classic::Base(const std::string& aRequest, const Headers& aHeaders) const {
     for (const char* lName : {"Content-Base", "Content-Location"}) {
-        if (0 != aHeaders.count(lName)) { return HeaderValue(aHeaders, lName); }
+        if (0 != aHeaders.count(lName)) { return {HeaderValue(aHeaders, lName), true}; }
     }
-    return aRequest;
+    return {aRequest, false};
 }
 
-std::string Modern::Base(const std::string& aRequest, const Headers& aHeaders) const {
-    return URL::WithoutUserInfo(
-        URL::BaseOf(aRequest, HeaderValue(aHeaders, "Content-Base"), HeaderValue(aHeaders, "Content-Location")));
+BaseURL Modern::Base(const std::string& aRequest, const Headers& aHeaders) const {
+    const std::string lBase = HeaderValue(aHeaders, "Content-Base");
+    const std::string lLocation = HeaderValue(aHeaders, "Content-Location");
+    const bool lIsNamed = !Trimmed(lBase).empty() || !Trimmed(lLocation).empty();
+    return {URL::WithoutUserInfo(URL::BaseOf(aRequest, lBase, lLocation)), lIsNamed};
 }
 
-std::string Modern::TrackURL(const std::string& aBase, const std::string& aId) const {
-    return URL::Resolve(aBase, aId);
+std::string Modern::TrackURL(const BaseURL& aBase, const std::string& aId) const {
+    return JoinsBySlash(aBase, aId) ? URL::Append(aBase.mURL, aId) : URL::Resolve(aBase.mURL, aId);
 }
 
-std::string Modern::OtherTrackURL(UInt aStatus, const std::string& aBase, const std::string& aId) const {
-    if (!IsAmong(aStatus, kWrongURL) || aBase == TrackURL(aBase, aId) || URL::IsAbsolute(aId)) { return std::string(); }
-    const std::string lOther = URL::Append(aBase, aId);
-    return TrackURL(aBase, aId) == lOther ? std::string() : lOther;
+std::string Modern::OtherTrackURL(UInt aStatus, const BaseURL& aBase, const std::string& aId) const {
+    const std::string lFirst = TrackURL(aBase, aId);
+    if (!IsAmong(aStatus, kWrongURL) || aBase.mURL == lFirst || URL::IsAbsolute(aId)) { return std::string(); }
+    const std::string lOther = JoinsBySlash(aBase, aId) ? URL::Resolve(aBase.mURL, aId) : URL::Append(aBase.mURL, aId);
+    return lFirst == lOther ? std::string() : lOther;
 }
 
 std::string Modern::ControlURL(const std::string& aBase, const std::string& aId) const {
     return URL::Resolve(aBase, aId);
 }
 
-std::optional<std::string> Modern::KeyOf(const RTPInfo::Entry& aEntry, const std::string& aBase) const {
+std::optional<std::string> Modern::KeyOf(const RTPInfo::Entry& aEntry, const BaseURL& aBase) const {
     if (aEntry.mURL.empty()) { return std::nullopt; }
-    return URL::PathAndQuery(URL::Resolve(aBase, aEntry.mURL));
+    return URL::PathAndQuery(TrackURL(aBase, aEntry.mURL));
 }
 
 std::string Modern::KeyOf(const std::string& aURL, const std::string& /*aId*/) const {

@@ -15,6 +15,13 @@
 
 namespace Player::MediaSessions {
 
+/// What the relative URLs of a description are relative to.
+struct BaseURL {
+    std::string mURL;
+    /// By the server; otherwise it is what was asked for.
+    bool mIsNamed = true;
+};
+
 /// How a session deals with what servers do differently. Each decision on which the profiles differ is an operation
 /// here, so that the session itself has one course. Without state: one object of each serves every session.
 class Dialect {
@@ -49,11 +56,11 @@ public:
 
     // A description's URLs.
     /// The base of what was asked for at `aRequest`.
-    virtual std::string Base(const std::string& aRequest, const Headers& aHeaders) const = 0;
+    virtual BaseURL Base(const std::string& aRequest, const Headers& aHeaders) const = 0;
     /// Where a track with that identifier is set up.
-    virtual std::string TrackURL(const std::string& aBase, const std::string& aId) const = 0;
+    virtual std::string TrackURL(const BaseURL& aBase, const std::string& aId) const = 0;
     /// Where else to try after a refusal; empty for nowhere.
-    virtual std::string OtherTrackURL(UInt aStatus, const std::string& aBase, const std::string& aId) const = 0;
+    virtual std::string OtherTrackURL(UInt aStatus, const BaseURL& aBase, const std::string& aId) const = 0;
     /// Where the whole presentation is controlled; empty for the URL that was played.
     virtual std::string ControlURL(const std::string& aBase, const std::string& aId) const = 0;
 
@@ -61,12 +68,14 @@ public:
     /// A PLAY response without it is invalid; otherwise what is missing is learnt from the packets.
     virtual bool NeedsRTPInfo() const = 0;
     /// An entry is for the tracks whose key is that of the entry; nothing: for none.
-    virtual std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const std::string& aBase) const = 0;
+    virtual std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const BaseURL& aBase) const = 0;
     /// The key of a track. `aId` is the identifier of the first track of its media type.
     virtual std::string KeyOf(const std::string& aURL, const std::string& aId) const = 0;
 
     /// Whether a refusal names another place for the presentation.
     virtual bool IsRedirection(UInt aStatus) const = 0;
+    /// Whether a server that offers multicast refuses what was asked for; otherwise its offer is taken for that.
+    virtual bool RefusesMulticast() const = 0;
     /// Whether the session is kept alive while no request goes to the server.
     virtual bool KeepsAlive() const = 0;
     /// What is received first behind a resume is numbered on by so much from the last before.
@@ -102,11 +111,10 @@ public:
     void Prepare(Buffer& /*aSDP*/) const override {}
     SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const override;
     /// As it stands.
-    std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;
+    BaseURL Base(const std::string& aRequest, const Headers& aHeaders) const override;
     /// Base and identifier are joined as they stand: a Content-Base ends in "/".
-    std::string TrackURL(const std::string& aBase, const std::string& aId) const override { return aBase + aId; }
-    std::string OtherTrackURL(UInt /*aStatus*/, const std::string& /*aBase*/,
-                              const std::string& /*aId*/) const override {
+    std::string TrackURL(const BaseURL& aBase, const std::string& aId) const override { return aBase.mURL + aId; }
+    std::string OtherTrackURL(UInt /*aStatus*/, const BaseURL& /*aBase*/, const std::string& /*aId*/) const override {
         return std::string();
     }
     std::string ControlURL(const std::string& /*aBase*/, const std::string& /*aId*/) const override {
@@ -114,11 +122,12 @@ public:
     }
     bool NeedsRTPInfo() const override { return true; }
     /// By the name at the end of the entry's URL. The first described track of a type speaks for all of that type.
-    std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const std::string& /*aBase*/) const override {
+    std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const BaseURL& /*aBase*/) const override {
         return aEntry.mName;
     }
     std::string KeyOf(const std::string& /*aURL*/, const std::string& aId) const override { return aId; }
     bool IsRedirection(UInt /*aStatus*/) const override { return false; }
+    bool RefusesMulticast() const override { return false; }
     bool KeepsAlive() const override { return false; }
     UInt StepOverPause() const override { return 0; }
     bool KeepsEarlyMedia() const override { return false; }
@@ -142,16 +151,18 @@ public:
     bool IsSecure(const std::string& aURL) const override;
     void Prepare(Buffer& aSDP) const override;
     SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const override;
-    std::string Base(const std::string& aRequest, const Headers& aHeaders) const override;
-    std::string TrackURL(const std::string& aBase, const std::string& aId) const override;
+    BaseURL Base(const std::string& aRequest, const Headers& aHeaders) const override;
+    /// Below what was asked for where the server names no base, else as the base has it.
+    std::string TrackURL(const BaseURL& aBase, const std::string& aId) const override;
     /// Many servers join base and identifier by a slash, whatever the base looks like.
-    std::string OtherTrackURL(UInt aStatus, const std::string& aBase, const std::string& aId) const override;
+    std::string OtherTrackURL(UInt aStatus, const BaseURL& aBase, const std::string& aId) const override;
     std::string ControlURL(const std::string& aBase, const std::string& aId) const override;
     bool NeedsRTPInfo() const override { return false; }
     /// By path and query: the host may have another name on the server's side of the network.
-    std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const std::string& aBase) const override;
+    std::optional<std::string> KeyOf(const RTPInfo::Entry& aEntry, const BaseURL& aBase) const override;
     std::string KeyOf(const std::string& aURL, const std::string& aId) const override;
     bool IsRedirection(UInt aStatus) const override;
+    bool RefusesMulticast() const override { return true; }
     bool KeepsAlive() const override { return true; }
     UInt StepOverPause() const override { return 1; }
     bool KeepsEarlyMedia() const override { return true; }

@@ -77,7 +77,7 @@ bool RTSP::Receive(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefus
                           : mMessages.RecvResponse(aHeaders, aBody, aCSeq, lRefused);
     };
     for (UInt lTries = 0; !lReceive(lTries); ++lTries) {
-        if (!lIsLast || !CanAnswer(lTries)) {
+        if (!lIsLast || !CanAnswer(mMessages.LastRefusal(), lTries)) {
             if (aRefused != lRefused) { mMessages.ReportRefusal(aRefused); }
             return false;
         }
@@ -101,15 +101,18 @@ bool RTSP::ReceiveAgain(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity a
     return mMessages.RecvResponse(aHeaders, aBody, aCSeq, aRefused);
 }
 
-bool RTSP::CanAnswer(UInt aTries) {
-    const UInt lStatus = mMessages.StatusCode();
-    const bool lIsProxy = kProxyUnauthorized == lStatus && !mConfiguration.mUseProxy.empty();
-    if (!lIsProxy && kUnauthorized != lStatus) { return false; }
-    Authenticator& lAuthentication = lIsProxy ? mProxyAuthentication : mServerAuthentication;
-    if (!Crypto::IsAvailable() && lAuthentication.HasCredentials()) {
+Authenticator* RTSP::Asked(const Refusal& aRefusal) {
+    if (kProxyUnauthorized == aRefusal.mStatus && !mConfiguration.mUseProxy.empty()) { return &mProxyAuthentication; }
+    return kUnauthorized == aRefusal.mStatus ? &mServerAuthentication : nullptr;
+}
+
+bool RTSP::CanAnswer(const Refusal& aRefusal, UInt aTries) {
+    Authenticator* const lAuthentication = Asked(aRefusal);
+    if (nullptr == lAuthentication) { return false; }
+    if (!Crypto::IsAvailable() && lAuthentication->HasCredentials()) {
         Report(__FILE__, __LINE__, Severity::Error, "RTSP::CanAnswer(): %s", "Built without GnuTLS: no authentication");
     }
-    return lAuthentication.Accept(mMessages.Challenges(), aTries);
+    return lAuthentication->Accept(aRefusal.mChallenges, aTries);
 }
 
 void RTSP::SetCredentials(const std::string& aURL) {

@@ -1,6 +1,5 @@
 #include "MediaSessions/RTSP.hpp"
-#include "Player/Exception.hpp"
-#include "Player/Report.hpp"
+#include "Throw.hpp"
 
 namespace Player::MediaSessions {
 
@@ -8,6 +7,8 @@ namespace {
 
 /// These refuse who asks, or what for; any other way would be refused as well.
 constexpr UInt kNotAboutTransport[] = {0x401, 0x402, 0x403, 0x404, 0x407, 0x408, 0x453, 0x454};
+
+constexpr UInt kUnsupportedTransport = 0x461;
 
 }  // namespace
 
@@ -20,17 +21,47 @@ bool RTSP::IsAboutTransport(UInt aStatus) const {
 
 void RTSP::FallOver(MediaHandler& aHandler, Time aFrom, const char* aReason) {
     Report(__FILE__, __LINE__, Severity::Warning, "No media over UDP, %s: over TCP now", aReason);
-    mUDPFailed = true;
+    mWays.mUDPFailed = true;
+    StartAnew(aHandler, aFrom);
+}
+
+void RTSP::StartAnew(MediaHandler& aHandler, Time aFrom) {
     // What is described has not changed, and the handler keeps its tracks.
     const std::vector<Stream> lStreams = mStreams;
+    LeaveSession(aHandler);
+    mStreams = lStreams;
+    DoPlay(aHandler, aFrom, false);
+}
+
+void RTSP::LeaveSession(MediaHandler& aHandler) {
     try {
         if (!mSessionId.empty()) { DoTeardown(aHandler, true); }
     } catch (const Exception& lException) {
-        Report(__FILE__, __LINE__, Severity::Info, "Left UDP without the server's answer: %s", lException.Message());
+        Report(__FILE__, __LINE__, Severity::Info, "Left the session without the server's answer: %s",
+               lException.Message());
     }
     DoSessionReset();
-    mStreams = lStreams;
-    DoPlay(aHandler, aFrom, false);
+}
+
+void RTSP::NoteRefusedWay() {
+    if (!Interleaves() && kUnsupportedTransport == mMessages.StatusCode()) { mWays.mUDPUnsupported = true; }
+}
+
+bool RTSP::IsRefusedOffer(const TransportHeader& aVars) {
+    if (!aVars.mIsMulticast || !Speaks().RefusesMulticast()) { return false; }
+    mWays.mOffersMulticast = true;
+    mMessages.SetRefused(kUnsupportedTransport, "Multicast Only");
+    return true;
+}
+
+bool RTSP::IsMulticastOnly() const {
+    return Speaks().RefusesMulticast() && kUnsupportedTransport == mMessages.StatusCode() &&
+           (mWays.mOffersMulticast || (Interleaves() && mWays.mUDPUnsupported));
+}
+
+void RTSP::ThrowMulticastOnly() {
+    PLAYER_THROW(RTSPErr, ErrorCode::kMulticastOnly, "RTSP::DoPlay(): %s",
+                 "The server offers multicast only, which is not supported");
 }
 
 void RTSP::FallOverWhenSilent() {

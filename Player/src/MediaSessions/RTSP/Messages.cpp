@@ -132,7 +132,7 @@ bool Messages::AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Sever
             PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvResponse(): %s: %s", "Invalid response",
                          "Bad Content-Length");
         }
-        if (IsUnawaited(aHeaders)) {
+        if (IsUnawaited(lStatus.mCode, aHeaders)) {
             lStatus = Status();
             lIsOver = false;
             continue;
@@ -149,14 +149,13 @@ bool Messages::AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Sever
         Report(__FILE__, __LINE__, Severity::Info, kGotResponse, lStatus.mCode, lStatus.TextOrUnknown());
         return true;
     }
-    mStatusCode = lStatus.mCode;
-    mStatusText = lStatus.TextOrUnknown();
+    mRefusal = {lStatus.mCode, lStatus.TextOrUnknown(), aHeaders, mChallenges};
     ReportRefusal(aRefused);
     return false;
 }
 
 void Messages::ReportRefusal(Severity aSeverity) const {
-    Report(__FILE__, __LINE__, aSeverity, kGotResponse, mStatusCode, mStatusText.c_str());
+    Report(__FILE__, __LINE__, aSeverity, kGotResponse, StatusCode(), StatusText().c_str());
 }
 
 std::string Messages::NextLine() {
@@ -232,10 +231,12 @@ void Messages::LeaveUnanswered(UInt aCSeq) {
     mUnawaited.insert(aCSeq);
 }
 
-bool Messages::IsUnawaited(const Headers& aHeaders) {
+bool Messages::IsUnawaited(UInt aStatus, const Headers& aHeaders) {
     if (mUnawaited.empty() || 0 == aHeaders.count("CSeq")) { return false; }
     const unsigned long long lCSeq = Decimal(HeaderValue(aHeaders, "CSeq"));
-    return lCSeq <= std::numeric_limits<UInt>::max() && 0 != mUnawaited.erase(static_cast<UInt>(lCSeq));
+    if (lCSeq > std::numeric_limits<UInt>::max() || 0 == mUnawaited.erase(static_cast<UInt>(lCSeq))) { return false; }
+    if (aStatus >= 0x300) { mUnawaitedRefusal = {aStatus, std::string(), {}, mChallenges}; }
+    return true;
 }
 
 void Messages::DropUnawaited() {
@@ -245,7 +246,7 @@ void Messages::DropUnawaited() {
     while (!mUnawaited.empty() && mConnection.HoldsEmptyLine() && mConnection.PeekLn(lLine)) {
         if (!IsStatusLine(lLine)) { return; }
         mConnection.SkipLn();
-        DropResponse();
+        DropResponse(lLine);
     }
     mConnection.Normalize();
 }
@@ -279,12 +280,13 @@ void Messages::SkipGarbage() {
            mGarbage);
 }
 
-void Messages::DropResponse() {
+void Messages::DropResponse(const std::string& aStatusLine) {
     Headers lHeaders;
     Buffer lBody;
+    mChallenges.clear();
     RecvHeaders(lHeaders);
     RecvBody(lHeaders, lBody);
-    IsUnawaited(lHeaders);
+    IsUnawaited(ParseStatusLine(aStatusLine).mCode, lHeaders);
 }
 
 void Messages::CheckCSeq(const Headers& aHeaders, UInt aCSeq) const {
@@ -397,7 +399,7 @@ bool Messages::AnswerRequest(bool aMayWait) {
         std::string lLine;
         mConnection.ReadLn(lLine);
         if (IsStatusLine(lLine) && !mUnawaited.empty()) {
-            DropResponse();
+            DropResponse(lLine);
             return HandleInterleavedData(false);
         }
         HandleRequest(lLine);

@@ -8,6 +8,7 @@
 
 #include "MediaSessions/RTSP/Connection.hpp"
 #include "MediaSessions/RTSP/Headers/Headers.hpp"
+#include "MediaSessions/RTSP/Refusal.hpp"
 #include "Player/Buffer.hpp"
 #include "Player/Report.hpp"
 #include "RTP/Transports/InterleavedConnection.hpp"
@@ -84,15 +85,16 @@ public:
     /// Drops what has come of such responses, without waiting; frames between them are delivered.
     void DropUnawaited();
 
-    /// Status of the last response that was no success, its digits read as a hexadecimal number: 0x404.
-    /// 0 when the connection ended before a response came.
-    UInt StatusCode() const { return mStatusCode; }
-    const std::string& StatusText() const { return mStatusText; }
+    /// The last response that was no success.
+    const Refusal& LastRefusal() const { return mRefusal; }
+    UInt StatusCode() const { return mRefusal.mStatus; }
+    const std::string& StatusText() const { return mRefusal.mText; }
     /// The last request gets no response.
-    void SetUnanswered() { mStatusCode = 0; }
-    /// What the last response asks to be answered: the values of its headers WWW-Authenticate, or
-    /// Proxy-Authenticate, which may come more than once.
-    const std::vector<std::string>& Challenges() const { return mChallenges; }
+    void SetUnanswered() { SetRefused(0, "Unknown"); }
+    /// What the last response says amounts to that.
+    void SetRefused(UInt aStatus, const std::string& aText) { mRefusal = {aStatus, aText, {}, {}}; }
+    /// The last of the responses that were not awaited and no success; status 0 when none came since the last call.
+    Refusal TakeUnawaitedRefusal() { return std::exchange(mUnawaitedRefusal, Refusal()); }
 
     bool RecvInterleavedPackets() override;
     int Send_RR(const void* aData, UInt aSize) override;
@@ -108,10 +110,10 @@ private:
     /// Consumes the body that the headers announce. False when it is not all there.
     bool RecvBody(const Headers& aHeaders, Buffer& aBody);
     void CheckCSeq(const Headers& aHeaders, UInt aCSeq) const;
-    /// Whether it is a response that is not waited for.
-    bool IsUnawaited(const Headers& aHeaders);
+    /// Whether it is a response that is not waited for. What it refuses is kept.
+    bool IsUnawaited(UInt aStatus, const Headers& aHeaders);
     /// Drops a response that came where none is awaited.
-    void DropResponse();
+    void DropResponse(const std::string& aStatusLine);
     /// Steps over what is neither a frame nor a line, up to what may be one; where there is none, over all of it.
     void SkipGarbage();
     /// Whether a frame of a known channel begins that many bytes ahead, or a response.
@@ -130,8 +132,9 @@ private:
     /// What lost the connection while a report was written, which the transport keeps to itself.
     std::exception_ptr mWhyLost;
     MediaHandler* mListener = nullptr;
-    UInt mStatusCode = 0;
-    std::string mStatusText;
+    Refusal mRefusal;
+    Refusal mUnawaitedRefusal;
+    /// Of the message that is being received.
     std::vector<std::string> mChallenges;
     bool mHoldsFrames = false;
     /// Channel and payload.

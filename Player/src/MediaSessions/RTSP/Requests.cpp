@@ -117,6 +117,8 @@ void RTSP::StayAlive() {
     mKeepAlive.Sent(lNow);
     try {
         mMessages.DropUnawaited();
+        // A nonce that has grown old is found out by no other request for hours.
+        CanAnswer(mMessages.TakeUnawaitedRefusal(), 0);
         // Media may well go on without it.
         if (!mConnection.IsUsable()) { return; }
         const char* const lMethod = mKeepAlive.Method();

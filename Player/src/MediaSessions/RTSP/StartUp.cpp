@@ -1,5 +1,4 @@
 #include "MediaSessions/RTSP.hpp"
-#include "MediaSessions/RTSP/Headers/URLResolution.hpp"
 #include "Player/String.hpp"
 #include "Player/URL.hpp"
 #include "RTP/Transports/OverRTSP.hpp"
@@ -13,13 +12,15 @@ namespace {
 /// As many as there are pairs of interleaved channels, of one byte each; over UDP each takes two descriptors.
 constexpr std::size_t kMostTracks = 128;
 
-/// From one place to the next.
+/// From one place to the next, in one start.
 constexpr UInt kMostRedirections = 5;
 
 /// "404 Not Found"
 constexpr UInt kUnknownURL = 0x404;
 /// What a request has for a status that got no answer.
 constexpr UInt kUnanswered = 0;
+/// "302 Found"
+constexpr UInt kFound = 0x302;
 
 }  // namespace
 
@@ -45,6 +46,8 @@ void RTSP::Play(MediaHandler& aHandler, const std::string& aURL, Time aFrom) {
     mAuthority = lAuthority;
     SetCredentials(aURL);
     mPlaysFor = &aHandler;
+    mHopsLeft = kMostRedirections;
+    mAnswers = 0;
 
     if (mDescription.mTrackProperties.empty()) { DoDescribe(aHandler); }
     DoPlay(aHandler, aFrom, CanSwitch());
@@ -88,39 +91,16 @@ std::vector<RTSP::Stream> RTSP::BuildChains(MediaHandler& aHandler) {
 }
 
 void RTSP::FetchDescription() {
-    for (UInt lHops = 0;; ++lHops) {
+    for (Headers lHeaders;; lHeaders.clear()) {
         SendDescribe();
-        Headers lHeaders;
         if (RecvDescribe(lHeaders, mCSeq)) { return; }
-        const bool lGoesOn =
-            lHops < kMostRedirections && Speaks().IsRedirection(mMessages.StatusCode()) && GoTo(lHeaders);
-        if (!lGoesOn && ClosesConnection(lHeaders)) { DoFullReset(); }
-        if (!lGoesOn) { ThrowRefused("DoDescribe", "DESCRIBE failed"); }
+        const std::string lPlace = RedirectedTo(mMessages.LastRefusal());
+        if (lPlace.empty()) { break; }
+        GoTo(lPlace, ClosesConnection(lHeaders));
     }
-}
-
-bool RTSP::GoTo(const Headers& aHeaders) {
-    const std::string lLocation = HeaderValue(aHeaders, "Location");
-    if (lLocation.empty()) { return false; }
-    const std::string lURL = Player::URL::WithoutUserInfo(Player::URL::Resolve(URL(), lLocation));
-    const std::string lAuthority = Player::URL::Authority(lURL);
-    const bool lIsSecure = Speaks().IsSecure(lURL);
-    if (lAuthority.empty() || (!lIsSecure && "rtsp" != Player::URL::Scheme(lURL))) { return false; }
-    Report(__FILE__, __LINE__, Severity::Info, "Redirected to URL: %s", lURL.c_str());
-    const bool lWasSecure = mConnection.IsSecure();
-    const bool lIsSameHost =
-        Speaks().Address(lAuthority, lIsSecure).first == Speaks().Address(mAuthority, lWasSecure).first;
-    // Name and password are for the host that they were given for, and are not shown where they were secured before.
-    if (!lIsSameHost || (lWasSecure && !lIsSecure)) { mServerAuthentication.SetCredentials({}); }
-    if (!lIsSameHost || lWasSecure != lIsSecure || ClosesConnection(aHeaders) ||
-        Player::URL::Authority(URL()) != lAuthority) {
-        mServerAuthentication.Reset();
-        mConnection.SetSecure(lIsSecure);
-        mConnection.DoConnect(lAuthority);
-    }
-    mAuthority = lAuthority;
-    mConnection.SetURL(lURL);
-    return true;
+    const Refusal lRefusal = mMessages.LastRefusal();
+    if (ClosesConnection(lRefusal.mHeaders)) { DoFullReset(); }
+    ThrowRefused("DoDescribe", "DESCRIBE failed", lRefusal);
 }
 
 bool RTSP::RecvDescribe(Headers& aHeaders, UInt aCSeq) {
@@ -164,15 +144,41 @@ void RTSP::DoPlay(MediaHandler& aHandler, Time aFrom, bool aSwitching) {
     if (!aSwitching) {
         CreateTransport();
         if (mServer.mPipelined) { return DoPipelinedPlay(aHandler, aFrom); }
-        if (!SetUpTracks()) { return FallOver(aHandler, aFrom, "the server refuses UDP"); }
+        const Outcome lOutcome = SetUpTracks();
+        if (Outcome::Accepted != lOutcome) {
+            return GoOn(aHandler, aFrom, {lOutcome, mMessages.LastRefusal()}, "SETUP failed");
+        }
     }
     if (!mServer.mPipelined) { mTransport->Preflight(); }
     SendPlay(aFrom, aSwitching);
     if (aSwitching) { return FinishSwitch(aHandler, aFrom); }
-    Messages::HoldingFrames lEarly(mMessages, Speaks().KeepsEarlyMedia());
-    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "PLAY failed"); }
-    StartPlaying(aHandler);
-    lEarly.Release();
+    {
+        Messages::HoldingFrames lEarly(mMessages, Speaks().KeepsEarlyMedia());
+        if (RecvPlay(mCSeq, false)) {
+            StartPlaying(aHandler);
+            return lEarly.Release();
+        }
+    }
+    GoOn(aHandler, aFrom, {OutcomeOfPlay(), mMessages.LastRefusal()}, "PLAY failed");
+}
+
+void RTSP::GoOn(MediaHandler& aHandler, Time aFrom, const Verdict& aVerdict, const char* aWhat) {
+    switch (aVerdict.mOutcome) {
+        case Outcome::UDPRefused: return FallOver(aHandler, aFrom, "the server refuses UDP");
+        case Outcome::Redirected: return StartElsewhere(aHandler, aFrom, aVerdict.mRefusal);
+        case Outcome::MulticastOnly: ThrowMulticastOnly();
+        default: ThrowRefused("DoPlay", aWhat, aVerdict.mRefusal);
+    }
+}
+
+RTSP::Outcome RTSP::OutcomeOfSetUp() const {
+    if (Outcome::Redirected == OutcomeOfPlay()) { return Outcome::Redirected; }
+    if (CanFallOver() && IsAboutTransport(mMessages.StatusCode())) { return Outcome::UDPRefused; }
+    return IsMulticastOnly() ? Outcome::MulticastOnly : Outcome::Refused;
+}
+
+RTSP::Outcome RTSP::OutcomeOfPlay() const {
+    return RedirectedTo(mMessages.LastRefusal()).empty() ? Outcome::Refused : Outcome::Redirected;
 }
 
 void RTSP::CreateTransport() {
@@ -191,7 +197,7 @@ void RTSP::CreateTransport() {
 bool RTSP::Interleaves() const {
     const Transports& lWays = mConfiguration.mTransports;
     // Who asked for a secured connection expects that of the media as well.
-    return !lWays.mUDP || (lWays.mTCP && (mUDPFailed || mConnection.IsSecure()));
+    return !lWays.mUDP || (lWays.mTCP && (mWays.mUDPFailed || mConnection.IsSecure()));
 }
 
 void RTSP::ReleaseTransport() {
@@ -203,20 +209,24 @@ void RTSP::ReleaseTransport() {
     mTracksSetUp = 0;
 }
 
-bool RTSP::SetUpTracks() {
+RTSP::Outcome RTSP::SetUpTracks() {
     for (TrackIdx lIdx = 0; lIdx < mStreams.size(); ++lIdx) {
         AddTrack(lIdx);
         // A refusal that another try may mend is none yet. Found out before the request goes, of which the answer must
         // be read.
-        const Severity lRefused =
-            CanFallOver() || !OtherURL(lIdx, kUnknownURL).empty() ? Severity::Info : Severity::Error;
+        const bool lMayGoOn = MayGoOn() || !OtherURL(lIdx, kUnknownURL).empty();
+        const Severity lRefused = lMayGoOn ? Severity::Info : Severity::Error;
         SendSetup(lIdx);
         if (mServer.mPipelined || RecvSetupOrSilence(lIdx, lRefused) || SetUpElsewhere(lIdx)) { continue; }
-        if (CanFallOver() && IsAboutTransport(mMessages.StatusCode())) { return false; }
-        if (Severity::Error != lRefused) { mMessages.ReportRefusal(Severity::Error); }
-        ThrowRefused("DoPlay", "SETUP failed");
+        const Outcome lOutcome = OutcomeOfSetUp();
+        if (Outcome::Refused == lOutcome && lMayGoOn) { mMessages.ReportRefusal(Severity::Error); }
+        return lOutcome;
     }
-    return true;
+    return Outcome::Accepted;
+}
+
+bool RTSP::MayGoOn() const {
+    return CanFallOver() || Speaks().IsRedirection(kFound);
 }
 
 bool RTSP::RecvSetupOrSilence(TrackIdx aIdx, Severity aRefused) {
@@ -233,8 +243,7 @@ bool RTSP::RecvSetupOrSilence(TrackIdx aIdx, Severity aRefused) {
 
 std::string RTSP::OtherURL(TrackIdx aIdx, UInt aStatus) const {
     const Properties& lTrack = *mStreams[aIdx].mProperties;
-    const std::string lOther =
-        Speaks().OtherTrackURL(aStatus, mDescription.mSessionProperties->Get("URL"), lTrack.Get("Id"));
+    const std::string lOther = Speaks().OtherTrackURL(aStatus, mDescription.mBase, lTrack.Get("Id"));
     return lTrack.Is("URL", lOther) ? std::string() : lOther;
 }
 
@@ -249,9 +258,10 @@ bool RTSP::SetUpElsewhere(TrackIdx aIdx) {
 bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused) {
     Headers lHeaders;
     if (!Receive(lHeaders, aCSeq, aRefused)) {
-        // Another try must not be lost with the connection.
-        const bool lIsTriedAgain = Severity::Error != aRefused || CanFallOver();
+        // Another try must not be lost with the connection; but there may be answers left to read.
+        const bool lIsTriedAgain = !mServer.mPipelined && (Severity::Error != aRefused || CanFallOver());
         if (lIsTriedAgain && ClosesConnection(lHeaders)) { DoConnectionReset(); }
+        NoteRefusedWay();
         return false;
     }
     if (mSessionId.empty()) {
@@ -263,7 +273,9 @@ bool RTSP::RecvSetup(UInt aCSeq, TrackIdx aIdx, Severity aRefused) {
         mSessionId = lSession.substr(0, lSession.find(';'));
         if (Speaks().UnfoldsHeaders()) { mSessionId = Trimmed(mSessionId); }
     }
-    if (0 != lHeaders.count("Transport")) { HandleTrackVars(aIdx, lHeaders["Transport"]); }
+    const TransportHeader lVars = TransportHeader::Parse(HeaderValue(lHeaders, "Transport"));
+    if (IsRefusedOffer(lVars)) { return false; }
+    SetTrackVars(aIdx, lVars);
     ++mTracksSetUp;
     return true;
 }
@@ -272,7 +284,7 @@ bool RTSP::RecvPlay(UInt aCSeq, bool aSwitching) {
     Headers lHeaders;
     Buffer lBody;
     if (!Receive(lHeaders, lBody, aCSeq)) { return false; }
-    if (aSwitching) { HandleSDP(lBody, URL() + "/"); }
+    if (aSwitching) { HandleSDP(lBody, {URL() + "/"}); }
     if (Speaks().NeedsRTPInfo() && 0 == lHeaders.count("RTP-Info")) {
         PLAYER_THROW(RTSPErr, ErrorCode::kMalformed, "RTSP::RecvPlay(): %s: %s", "Invalid PLAY response",
                      "RTP-Info missing");
@@ -284,63 +296,10 @@ bool RTSP::RecvPlay(UInt aCSeq, bool aSwitching) {
     return true;
 }
 
-void RTSP::DoPipelinedPlay(MediaHandler& aHandler, Time aFrom) {
-    bool lAllSetUp = true;
-    bool lIsUDPRefused = false;
-    try {
-        SetUpTracks();
-        SendPlay(aFrom, false);
-        lAllSetUp = RecvPipelinedSetups(lIsUDPRefused);
-        if (!lIsUDPRefused) { mTransport->Preflight(); }
-    } catch (...) {
-        // Answers that are still to come would be taken for those to later requests.
-        DoConnectionReset();
-        throw;
-    }
-    if (lIsUDPRefused) {
-        // Whether it plays a part of the presentation does not matter any more.
-        Headers lHeaders;
-        Receive(lHeaders, mCSeq, Severity::Info);
-        return FallOver(aHandler, aFrom, "the server refuses UDP");
-    }
-    if (!RecvPlay(mCSeq, false)) { ThrowRefused("DoPlay", "Pipelined PLAY failed"); }
-    if (!lAllSetUp) { GiveUpPipelined(); }
-    StartPlaying(aHandler);
-}
-
-bool RTSP::RecvPipelinedSetups(bool& aIsUDPRefused) {
-    const UInt lTracks = static_cast<UInt>(mStreams.size());
-    bool lAllSetUp = true;
-    for (TrackIdx lIdx = 0; lIdx < lTracks; ++lIdx) {
-        const Severity lRefused = CanFallOver() ? Severity::Info : Severity::Error;
-        if (RecvSetup(mCSeq - lTracks + lIdx, lIdx, lRefused)) { continue; }
-        lAllSetUp = false;
-        if (CanFallOver() && IsAboutTransport(mMessages.StatusCode())) {
-            aIsUDPRefused = true;
-            continue;
-        }
-        if (Severity::Error != lRefused) { mMessages.ReportRefusal(Severity::Error); }
-        Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s: %03x %s", "Pipelined SETUP failed",
-               mMessages.StatusCode(), mMessages.StatusText().c_str());
-    }
-    return lAllSetUp;
-}
-
-void RTSP::GiveUpPipelined() {
-    constexpr char kWords[] = "One or more pipelined SETUP requests failed";
-    Report(__FILE__, __LINE__, Severity::Error, "RTSP::DoPlay(): %s", kWords);
-    if (!mSessionId.empty()) {
-        try {
-            SendTeardown();
-            RecvTeardown(mCSeq, false);
-        } catch (...) {
-            // The caller learns why nothing is played. What is still set up is torn down before the next presentation.
-        }
-    }
-    throw RTSPErr(ErrorCode::kPipelinedSetUpFailed, "RTSP::DoPlay(): %s", kWords);
-}
-
 void RTSP::StartPlaying(MediaHandler& aHandler) {
+    // Who watches one presentation is not led to another.
+    mHopsLeft = 0;
+    mAnswers = 0;
     aHandler.PlayingRange(mDescription.mPlayingStart, mDescription.mPlayingEnd);
     EnterState(WaitData, "WaitData");
 }

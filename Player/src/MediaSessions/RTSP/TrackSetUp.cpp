@@ -8,7 +8,7 @@
 
 namespace Player::MediaSessions {
 
-void RTSP::HandleSDP(const Buffer& aBody, const std::string& aBase) {
+void RTSP::HandleSDP(const Buffer& aBody, const BaseURL& aBase) {
     // An answer without a description keeps the one at hand; what can't be read to its end leaves none.
     Description lDescription;
     std::swap(lDescription, mDescription);
@@ -21,16 +21,12 @@ void RTSP::HandleSDP(const Buffer& aBody, const std::string& aBase) {
         PLAYER_THROW(SDPErr, ErrorCode::kUnusable, "RTSP::HandleSDP(): %s", "Invalid or incomplete SDP");
     }
     lDescription.SetBase(aBase, Speaks());
-    mControlURL = Speaks().ControlURL(aBase, lDescription.mSessionProperties->Get("Id"));
+    mControlURL = Speaks().ControlURL(aBase.mURL, lDescription.mSessionProperties->Get("Id"));
     std::swap(lDescription, mDescription);
 }
 
 void RTSP::ForgetDescription() {
     mDescription = Description();
-}
-
-void RTSP::HandleTrackVars(TrackIdx aIdx, const std::string& aParams) {
-    SetTrackVars(aIdx, TransportHeader::Parse(aParams));
 }
 
 void RTSP::SetTrackVars(TrackIdx aIdx, const TransportHeader& aVars) {
@@ -61,7 +57,7 @@ void RTSP::HandleRange(const std::string& aValue) {
 
 void RTSP::HandleRTPInfo(const std::string& aValue) {
     const std::multimap<std::string, TrackIdx> lTracks = TracksByKey();
-    const std::string lBase = mDescription.IsComplete() ? mDescription.mSessionProperties->Get("URL") : URL();
+    const BaseURL lBase = mDescription.IsComplete() ? mDescription.mBase : BaseURL{URL()};
     for (const RTPInfo::Entry& lEntry : RTPInfo::Parse(aValue)) {
         const std::optional<std::string> lKey = Speaks().KeyOf(lEntry, lBase);
         if (!lKey) { continue; }

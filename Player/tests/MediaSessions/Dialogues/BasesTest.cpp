@@ -176,27 +176,58 @@ const Device kDevices[] = {
         S| a=control:track0
         S| a=rtpmap:96 H264/90000
         S| a=fmtp:96 packetization-mode=1;sprop-parameter-sets=Z00AKJ2oHgCJ+VA=,aO48gA==
-        > SETUP tcp/track0 2 | TCP 0
-        S: RTSP/1.0 404 File Not Found
-        S: Cseq: 2
-        S:
-        > SETUP tcp/av0_0/track0 3 | TCP 0
+        > SETUP tcp/av0_0/track0 2 | TCP 0
         S: RTSP/1.0 200 OK
-        S: Cseq: 3
+        S: Cseq: 2
         S: Session: 1632991860795359396
         S: Transport: RTP/AVP/TCP;unicast;interleaved=0-1
         S:
         
-        > PLAY tcp/av0_0 4 | Session: 1632991860795359396 | Range: npt=0.000000-
+        > PLAY tcp/av0_0 3 | Session: 1632991860795359396 | Range: npt=0.000000-
         S: RTSP/1.0 200 OK
-        S: Cseq: 4
+        S: Cseq: 3
         S: Session: 1632991860795359396
         S:
         M$ 0 H264 96
     )"},
+    {"TracksBelowTheRequestWithoutABase", "tcp", "live/ch1", {"H264", "mpeg4-generic"}, R"(
+        > DESCRIBE live/ch1 1
+        < 200 1 | Content-Type: application/sdp | Content-Length: {length}
+        S| v=0
+        S| m=video 0 RTP/AVP 96
+        S| a=rtpmap:96 H264/90000
+        S| a=control:streamid=0
+        S| m=audio 0 RTP/AVP 97
+        S| a=rtpmap:97 MPEG4-GENERIC/16000
+        S| a=fmtp:97 streamtype=5;profile-level-id=1;mode=AAC-hbr;sizelength=13;indexlength=3;indexdeltalength=3;config=1408
+        S| a=control:streamid=1
+        > SETUP live/ch1/streamid=0 2 | TCP 0
+        < 200 2 | Session: 5 | TCP 0
+        > SETUP live/ch1/streamid=1 3 | Session: 5 | TCP 1
+        < 200 3 | Session: 5 | TCP 1
+        > PLAY live/ch1 4 | Session: 5 | Range: npt=0.000000-
+        < 200 4 | Session: 5 | RTP-Info: url=streamid=0;seq=1;rtptime=3000,url=streamid=1;seq=1;rtptime=3000
+        M$ 0 H264 96
+        M$ 2 mpeg4-generic 97
+    )"},
+    {"TracksBesideTheRequestWithoutABase", "tcp", "live/ch1.sdp", {"H264"}, R"(
+        > DESCRIBE live/ch1.sdp 1
+        < 200 1 | Content-Type: application/sdp | Content-Length: {length}
+        S| v=0
+        S| m=video 0 RTP/AVP 96
+        S| a=rtpmap:96 H264/90000
+        S| a=control:ch1/trackID=1
+        > SETUP live/ch1.sdp/ch1/trackID=1 2 | TCP 0
+        < 404 2
+        > SETUP live/ch1/trackID=1 3 | TCP 0
+        < 200 3 | Session: 5 | TCP 0
+        > PLAY live/ch1.sdp 4 | Session: 5 | Range: npt=0.000000-
+        < 200 4 | Session: 5
+        M$ 0 H264 96
+    )"},
     {"ConnectionEndedAtAnUnknownURL", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
-        < 200 1 | Content-Length: {length}
+        < 200 1 | Content-Base: rtsp://{host}/clip | Content-Length: {length}
         S| v=0
         S| m=video 0 RTP/AVP 96
         S| a=rtpmap:96 H264/90000
@@ -216,7 +247,7 @@ const Device kDevices[] = {
      {"H264"},
      R"(
         > DESCRIBE clip 1
-        < 200 1 | Content-Length: {length}
+        < 200 1 | Content-Base: rtsp://{host}/clip | Content-Length: {length}
         S| v=0
         S| m=video 0 RTP/AVP 96
         S| a=rtpmap:96 H264/90000
@@ -366,6 +397,54 @@ const Device kDevices[] = {
         < 200 3 | Session: 5 | TCP 0
         > PLAY live/stream2/ 4 | Session: 5 | Range: npt=0.000000-
         < 200 4 | Session: 5
+        M$ 0 H264 96
+    )"},
+    {"RedirectionOfTheSetup", "udp,tcp", "live", {"H264"}, R"(
+        > DESCRIBE live 1
+        < 200 1 | Content-Base: rtsp://{host}/live/ | Content-Length: {length}
+        S| v=0
+        S| m=video 0 RTP/AVP 96
+        S| a=rtpmap:96 H264/90000
+        S| a=control:trackID=0
+        > SETUP live/trackID=0 2 | UDP 0
+        < 302 2 | Location: rtsp://{host}/live/edge
+        > DESCRIBE live/edge 3
+        < 200 3 | Content-Base: rtsp://{host}/live/edge/ | Content-Length: {length}
+        S| v=0
+        S| m=video 0 RTP/AVP 96
+        S| a=rtpmap:96 H264/90000
+        S| a=control:trackID=0
+        > SETUP live/edge/trackID=0 4 | UDP *
+        < 461 4
+        > SETUP live/edge/trackID=0 5 | TCP 0
+        < 200 5 | Session: 5 | TCP 0
+        > PLAY live/edge/ 6 | Session: 5 | Range: npt=0.000000-
+        < 200 6 | Session: 5
+        M$ 0 H264 96
+    )"},
+    {"RedirectionOfThePlay", "tcp", "live", {"H264"}, R"(
+        > DESCRIBE live 1
+        < 200 1 | Content-Base: rtsp://{host}/live/ | Content-Length: {length}
+        S| v=0
+        S| m=video 0 RTP/AVP 96
+        S| a=rtpmap:96 H264/90000
+        S| a=control:trackID=0
+        > SETUP live/trackID=0 2 | TCP 0
+        < 200 2 | Session: 5 | TCP 0
+        > PLAY live/ 3 | Session: 5 | Range: npt=0.000000-
+        < 302 3 | Connection: close | Location: rtsp://{host}/live/edge
+        CLOSE
+        ACCEPT
+        > DESCRIBE live/edge 4
+        < 200 4 | Content-Base: rtsp://{host}/live/edge/ | Content-Length: {length}
+        S| v=0
+        S| m=video 0 RTP/AVP 96
+        S| a=rtpmap:96 H264/90000
+        S| a=control:trackID=0
+        > SETUP live/edge/trackID=0 5 | TCP 0
+        < 200 5 | Session: 6 | TCP 0
+        > PLAY live/edge/ 6 | Session: 6 | Range: npt=0.000000-
+        < 200 6 | Session: 6
         M$ 0 H264 96
     )"},
 };

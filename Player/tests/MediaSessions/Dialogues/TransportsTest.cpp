@@ -292,6 +292,24 @@ const Device kDevices[] = {
         < 200 4 | Session: 5
         M$ 0 H264 96
     )"},
+    {"MulticastOverUDPAndUnicastOverTCP", "udp,tcp", "clip", {"H264"}, R"(
+        > DESCRIBE clip 1
+        < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
+        S| v=0
+        S| c=IN IP4 239.255.0.7/127
+        S| m=video 5000 RTP/AVP 96
+        S| a=rtpmap:96 H264/90000
+        S| a=control:trackID=1
+        > SETUP clip/trackID=1 2 | UDP 0
+        < 200 2 | Session: 5 | Transport: RTP/AVP;multicast;destination=239.255.0.7;port=5000-5001;ttl=127
+        > TEARDOWN clip/ 3 | Session: 5
+        < 200 3
+        > SETUP clip/trackID=1 4 | TCP 0
+        < 200 4 | Session: 6 | TCP 0
+        > PLAY clip/ 5 | Session: 6 | Range: npt=0.000000-
+        < 200 5 | Session: 6
+        M$ 0 H264 96
+    )"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Transports, DeviceTest, testing::ValuesIn(kDevices), HabitOf);

@@ -43,7 +43,7 @@ TEST(DescriptionTest, WhatIsNoDescriptionThrows) {
 
 TEST(DescriptionTest, URLsAreBaseAndIdentifierAsTheyStand) {
     Description lDescription = Parse("v=0\nm=video 0 RTP/AVP 96\na=control:track1\nm=audio 0 RTP/AVP 97\n");
-    lDescription.SetBase("rtsp://h/base", Classic());
+    lDescription.SetBase({"rtsp://h/base"}, Classic());
     EXPECT_EQ("rtsp://h/base", lDescription.mSessionProperties->Get("URL"));
     EXPECT_EQ("rtsp://h/basetrack1", lDescription.mTrackProperties.front()->Get("URL"));
     EXPECT_EQ("rtsp://h/base", lDescription.mTrackProperties.back()->Get("URL"));

@@ -37,27 +37,68 @@ TEST(DialectTest, ModernGivesVideoALargerBuffer) {
 }
 
 TEST(DialectTest, OnlyModernTriesAnotherURL) {
-    EXPECT_EQ("", Classic().OtherTrackURL(0x404, "rtsp://h/clip", "1"));
+    EXPECT_EQ("", Classic().OtherTrackURL(0x404, {"rtsp://h/clip"}, "1"));
     const Modern lModern;
-    EXPECT_EQ("rtsp://h/clip/1", lModern.OtherTrackURL(0x404, "rtsp://h/clip", "1"));
-    EXPECT_EQ("", lModern.OtherTrackURL(0x461, "rtsp://h/clip", "1")) << "it is not about the URL";
-    EXPECT_EQ("", lModern.OtherTrackURL(0x404, "rtsp://h/clip/", "1")) << "it would be the same";
-    EXPECT_EQ("", lModern.OtherTrackURL(0x404, "rtsp://h/clip", "*"));
-    EXPECT_EQ("", lModern.OtherTrackURL(0x404, "rtsp://h/clip", "rtsp://h/1"));
+    EXPECT_EQ("rtsp://h/clip/1", lModern.OtherTrackURL(0x404, {"rtsp://h/clip"}, "1"));
+    EXPECT_EQ("", lModern.OtherTrackURL(0x461, {"rtsp://h/clip"}, "1")) << "it is not about the URL";
+    EXPECT_EQ("", lModern.OtherTrackURL(0x404, {"rtsp://h/clip/"}, "1")) << "it would be the same";
+    EXPECT_EQ("", lModern.OtherTrackURL(0x404, {"rtsp://h/clip"}, "*"));
+    EXPECT_EQ("", lModern.OtherTrackURL(0x404, {"rtsp://h/clip"}, "rtsp://h/1"));
+}
+
+TEST(DialectTest, WhereNoBaseIsNamedTracksAreBelowTheRequest) {
+    const std::string lRequest = "rtsp://h/live/clip";
+    for (const char* lHeader : {"Content-Base", "Content-Location"}) {
+        EXPECT_TRUE(Modern().Base(lRequest, {{lHeader, "rtsp://h/x"}}).mIsNamed) << lHeader;
+        EXPECT_FALSE(Modern().Base(lRequest, {{lHeader, " "}}).mIsNamed) << lHeader;
+    }
+    const BaseURL lBase = Modern().Base(lRequest, {});
+    EXPECT_FALSE(lBase.mIsNamed);
+    struct Case {
+        BaseURL mBase;
+        const char* mId;
+        const char* mFirst;
+        const char* mSecond;
+    };
+    for (const Case& lCase : {
+             Case{lBase, "1", "rtsp://h/live/clip/1", "rtsp://h/live/1"},
+             Case{lBase, " 1", "rtsp://h/live/clip/1", "rtsp://h/live/1"},
+             Case{lBase, "/1", "rtsp://h/1", "rtsp://h/live/clip/1"},
+             Case{lBase, "//other/1", "rtsp://other/1", "rtsp://h/live/clip//other/1"},
+             Case{lBase, "?1", "rtsp://h/live/clip?1", "rtsp://h/live/clip/?1"},
+             Case{lBase, "", "rtsp://h/live/clip", ""},
+             Case{lBase, "*", "rtsp://h/live/clip", ""},
+             Case{lBase, "rtsp://h/1", "rtsp://h/1", ""},
+             Case{{"rtsp://h/live/", false}, "1", "rtsp://h/live/1", ""},
+             Case{{"rtsp://h/live?a=b", false}, "1", "rtsp://h/live?a=b/1", "rtsp://h/1?a=b"},
+             Case{{"rtsp://h", false}, "1", "rtsp://h/1", ""},
+             Case{{"rtsp://h/live/clip", true}, "1", "rtsp://h/live/1", "rtsp://h/live/clip/1"},
+         }) {
+        EXPECT_EQ(lCase.mFirst, Modern().TrackURL(lCase.mBase, lCase.mId)) << lCase.mBase.mURL << " " << lCase.mId;
+        EXPECT_EQ(lCase.mSecond, Modern().OtherTrackURL(0x404, lCase.mBase, lCase.mId))
+            << lCase.mBase.mURL << " " << lCase.mId;
+        EXPECT_EQ(lCase.mBase.mURL + lCase.mId, Classic().TrackURL(lCase.mBase, lCase.mId));
+    }
 }
 
 TEST(DialectTest, RTPInfoIsMatchedByNameOrByPath) {
     const RTPInfo::Entry lWhole = RTPInfo::Parse("url=rtsp://10.0.0.1/clip/video;seq=1").at(0);
     const RTPInfo::Entry lRelative = RTPInfo::Parse("url=video;seq=1").at(0);
     const RTPInfo::Entry lNone = RTPInfo::Parse("seq=1").at(0);
-    const std::string lBase = "rtsp://h:554/clip/";
+    const BaseURL lBase{"rtsp://h:554/clip/"};
     EXPECT_EQ("video", Classic().KeyOf(lWhole, lBase));
     EXPECT_EQ(std::nullopt, Classic().KeyOf(lRelative, lBase));
     EXPECT_EQ("id", Classic().KeyOf("rtsp://h:554/clip/video", "id"));
     EXPECT_EQ("/clip/video", Modern().KeyOf(lWhole, lBase));
     EXPECT_EQ("/clip/video", Modern().KeyOf(lRelative, lBase));
+    EXPECT_EQ("/clip/video", Modern().KeyOf(lRelative, {"rtsp://h:554/clip", false})) << "as the track";
     EXPECT_EQ(std::nullopt, Modern().KeyOf(lNone, lBase));
     EXPECT_EQ("/clip/video", Modern().KeyOf("rtsp://h:554/clip/video", "id"));
+}
+
+TEST(DialectTest, MulticastIsRefusedInModernOnly) {
+    EXPECT_FALSE(Classic().RefusesMulticast());
+    EXPECT_TRUE(Modern().RefusesMulticast());
 }
 
 TEST(DialectTest, DescriptionsWithoutAVersion) {

@@ -36,6 +36,7 @@ TransportHeader TransportHeader::Parse(const std::string& aValue) {
     lWith("source", [&](const std::string& aText) { lHeader.mSource = WithoutBrackets(aText); });
     lWith("server_port", [&](const std::string& aText) { lHeader.mServerPorts = FirstTwoPorts(aText); });
     lWith("interleaved", [&](const std::string& aText) { lHeader.mChannels = aText; });
+    lHeader.mIsMulticast = 0 != lParams.count("multicast") && 0 == lParams.count("unicast");
     return lHeader;
 }
 

@@ -19,6 +19,8 @@ struct TransportHeader {
     std::optional<std::string> mServerPorts;
     /// The pair of interleaved channels, as sent.
     std::optional<std::string> mChannels;
+    /// To a group, not to the client.
+    bool mIsMulticast = false;
 
     static TransportHeader Parse(const std::string& aValue);
 };

@@ -43,6 +43,14 @@ TEST(TransportHeaderTest, AServerHasTwoPortsAtMost) {
     EXPECT_EQ("-", TransportHeader::Parse("server_port=--").mServerPorts);
 }
 
+TEST(TransportHeaderTest, MulticastIsTold) {
+    EXPECT_TRUE(TransportHeader::Parse("RTP/AVP;multicast;destination=239.1.2.3;port=5000-5001").mIsMulticast);
+    EXPECT_TRUE(TransportHeader::Parse("RTP/AVP; multicast ").mIsMulticast);
+    for (const char* lText : {"", "RTP/AVP;unicast", "RTP/AVP", "RTP/AVP;unicast;multicast", "RTP/AVP;x=multicast"}) {
+        EXPECT_FALSE(TransportHeader::Parse(lText).mIsMulticast) << lText;
+    }
+}
+
 TEST(TransportHeaderTest, AnAddressMayStandInBrackets) {
     EXPECT_EQ("2001:db8::1", TransportHeader::Parse("source=[2001:db8::1]").mSource.value());
     EXPECT_EQ("::1", TransportHeader::Parse("source=::1").mSource.value());
