@@ -48,12 +48,13 @@ std::vector<Arrival> ReadArrivals(Input& aInput) {
     return lArrivals;
 }
 
-Chain::Chain(const char* aFormat, const std::string& aFmtParams) : mEnd(new Recorder()) {
+Chain::Chain(const char* aFormat, const std::string& aFmtParams, bool aIsTolerant) : mEnd(new Recorder()) {
     Player::Properties lFormat;
     lFormat.Insert("Transport", "RTP/AVP");
     lFormat.Insert("Format", aFormat);
     lFormat.Insert("FmtParams", aFmtParams);
-    mProcessor = Player::Processors::RTP::CreateDepacketizer(lFormat);
+    mProcessor = aIsTolerant ? Player::Processors::RTP::CreateTolerantDepacketizer(lFormat)
+                             : Player::Processors::RTP::CreateDepacketizer(lFormat);
     FUZZ_CHECK(lFormat.Is("Transport", "Sample"));
     mProcessor->Attach(mEnd);
 }

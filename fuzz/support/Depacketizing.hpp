@@ -27,7 +27,8 @@ using PacketPtr = Player::SharedPtr<Player::Packet, Player::SharedObject>;
 /// A depacketizer and what came out of it.
 class Chain {
 public:
-    Chain(const char* aFormat, const std::string& aFmtParams);
+    /// Of a tolerant one, if asked for.
+    Chain(const char* aFormat, const std::string& aFmtParams, bool aIsTolerant = false);
 
     /// The number of samples that the packet brought. What the chain answers must be what the consumer answered.
     std::size_t Push(const Arrival& aArrival);

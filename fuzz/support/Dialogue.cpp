@@ -15,7 +15,7 @@ bool BeginsWith(const std::string& aText, const std::string& aWord) {
 void CheckRequest(const std::string& aRequest) {
     const std::string lLine = aRequest.substr(0, aRequest.find("\r\n"));
     bool lIsKnown = false;
-    for (const char* lMethod : {"DESCRIBE ", "SETUP ", "PLAY ", "PAUSE ", "TEARDOWN "}) {
+    for (const char* lMethod : {"DESCRIBE ", "SETUP ", "PLAY ", "PAUSE ", "TEARDOWN ", "OPTIONS ", "GET_PARAMETER "}) {
         lIsKnown = lIsKnown || BeginsWith(lLine, lMethod);
     }
     FUZZ_CHECK(lIsKnown && lLine.size() > 9 && " RTSP/1.0" == lLine.substr(lLine.size() - 9));

@@ -58,25 +58,38 @@ void CheckSample(const PacketPtr& aSample, const std::vector<Arrival>& aArrivals
     FUZZ_CHECK(lDelivered <= lReceived);
 }
 
-void TakeAnything(Input& aInput) {
+/// A tolerant one begins another sample in front of such a packet.
+bool BeginsWithDelimiter(const Bytes& aPayload) {
+    const bool lIsAggregate = 24 == (aPayload[0] & 0x1F) && aPayload.size() > 3;
+    return 9 == (aPayload[lIsAggregate ? 3 : 0] & 0x1F);
+}
+
+void TakeAnything(Input& aInput, bool aIsTolerant) {
     const bool lFlushes = aInput.Flag();
     const std::vector<Arrival> lArrivals = ReadArrivals(aInput);
-    Chain lChain(kFormat, "");
+    Chain lChain(kFormat, "", aIsTolerant);
     for (const Arrival& lArrival : lArrivals) {
         FUZZ_CHECK(lChain.Push(lArrival) <= 2);
     }
     if (lFlushes) { lChain.Flush(); }
     lChain.EndStream();
 
-    const auto lUnits = AccessUnits(lArrivals);
+    auto lUnits = AccessUnits(lArrivals);
     auto lUnit = lUnits.begin();
     for (const PacketPtr& lSample : lChain.Samples()) {
         // In order, at most one for each access unit, at the time of its first packet.
-        while (lUnit != lUnits.end() && (lUnit->empty() || lUnit->front() != Chain::PlaceOf(lSample))) {
+        const std::size_t lPlace = Chain::PlaceOf(lSample);
+        while (lUnit != lUnits.end() && (lUnit->empty() || lUnit->back() < lPlace)) {
             ++lUnit;
         }
-        FUZZ_CHECK(lUnit != lUnits.end());
-        CheckSample(lSample, lArrivals, *lUnit++);
+        FUZZ_CHECK(lUnit != lUnits.end() && lUnit->front() <= lPlace);
+        const bool lIsDelimited = aIsTolerant && BeginsWithDelimiter(lArrivals[lPlace].mPayload);
+        FUZZ_CHECK(lIsDelimited || lUnit->front() == lPlace);
+        CheckSample(lSample, lArrivals,
+                    {lUnit->begin() + static_cast<std::ptrdiff_t>(lPlace - lUnit->front()), lUnit->end()});
+        // What has begun is behind that.
+        lUnit->erase(lUnit->begin(), lUnit->begin() + static_cast<std::ptrdiff_t>(lPlace - lUnit->front() + 1));
+        if (!aIsTolerant) { ++lUnit; }
     }
 }
 
@@ -135,7 +148,7 @@ Bytes ReadUnit(Input& aInput) {
     return lUnit;
 }
 
-void ComeThrough(Input& aInput) {
+void ComeThrough(Input& aInput, bool aIsTolerant) {
     Packetizer lPacketizer;
     lPacketizer.mSeq = static_cast<std::uint16_t>(aInput.Word16());
     std::vector<Bytes> lExpected;
@@ -160,22 +173,29 @@ void ComeThrough(Input& aInput) {
             if (lPacketizer.Fragments(lUnit, lSize, lLost)) { lExpected.push_back(lUnit); }
         }
     }
-    Chain lChain(kFormat, "");
+    Chain lChain(kFormat, "", aIsTolerant);
     for (const Arrival& lArrival : lPacketizer.mArrivals) {
-        FUZZ_CHECK(0 == lChain.Push(lArrival));
+        FUZZ_CHECK(lChain.Push(lArrival) <= (aIsTolerant ? 1 : 0));
     }
     lChain.EndStream();
-    FUZZ_CHECK(lChain.Samples().size() == (lExpected.empty() ? 0 : 1));
-    if (!lExpected.empty()) { FUZZ_CHECK(UnitsOf(Chain::BytesOf(lChain.Samples()[0])) == lExpected); }
+    FUZZ_CHECK(aIsTolerant || lChain.Samples().size() == (lExpected.empty() ? 0 : 1));
+    std::vector<Bytes> lUnits;
+    for (const PacketPtr& lSample : lChain.Samples()) {
+        const std::vector<Bytes> lOfSample = UnitsOf(Chain::BytesOf(lSample));
+        lUnits.insert(lUnits.end(), lOfSample.begin(), lOfSample.end());
+    }
+    FUZZ_CHECK(lUnits == lExpected);
 }
 
 }  // namespace
 
 void Run(Input& aInput) {
-    if (aInput.Flag()) {
-        ComeThrough(aInput);
+    const unsigned lFlags = aInput.Byte();
+    const bool lIsTolerant = 0 != (lFlags & 2);
+    if (0 != (lFlags & 1)) {
+        ComeThrough(aInput, lIsTolerant);
     } else {
-        TakeAnything(aInput);
+        TakeAnything(aInput, lIsTolerant);
     }
 }
 

@@ -48,6 +48,79 @@ bool CrossesWrap(unsigned aSeq, const std::vector<Bytes>& aPieces) {
     return aSeq + aPieces.size() > 0x10000;
 }
 
+/// The bytes of as many packets as a frame that begins with that one has, each the next and of one time.
+Bytes FrameAt(const std::vector<Arrival>& aArrivals, std::size_t aPlace, std::size_t aSize) {
+    Bytes lFrame = aArrivals.at(aPlace).mPayload;
+    for (std::size_t lIdx = aPlace + 1; lFrame.size() < aSize; ++lIdx) {
+        FUZZ_CHECK(lIdx < aArrivals.size());
+        const Arrival& lBefore = aArrivals[lIdx - 1];
+        const Arrival& lArrival = aArrivals[lIdx];
+        FUZZ_CHECK(static_cast<std::uint16_t>(lBefore.mSeq + 1) == lArrival.mSeq);
+        FUZZ_CHECK(lBefore.mTimestamp == lArrival.mTimestamp);
+        lFrame.insert(lFrame.end(), lArrival.mPayload.begin(), lArrival.mPayload.end());
+    }
+    return lFrame;
+}
+
+/// A frame is delivered with the packet behind it, and is packets as they came, none of them twice.
+void TakeAnythingTolerantly(Input& aInput) {
+    const bool lFlushes = aInput.Flag();
+    const std::vector<Arrival> lArrivals = ReadArrivals(aInput);
+    Chain lChain(kFormat, "", true);
+    for (const Arrival& lArrival : lArrivals) {
+        FUZZ_CHECK(lChain.Push(lArrival) <= 1);
+    }
+    if (lFlushes) { lChain.Flush(); }
+    lChain.EndStream();
+    std::size_t lDelivered = 0;
+    std::size_t lLast = 0;
+    for (const PacketPtr& lSample : lChain.Samples()) {
+        const Bytes lBytes = Chain::BytesOf(lSample);
+        const std::size_t lPlace = Chain::PlaceOf(lSample);
+        FUZZ_CHECK(BeginsWithStartCode(lBytes) && (0 == lDelivered || lLast < lPlace));
+        FUZZ_CHECK(FrameAt(lArrivals, lPlace, lBytes.size()) == lBytes);
+        lLast = lPlace;
+        lDelivered += lBytes.size();
+    }
+    FUZZ_CHECK(lDelivered <= TotalSize(lArrivals));
+}
+
+/// Frames with the marker on their first packet, on their last, or on both.
+void ComeThroughTolerantly(Input& aInput) {
+    Chain lChain(kFormat, "", true);
+    Arrival lArrival;
+    lArrival.mSeq = static_cast<std::uint16_t>(aInput.Word16());
+    std::vector<Bytes> lFrames;
+    bool lIsWhole = true;
+    while (!aInput.Empty() && lIsWhole) {
+        const std::uint8_t lSize = static_cast<std::uint8_t>(std::max<unsigned>(aInput.Byte(), 3));
+        const unsigned lMarkers = aInput.Byte();
+        Bytes lFrame = {0, 0, 1};
+        const Bytes lData = aInput.Chunk();
+        lFrame.insert(lFrame.end(), lData.begin(), lData.end());
+        const std::vector<Bytes> lPieces = Cut(lFrame, {lSize});
+        lIsWhole = !HasStartCodeInside(lPieces);
+        if (!lIsWhole) { break; }
+        lFrames.push_back(lFrame);
+        for (std::size_t lIdx = 0; lIdx < lPieces.size(); ++lIdx) {
+            lArrival.mPayload = lPieces[lIdx];
+            lArrival.mMarker =
+                (0 == lIdx && 0 != (lMarkers & 1)) || (lPieces.size() == lIdx + 1 && 0 != (lMarkers & 2));
+            lChain.Push(lArrival);
+            ++lArrival.mSeq;
+        }
+        ++lArrival.mTimestamp;
+    }
+    // What comes behind the last frame shows that it is whole.
+    lArrival.mPayload = {0, 0, 1};
+    lArrival.mMarker = false;
+    lChain.Push(lArrival);
+    FUZZ_CHECK(lChain.Samples().size() == lFrames.size());
+    for (std::size_t lIdx = 0; lIdx < lFrames.size(); ++lIdx) {
+        FUZZ_CHECK(Chain::BytesOf(lChain.Samples()[lIdx]) == lFrames[lIdx]);
+    }
+}
+
 void ComeThrough(Input& aInput) {
     Chain lChain(kFormat, "");
     unsigned lSeq = aInput.Word16();
@@ -77,10 +150,11 @@ void ComeThrough(Input& aInput) {
 }  // namespace
 
 void Run(Input& aInput) {
-    if (aInput.Flag()) {
-        ComeThrough(aInput);
-    } else {
-        TakeAnything(aInput);
+    switch (aInput.Byte() & 3) {
+        case 0: return TakeAnything(aInput);
+        case 1: return ComeThrough(aInput);
+        case 2: return TakeAnythingTolerantly(aInput);
+        default: return ComeThroughTolerantly(aInput);
     }
 }
 

@@ -1,10 +1,12 @@
-// A session description: every value is a piece of one of its lines, and how lines end makes no difference.
+// A session description: every value is a piece of one of its lines, and how lines end makes no difference. Brought
+// into the form that the parser knows, it is one as well.
 
 #include "SDP/Parser.hpp"
 
 #include <set>
 
 #include "Player/Exception.hpp"
+#include "SDP/Normalized.hpp"
 #include "support/Target.hpp"
 
 namespace Fuzz {
@@ -99,19 +101,36 @@ Bytes WithLineEnds(const Bytes& aText, const std::string& aEnd) {
     return lText;
 }
 
+std::size_t MediaIn(const std::string& aText) {
+    std::size_t lCount = 0;
+    for (std::size_t lAt = aText.find("m="); std::string::npos != lAt; lAt = aText.find("m=", lAt + 2)) {
+        ++lCount;
+    }
+    return lCount;
+}
+
+void CheckNormalized(const std::string& aText) {
+    const std::string lText = Player::NormalizedSDP(aText);
+    FUZZ_CHECK(lText == Player::NormalizedSDP(lText));
+    // Each line has a blank and an end of its own at most.
+    FUZZ_CHECK(lText.size() <= 4 * aText.size() && MediaIn(lText) <= MediaIn(aText));
+    const Bytes lBytes(lText.begin(), lText.end());
+    if (!HasRoomForVersion(lBytes)) { return; }
+    for (const PropertiesPtr& lMedia : Parse(lBytes).mMedia) {
+        CheckBag(*lMedia, lText, kMediaKeys);
+    }
+}
+
 }  // namespace
 
 void Run(Input& aInput) {
     const Bytes lText = aInput.Rest();
+    CheckNormalized(AsText(lText));
     if (!HasRoomForVersion(lText)) { return; }
     const Description lDescription = Parse(lText);
     const std::string lWhole = AsText(lText);
     if (lDescription.mSession) { CheckBag(*lDescription.mSession, lWhole, kSessionKeys); }
-    std::size_t lMediaLines = 0;
-    for (std::size_t lAt = lWhole.find("m="); std::string::npos != lAt; lAt = lWhole.find("m=", lAt + 2)) {
-        ++lMediaLines;
-    }
-    FUZZ_CHECK(lDescription.mMedia.size() <= lMediaLines);
+    FUZZ_CHECK(lDescription.mMedia.size() <= MediaIn(lWhole));
     for (const PropertiesPtr& lMedia : lDescription.mMedia) {
         CheckBag(*lMedia, lWhole, kMediaKeys);
     }
