@@ -8,7 +8,11 @@ set -eu
 
 cd "$(dirname "$0")/.."
 build=$PWD/build/debug
-scripts/setup.sh vlc-bin vlc-plugin-base rtsp-server-perl nodejs npm iproute2 util-linux openssl glib-networking
+# A Node.js from elsewhere brings its own npm and suffers no other.
+node="nodejs npm"
+command -v node >/dev/null && command -v npm >/dev/null && node=""
+# shellcheck disable=SC2086  # a list of words
+scripts/setup.sh vlc-bin vlc-plugin-base rtsp-server-perl $node iproute2 util-linux
 
 export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
 [ -f "$build/build.ninja" ] || cmake --preset debug >/dev/null

@@ -13,7 +13,7 @@ packages="
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
     gstreamer1.0-plugins-ugly gstreamer1.0-libav
     libgtest-dev libgmock-dev libbenchmark-dev
-    ffmpeg python3 groff-base valgrind zsh fish
+    ffmpeg python3 groff-base valgrind zsh fish openssl glib-networking
     $*
 "
 

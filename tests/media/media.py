@@ -48,6 +48,21 @@ def visual_clip(frames):
     return path
 
 
+def certificate():
+    """A file with a certificate of the loopback that vouches for itself, and its key; made once and kept."""
+    path = CLIPS / "loopback.pem"
+    if not path.exists():
+        CLIPS.mkdir(parents=True, exist_ok=True)
+        unfinished = path.with_suffix(f".{os.getpid()}")
+        made = subprocess.run(
+            ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+             "-days", "3650", "-subj", "/CN=loopback", "-addext", "subjectAltName=IP:127.0.0.1,IP:::1", "-keyout", "-"],
+            check=True, capture_output=True, timeout=PATIENCE)
+        unfinished.write_bytes(made.stdout)
+        unfinished.rename(path)
+    return str(path)
+
+
 @contextlib.contextmanager
 def server(*options):
     """Runs the server program and gives its URL."""

@@ -89,20 +89,6 @@ def running(*command, **options):
             process.wait()
 
 
-def certificate():
-    """A file with a certificate of the loopback that vouches for itself, and its key; made once and kept."""
-    path = media.CLIPS / "loopback.pem"
-    if not path.exists():
-        unfinished = path.with_suffix(f".{os.getpid()}")
-        made = subprocess.run(
-            ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
-             "-days", "3650", "-subj", "/CN=loopback", "-addext", "subjectAltName=IP:127.0.0.1,IP:::1", "-keyout", "-"],
-            check=True, capture_output=True, timeout=PATIENCE)
-        unfinished.write_bytes(made.stdout)
-        unfinished.rename(path)
-    return str(path)
-
-
 def gst(*options):
     """Our server program, which serves the clip whole to each client."""
     @contextlib.contextmanager
@@ -202,7 +188,7 @@ def servers():
         Server("gst-rtsp-server, UDP only", gst("--udp-only"), ("udp", "udp,tcp"), ("udp", "udp,tcp")),
         # In classic the first description of a type speaks for all tracks of that type.
         Server("gst-rtsp-server, two videos", gst("--twice"), classic=(), tracks=2),
-        Server("gst-rtsp-server, TLS", gst("--certificate", certificate()), ("tcp", "udp,tcp"), ()),
+        Server("gst-rtsp-server, TLS", gst("--certificate", media.certificate()), classic=()),
         Server("gst-rtsp-server, IPv6", gst("--address", "::1"), classic=()),
         Server("VLC", vlc, ("udp", "udp,tcp"), (), live=True),
         # It answers nothing to a track at a URL that it does not know.
@@ -235,7 +221,7 @@ def play_with_tool(server, url, transport, profile, folder, _):
     command += ["--seconds", str(LIVE_PICTURES / 25), *BUFFER] if server.live else BUFFER
     command += ["--user", USER[0]] if server.user else []
     if url.startswith("rtsps:"):
-        command += ["--config", f"RTSP:TLSAuthorities={certificate()}"]
+        command += ["--config", f"RTSP:TLSAuthorities={media.certificate()}"]
     result = subprocess.run(command, capture_output=True, text=True, timeout=PATIENCE,
                             env=dict(os.environ, VIRERTSP_PASSWORD=USER[1]))
     if result.returncode != 0:
@@ -260,7 +246,7 @@ def play_with_element(server, url, transport, profile, folder, enough):
             f"transports={transport.replace(',', '+')}", "rtp-buffer-size=0",
             "timeout-rtsp-after=3"]
     line += [f"user-id={USER[0]}", f"user-pw={USER[1]}"] if server.user else []
-    line += [f"tls-authorities={certificate()}"] if url.startswith("rtsps:") else []
+    line += [f"tls-authorities={media.certificate()}"] if url.startswith("rtsps:") else []
     for track, file in enumerate(files):
         line += [f"source.src{track}", "!"]
         line += ["queue", "!", "filesink", "buffer-mode=unbuffered", f"location={file}"]
