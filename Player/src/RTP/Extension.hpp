@@ -4,7 +4,6 @@
 #include <limits>
 #include <optional>
 
-#include "Player/Mem.hpp"
 #include "Player/Types.hpp"
 
 namespace Player::RTP {
@@ -33,8 +32,11 @@ public:
     /// A new play range begins here. The count goes on from where it is, or that many numbers further.
     void SetBase(Number aBase, Wide aStep = 0) {
         mOffset += Count(mCycles, mHighest) - mBase + aStep;
+        mLead = 0;
         StartAt(aBase);
     }
+    /// Numbers up to so many before the base belong to the play range as well; they count below 0.
+    void Admit(Number aLead) { mLead = aLead; }
     /// The play range begins with the first number seen. A base of 0 stands for "not known".
     void LearnBase(Number aNumber) {
         if (0 == mBase) { mBase = mHighest = aNumber; }
@@ -52,8 +54,9 @@ public:
         Wide lCycle = mCycles;
         const bool lIsOlder = static_cast<Number>(aNumber - mHighest) > std::numeric_limits<Number>::max() / 2;
         if (lIsOlder) {
-            if (aNumber > mHighest && 0 == lCycle--) { return std::nullopt; }
-            if (0 == lCycle && aNumber < mBase) { return std::nullopt; }
+            if (aNumber > mHighest) { --lCycle; }
+            const bool lIsBefore = lCycle > mCycles || (0 == lCycle && aNumber < mBase);
+            if (lIsBefore && static_cast<Number>(mBase - aNumber) > mLead) { return std::nullopt; }
         } else if (aNumber < mHighest) {
             ++lCycle;
         }
@@ -61,8 +64,9 @@ public:
     }
 
     void Accept(const Place& aPlace) {
-        mCycles = static_cast<Number>(Util::Max<Wide>(mCycles, aPlace.mCycle));
-        if (!aPlace.mIsOlder) { mHighest = aPlace.mNumber; }
+        if (aPlace.mIsOlder) { return; }
+        mCycles = static_cast<Number>(aPlace.mCycle);
+        mHighest = aPlace.mNumber;
     }
 
 private:
@@ -76,6 +80,7 @@ private:
     Number mBase = 0;
     Number mHighest = 0;
     Number mCycles = 0;
+    Number mLead = 0;
     Wide mOffset = 0;
 };
 

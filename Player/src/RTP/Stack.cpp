@@ -115,7 +115,8 @@ bool Stack::TakeRTP(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& 
 
     // Too late: what follows it in both orders has been handed out. It has counted as received all the same.
     const long long lTimestampExt = static_cast<long long>(lTimestamp->mExtended);
-    if (lSeq->mExtended <= mRun.mPoppedIndex && lTimestampExt < mRun.mPoppedTimestamp) {
+    const bool lIsEarlier = lSeq->mExtended <= mRun.mPoppedIndex && lTimestampExt < mRun.mPoppedTimestamp;
+    if (mRun.mHasPopped && lIsEarlier) {
         mRun.mPacketsLate += 1;
         return false;
     }
@@ -213,6 +214,7 @@ SharedPtr<Packets::RTP, SharedObject> Stack::Pop() {
     lPacket.Swap(mRun.mQueue.front());
     mRun.mQueue.pop_front();
     mHeld.Remove(Occupied(*lPacket));
+    mRun.mHasPopped = true;
     mRun.mPoppedIndex = lPacket->SeqNumberExt();
     mRun.mPoppedTimestamp = lPacket->TimestampExt();
     lPacket->SetPlayTime(AdjustedCurrentTime());

@@ -46,9 +46,11 @@ public:
     /// First sequence number of the play range; indices go on from where they are.
     /// They are `aStep` behind the last one; without a step the first packet counts as that one.
     void SetSeqBase(unsigned short aSeq, UInt aStep = 0);
-    /// RTP timestamp at the start of the play range; play times go on from where they are.
-    void SetTimeBase(unsigned int aTimestamp) {
+    /// RTP timestamp at the start of the play range; play times go on from where they are. What is numbered within the
+    /// range may be up to `aLead` before it.
+    void SetTimeBase(unsigned int aTimestamp, UInt aLead = 0) {
         mTimestamp.SetBase(aTimestamp);
+        mTimestamp.Admit(aLead);
         mLearnsTime = false;
     }
     /// The next packet says where both begin, unless they are set before; its number then follows by `aStep`.
@@ -136,6 +138,7 @@ private:
         Reception::End mEnd = Reception::End::kRunning;
         /// Ascending by index; two can be equal.
         Queue mQueue;
+        bool mHasPopped = false;
         UInt mPoppedIndex = 0;
         long long mPoppedTimestamp = 0;
     };

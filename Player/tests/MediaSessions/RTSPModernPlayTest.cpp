@@ -212,6 +212,34 @@ TEST_F(RTSPModernPlayTest, ALongFrameIsTaken) {
     EXPECT_EQ(2U, Received());
 }
 
+/// VLC's first picture but two is shown before the first.
+TEST_F(RTSPModernPlayTest, APictureThatIsShownBeforeTheFirstIsTaken) {
+    const struct {
+        const char* mInfo;
+        UInt mReceived;
+    } lCases[] = {{"seq=1;rtptime=180000", 3}, {"rtptime=180000", 2}, {"seq=2;rtptime=180000", 2}};
+    mPlayer.SetConfigParam("RTSP:Transports", "tcp");
+    for (const auto& lCase : lCases) {
+        std::string lStart = Start("TCP 0");
+        lStart.insert(lStart.size() - 1, std::string(" | RTP-Info: url=video;") + lCase.mInfo);
+        ServePackets(lStart + R"(
+            SPLIT
+            S$ 0 {p1}
+            S$ 0 {p2}
+            S$ 0 {p3}
+            NOTIFY sent
+        )");
+        mServer->Set("p1", Packet(1, 180000));
+        mServer->Set("p2", Packet(2, 190800));
+        mServer->Set("p3", Packet(3, 176400));
+        Play();
+        DoUntil("sent", [this] { mPlayer.Fill(0); });
+        mPlayer.Fill(0);
+        EXPECT_EQ(lCase.mReceived, Received()) << lCase.mInfo;
+        EXPECT_EQ("", mServer->Failure());
+    }
+}
+
 /// All pictures around a pause come out, with what the server says about the resume.
 class RTSPModernPauseTest : public RTSPModernPlayTest, public testing::WithParamInterface<const char*> {};
 

@@ -49,6 +49,23 @@ TEST(ExtensionTest, NothingLiesBeforeTheBase) {
     EXPECT_TRUE(lSeq.Find(100)->mIsOlder);
 }
 
+TEST(ExtensionTest, WhatIsAdmittedBeforeTheBaseCountsBelowZero) {
+    for (const std::uint16_t lBase : {std::uint16_t{100}, std::uint16_t{5}}) {
+        SequenceExtension lSeq;
+        lSeq.SetBase(lBase);
+        lSeq.Admit(10);
+        const auto lBefore = [lBase](int aCount) { return static_cast<std::uint16_t>(lBase - aCount); };
+        EXPECT_EQ(static_cast<std::uint32_t>(-10), Take(lSeq, lBefore(10)));
+        EXPECT_FALSE(lSeq.Find(lBefore(11)));
+        EXPECT_EQ(0U, Take(lSeq, lBase));
+        EXPECT_EQ(20U, Take(lSeq, lBefore(-20)));
+        EXPECT_EQ(static_cast<std::uint32_t>(-1), Take(lSeq, lBefore(1)));
+        EXPECT_EQ(21U, lSeq.Expected());
+        lSeq.SetBase(lBase);
+        EXPECT_FALSE(lSeq.Find(lBefore(1))) << "of the range before";
+    }
+}
+
 TEST(ExtensionTest, BaseCountsOnlyInTheFirstCycle) {
     SequenceExtension lSeq;
     lSeq.SetBase(60000);

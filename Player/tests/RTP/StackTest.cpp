@@ -186,6 +186,22 @@ TEST_F(StackTest, NothingBeforeThePlayRange) {
     EXPECT_EQ(1U, mStack.GetReception().mPacketsReceived);
 }
 
+TEST_F(StackTest, PicturesMayBeShownShortlyBeforeThePlayRange) {
+    for (const UInt lBase : {50000U, 10U}) {
+        mStack.Reset();
+        mStack.SetSeqBase(100);
+        mStack.SetTimeBase(lBase, 4000);
+        EXPECT_TRUE(Take(Packet().Seq(100).Timestamp(lBase - 4000))) << "the first";
+        EXPECT_TRUE(Take(Packet().Seq(101).Timestamp(lBase + 3600)));
+        EXPECT_TRUE(mStack.Pop() && mStack.Pop());
+        EXPECT_FALSE(Take(Packet().Seq(102).Timestamp(lBase - 4001)));
+        EXPECT_FALSE(Take(Packet().Seq(99).Timestamp(lBase - 1))) << "of the range before";
+        ASSERT_TRUE(Take(Packet().Seq(102).Timestamp(lBase - 3600)));
+        EXPECT_EQ(-3600, mStack.Pop()->TimestampExt());
+        EXPECT_FALSE(Take(Packet().Seq(101).Timestamp(lBase - 3601))) << "too late";
+    }
+}
+
 TEST_F(StackTest, PacketDroppedForItsTimestampDoesNotMoveTheSequence) {
     mStack.SetTimeBase(5000);
     EXPECT_TRUE(Take(Packet().Seq(10).Timestamp(5000)));

@@ -80,6 +80,8 @@ public:
     virtual bool KeepsAlive() const = 0;
     /// What is received first behind a resume is numbered on by so much from the last before.
     virtual UInt StepOverPause() const = 0;
+    /// What is numbered within the play range is taken although its time is so many seconds before it, at most.
+    virtual UInt SecondsBeforeStart() const = 0;
     /// Whether interleaved media that come before the answer to the first PLAY belong to it.
     virtual bool KeepsEarlyMedia() const = 0;
     /// Whether that refusal of a PAUSE says that the server does not play any more, so that there is nothing to pause.
@@ -130,6 +132,7 @@ public:
     bool RefusesMulticast() const override { return false; }
     bool KeepsAlive() const override { return false; }
     UInt StepOverPause() const override { return 0; }
+    UInt SecondsBeforeStart() const override { return 0; }
     bool KeepsEarlyMedia() const override { return false; }
     bool HasStopped(UInt /*aStatus*/) const override { return false; }
     UInt LargestFrame() const override { return 1500; }
@@ -165,6 +168,7 @@ public:
     bool RefusesMulticast() const override { return true; }
     bool KeepsAlive() const override { return true; }
     UInt StepOverPause() const override { return 1; }
+    UInt SecondsBeforeStart() const override { return 1; }
     bool KeepsEarlyMedia() const override { return true; }
     /// The end has been sent, and may still be on its way through the queues here.
     bool HasStopped(UInt aStatus) const override { return 0x455 == aStatus; }

@@ -36,8 +36,11 @@ void RTSP::SetTrackVars(TrackIdx aIdx, const TransportHeader& aVars) {
     }
     // Zero is what servers say that do not know.
     const auto lIsKnown = [this](const auto& aVar) { return aVar && (Speaks().NeedsRTPInfo() || 0 != *aVar); };
-    if (lIsKnown(aVars.mSeq)) { lStack.SetSeqBase(*aVars.mSeq, Speaks().StepOverPause()); }
-    if (lIsKnown(aVars.mRTPTime)) { lStack.SetTimeBase(*aVars.mRTPTime); }
+    const bool lKnowsSeq = lIsKnown(aVars.mSeq);
+    if (lKnowsSeq) { lStack.SetSeqBase(*aVars.mSeq, Speaks().StepOverPause()); }
+    // Without the number of the first packet its time alone tells the range from the one before.
+    const UInt lLead = lKnowsSeq ? Speaks().SecondsBeforeStart() * lStack.GetTimeRes() : 0;
+    if (lIsKnown(aVars.mRTPTime)) { lStack.SetTimeBase(*aVars.mRTPTime, lLead); }
     if (aVars.mSource) { mTransport->SetTrackRemoteIP(aIdx, *aVars.mSource); }
     if (aVars.mServerPorts) { mTransport->SetTrackRemotePorts(aIdx, *aVars.mServerPorts); }
     if (aVars.mChannels) { mTransport->SetInterLeavedChannelIdentifier(aIdx, *aVars.mChannels); }
