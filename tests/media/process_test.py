@@ -99,6 +99,26 @@ class InterruptTest(unittest.TestCase):
                 self.assertEqual("TEARDOWN", server.names()[-1])
 
 
+class CommandsTest(unittest.TestCase):
+    def run_tool(self, *words):
+        result = subprocess.run([media.VIRERTSP, *words], capture_output=True, text=True, timeout=media.PATIENCE,
+                                stdin=subprocess.DEVNULL)
+        return result.returncode, result.stdout, result.stderr
+
+    def test_help_and_mistakes(self):
+        everything = self.run_tool("--help")
+        self.assertEqual((0, ""), (everything[0], everything[2]))
+        self.assertIn("  virertsp --version\n", everything[1])
+        for words in (["-h"], ["help"], ["help", "nothing"]):
+            self.assertEqual(everything, self.run_tool(*words), words)
+        self.assertEqual((2, "", everything[1]), self.run_tool())
+        self.assertEqual(self.run_tool("record", "--help"), self.run_tool("help", "record"))
+        self.assertEqual((2, "", 'virertsp: There is no command "recrod"; virertsp --help lists them.\n'),
+                         self.run_tool("recrod", "--output", "clip", "rtsp://127.0.0.1:9/clip"))
+        self.assertEqual((2, "", "virertsp: --user needs a password, in the environment's VIRERTSP_PASSWORD or typed on "
+                          "a terminal.\n"), self.run_tool("probe", "--user", "me", "rtsp://127.0.0.1:9/clip"))
+
+
 class PortsTest(unittest.TestCase):
     def ports(self, run):
         """What each of three processes asks for."""

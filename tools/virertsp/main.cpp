@@ -30,7 +30,7 @@ constexpr Command kCommands[] = {
 };
 
 void PrintHelp(std::FILE* aOut) {
-    std::fprintf(aOut, "Usage:\n  virertsp COMMAND [OPTION...] URL\n\nCommands:\n");
+    std::fprintf(aOut, "Usage:\n  virertsp COMMAND [OPTION...] URL\n  virertsp --version\n\nCommands:\n");
     for (const Command& lCommand : kCommands) {
         std::fprintf(aOut, "  %-10s %s\n", lCommand.mName, lCommand.mSummary);
     }
@@ -43,6 +43,10 @@ const Command* Find(const char* aName) {
         if (0 == std::strcmp(aName, lCommand.mName)) { return &lCommand; }
     }
     return nullptr;
+}
+
+bool IsHelp(const std::string& aWord) {
+    return "help" == aWord || "--help" == aWord || "-h" == aWord;
 }
 
 /// For the completion of shells: "--complete WORD...", see `Candidates`.
@@ -79,10 +83,18 @@ int main(int argc, char** argv) {
                                      : "rtsps and passwords: no, built without GnuTLS\n");
         return Virertsp::kExitOk;
     }
-    const bool lHelp = 0 == std::strcmp(lName, "--help") || 0 == std::strcmp(lName, "-h");
+    const bool lHelp = IsHelp(lName);
     if (!lHelp && argc > 1) {
-        Virertsp::PrintError(std::string("there is no command \"") + lName + "\"");
-        std::fputs("\n", stderr);
+        Virertsp::PrintError(std::string("There is no command \"") + lName + "\"; virertsp --help lists them.");
+        return Virertsp::kExitUsage;
+    }
+    // "help COMMAND"
+    if (lHelp && argc > 2) {
+        if (const Command* const lCommand = Find(argv[2])) {
+            char lOption[] = "--help";
+            char* lArguments[] = {argv[2], lOption, nullptr};
+            return lCommand->mRun(2, lArguments);
+        }
     }
     PrintHelp(lHelp ? stdout : stderr);
     return lHelp ? Virertsp::kExitOk : Virertsp::kExitUsage;

@@ -1,5 +1,9 @@
 #include "commands/Configuration.hpp"
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
 #include "Failure.hpp"
 #include "Player/Keys.hpp"
 #include "Player/String.hpp"
@@ -46,6 +50,11 @@ constexpr Option kSettings[] = {
     {Setting::kUseDeviceStr, "device in User-Agent"},
 };
 
+constexpr std::string_view kNumbers[] = {
+    Setting::kTimeOutAfter,  Setting::kTimeOutRTPAfter,   Setting::kTargetRTPBuffer, Setting::kUseUDPPortsFrom,
+    Setting::kUseUDPPortsTo, Setting::kUseInterleavedRTP, Setting::kUDPBuffer,
+};
+
 void Take(const std::string& aPair, Values& aValues) {
     const std::size_t lEquals = aPair.find('=');
     if (std::string::npos == lEquals) { throw Failure(kExitUsage, "\"" + aPair + "\" is not KEY=VALUE."); }
@@ -59,6 +68,20 @@ void Take(const std::string& aPair, Values& aValues) {
     throw Failure(kExitUsage, "There is no setting \"" + lKey + "\"; --help lists them.");
 }
 
+/// The library takes its default for these and says so in a report alone, which is seldom shown.
+void CheckSpelling(const Values& aValues) {
+    for (const auto& lValue : aValues) {
+        const std::string& lText = lValue.second;
+        if (Setting::kProfile == lValue.first && !lText.empty() && "modern" != lText && "classic" != lText) {
+            throw Failure(kExitUsage, lValue.first + " takes modern or classic.");
+        }
+        const bool lIsNumber = std::end(kNumbers) != std::find(std::begin(kNumbers), std::end(kNumbers), lValue.first);
+        if (lIsNumber && std::string::npos != lText.find_first_not_of("0123456789")) {
+            throw Failure(kExitUsage, lValue.first + " takes a whole number.");
+        }
+    }
+}
+
 unsigned Number(const Values& aValues, const char* aKey, unsigned aDefault) {
     const auto lFound = aValues.find(aKey);
     return aValues.end() == lFound ? aDefault : Player::DecimalToUInt(lFound->second, aDefault);
@@ -66,6 +89,7 @@ unsigned Number(const Values& aValues, const char* aKey, unsigned aDefault) {
 
 /// What the library asserts is ours to refuse.
 void Check(const Values& aValues) {
+    CheckSpelling(aValues);
     if (0 == Number(aValues, kTimeOut, kDefaultTimeOut)) {
         throw Failure(kExitUsage, std::string(kTimeOut) + " must not be 0.");
     }

@@ -1,5 +1,11 @@
 #include "commands/Record.hpp"
 
+#include <strings.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+
 #include "Failure.hpp"
 #include "Player/String.hpp"
 #include "commands/Interrupt.hpp"
@@ -20,6 +26,9 @@ constexpr char kSummary[] =
     "or with an --output that ends in .mp4 or .mkv all tracks into that one file.\n"
     "Tracks that can't be written are told and dropped while the others go on.";
 
+constexpr const char* kForeignEndings[] = {".264", ".3gp", ".aac", ".amr", ".avi", ".flv", ".h264", ".m4a", ".m4v",
+                                           ".mka", ".mov", ".mp3", ".mpg", ".ogg", ".ts",  ".wav",  ".webm"};
+
 /// Numbers with commas between them.
 std::set<Player::TrackIdx> Chosen(const std::string& aText) {
     std::set<Player::TrackIdx> lChosen;
@@ -32,6 +41,18 @@ std::set<Player::TrackIdx> Chosen(const std::string& aText) {
         lChosen.insert(Player::DecimalToUInt(lNumber));
     }
     return lChosen;
+}
+
+/// A name that means a file, of a kind that is not written, would become a directory.
+void CheckOutput(const std::string& aPath) {
+    if (aPath.empty()) { throw Failure(kExitUsage, "Missing --output DIR."); }
+    const std::string lEnding = std::filesystem::path(aPath).extension();
+    const bool lIsForeign = std::any_of(std::begin(kForeignEndings), std::end(kForeignEndings),
+                                        [&](const char* aEnding) { return 0 == strcasecmp(aEnding, lEnding.c_str()); });
+    std::error_code lNone;
+    if (lIsForeign && !std::filesystem::is_directory(aPath, lNone)) {
+        throw Failure(kExitUsage, "--output takes a directory, or a file that ends in .mp4 or .mkv.");
+    }
 }
 
 /// False when only help was wanted.
@@ -63,7 +84,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     aReconnect = FALSE != lReconnect;
     aSettings.mChosen = Chosen(lTracks.Value());
     if (nullptr != lSplit.mText) { aSettings.mSplit = Split::Of(lSplit.Value()); }
-    if (lGoOn && aSettings.mDirectory.empty()) { throw Failure(kExitUsage, "Missing --output DIR."); }
+    if (lGoOn) { CheckOutput(aSettings.mDirectory); }
     return lGoOn;
 }
 

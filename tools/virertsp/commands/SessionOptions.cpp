@@ -39,7 +39,10 @@ std::string Password() {
     const char* const lGiven = std::getenv(kPasswordVariable);
     if (nullptr != lGiven) { return lGiven; }
     const char* const lTyped = 0 != isatty(STDIN_FILENO) ? getpass("Password: ") : nullptr;
-    if (nullptr == lTyped) { throw Failure(kExitUsage, std::string("--user needs ") + kPasswordVariable + "."); }
+    if (nullptr == lTyped) {
+        throw Failure(kExitUsage, "--user needs a password, in the environment's " + std::string(kPasswordVariable) +
+                                      " or typed on a terminal.");
+    }
     return lTyped;
 }
 
@@ -198,7 +201,7 @@ Failure SessionOptions::WithAdvice(const Failure& aFailure, const Player::Except
 }
 
 double Seconds(double aValue) {
-    if (!(aValue >= 0 && aValue < 1e9)) { throw Failure(kExitUsage, "--seconds can't be that."); }
+    if (!(aValue >= 0 && aValue < 1e9)) { throw Failure(kExitUsage, "--seconds takes a number from 0 to 1000000000."); }
     return aValue;
 }
 

@@ -10,6 +10,7 @@
 #include "recording/Reconnection.hpp"
 #include "support/Packets.hpp"
 #include "support/ScriptedServer.hpp"
+#include "writers/Container.hpp"
 
 namespace Virertsp {
 namespace {
@@ -513,6 +514,8 @@ TEST(RecordTest, MistakesOnTheCommandLine) {
              {lURL, "-o", "/dev/null", "-c", "no equals sign"},
              {lURL, "-o", "/dev/null", "-c", "RTSP:TimeoutAfter=5"},
              {lURL, "-o", "/dev/null", "-c", "RTSP:TimeOutAfter=0"},
+             {lURL, "-o", "/dev/null", "-c", "RTSP:TimeOutAfter=5s"},
+             {lURL, "-o", "/dev/null", "-c", "RTSP:Profile=clasic"},
              {lURL, "-o", "/dev/null", "-c", "RTSP:UseUDPPortsFrom=65536"},
              {lURL, "-o", "/dev/null", "-c", "RTSP:UseUDPPortsTo=65537"},
              {lURL, "-o", "/dev/null", "-c", "RTSP:UseUDPPortsFrom=6001", "-c", "RTSP:UseUDPPortsTo=6000"},
@@ -521,6 +524,44 @@ TEST(RecordTest, MistakesOnTheCommandLine) {
         EXPECT_EQ(kExitUsage, lOutcome.mCode) << ::testing::PrintToString(lArguments);
         EXPECT_THAT(lOutcome.mErrors, StartsWith("virertsp: "));
     }
+}
+
+TEST(RecordTest, MistakesAreNamed) {
+    const std::string lURL = "rtsp://127.0.0.1:1/clip";
+    struct Case {
+        std::vector<std::string> mArguments;
+        const char* mErrors;
+    };
+    for (const Case& lCase : {
+             Case{{"-c", "RTSP:Profile=clasic"}, "virertsp: RTSP:Profile takes modern or classic.\n"},
+             Case{{"-c", "RTSP:TimeOutRTPAfter=5s"}, "virertsp: RTSP:TimeOutRTPAfter takes a whole number.\n"},
+             Case{{"--seconds", "-1"}, "virertsp: --seconds takes a number from 0 to 1000000000.\n"},
+         }) {
+        std::vector<std::string> lArguments = {lURL, "-o", "/dev/null"};
+        lArguments.insert(lArguments.end(), lCase.mArguments.begin(), lCase.mArguments.end());
+        EXPECT_EQ(lCase.mErrors, Record(lArguments).mErrors);
+    }
+}
+
+TEST(RecordTest, ANameOfAFileOfAnotherKindBecomesNoDirectory) {
+    const Scratch lScratch;
+    for (const char* const lName : {"clip.avi", "clip.H264", "clip.ts"}) {
+        const Outcome lOutcome = Record({"rtsp://127.0.0.1:1/clip", "-o", lScratch.Path(lName)});
+        EXPECT_EQ(kExitUsage, lOutcome.mCode);
+        EXPECT_EQ("virertsp: --output takes a directory, or a file that ends in .mp4 or .mkv.\n", lOutcome.mErrors);
+        EXPECT_FALSE(std::filesystem::exists(lScratch.Path(lName)));
+    }
+    std::filesystem::create_directory(lScratch.Path("clip.ts"));
+    for (const char* const lName : {"clip.ts", "2026.11.22", "clip"}) {
+        EXPECT_EQ(kExitNetwork, Record({"rtsp://127.0.0.1:1/clip", "-o", lScratch.Path(lName)}).mCode) << lName;
+    }
+}
+
+TEST(RecordTest, AContainersEndingIsTakenInAnyCase) {
+    EXPECT_TRUE(Container::IsFor("CLIP.MP4"));
+    EXPECT_TRUE(Container::IsFor("clip.Mkv"));
+    EXPECT_FALSE(Container::IsFor("mp4"));
+    EXPECT_FALSE(Container::IsFor("clip.mp4/out"));
 }
 
 TEST(RecordTest, HelpListsTheKeys) {

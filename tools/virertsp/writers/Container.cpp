@@ -1,5 +1,7 @@
 #include "writers/Container.hpp"
 
+#include <strings.h>
+
 #include "Failure.hpp"
 #ifdef VIRERTSP_HAS_LIBAV
 #include "writers/AvContainer.hpp"
@@ -9,7 +11,7 @@ namespace Virertsp {
 
 bool Container::IsFor(const std::string& aPath) {
     const std::string lEnd = aPath.size() < 4 ? std::string() : aPath.substr(aPath.size() - 4);
-    return ".mp4" == lEnd || ".mkv" == lEnd;
+    return 0 == strcasecmp(".mp4", lEnd.c_str()) || 0 == strcasecmp(".mkv", lEnd.c_str());
 }
 
 std::shared_ptr<Container> Container::Make(const std::string& aPath, OutputFile::Existing aExisting,

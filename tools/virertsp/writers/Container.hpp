@@ -13,7 +13,7 @@ namespace Virertsp {
 /// One file of all tracks: MP4 in fragments, so that a process that is killed leaves a good file, or Matroska.
 class Container : public std::enable_shared_from_this<Container> {
 public:
-    /// Whether the path's ending asks for a container: ".mp4" or ".mkv".
+    /// Whether the path's ending asks for a container: ".mp4" or ".mkv", in any case.
     static bool IsFor(const std::string& aPath);
     /// The play time `aStart` becomes the file's beginning. Throws `Failure`, also when this program was built without
     /// libavformat.
