@@ -6,10 +6,10 @@ namespace Player {
 
 namespace {
 
-/// A look that brings so many packets is worth its cost: it comes later as long as it brings no more ...
+/// A look that brings this many packets is worth its cost: the next one comes later as long as it brings no more.
 constexpr unsigned kEnough = 48;
-/// ... and one that brings so many should have come sooner: a UDP socket holds about 180 of full size, and a picture's
-/// packets come all at once. The next comes when they would have been enough.
+/// A look that brings this many should have come sooner: a UDP socket holds about 180 of full size, and a picture's
+/// packets come all at once. The next one comes when they would have been enough.
 constexpr unsigned kMany = 80;
 
 }  // namespace

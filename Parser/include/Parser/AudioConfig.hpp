@@ -14,7 +14,7 @@ struct StreamMuxConfig {
 
     UInt mVersion;
     bool mIsOneLayer;
-    /// The bytes behind those 15 bits, moved to the front. Empty when there is one byte or none, or in version 1.
+    /// The bytes after those 15 bits, moved to the front. Empty when there is one byte or none, or in version 1.
     std::string mAudioSpecificConfig;
 };
 

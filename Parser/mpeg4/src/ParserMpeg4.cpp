@@ -26,7 +26,7 @@ constexpr UInt kGrayscale = 3;
 constexpr std::uint8_t kStartCodeBits = 32;
 constexpr std::uint8_t kSideBits = 13;
 
-/// Bit rate, buffer size and occupancy of the buffer model, in halves with a marker bit behind each.
+/// Bit rate, buffer size and occupancy of the buffer model, in halves with a marker bit after each.
 constexpr std::uint8_t kBufferModelBits[] = {15, 1, 15, 1, 15, 1, 3, 11, 1, 15, 1};
 
 }  // namespace

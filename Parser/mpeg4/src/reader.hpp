@@ -4,7 +4,7 @@
 
 namespace Parser {
 
-/// Reads numbers, most significant bit first. Bits behind the data are zero: ask `has_bits` first where
+/// Reads numbers, most significant bit first. Bits past the end of the data are zero: ask `has_bits` first where
 /// that matters.
 template <typename T>
 class reader : public bitstream<T> {
@@ -55,7 +55,7 @@ void reader<T>::trim() {
     if (0 != m_bits % 8) { m_bits = 0; }
 }
 
-/// The current word, big-endian; bytes behind the data are zero.
+/// The current word, big-endian; bytes past the end of the data are zero.
 template <typename T>
 T reader<T>::Word() const {
     T lWord = 0;

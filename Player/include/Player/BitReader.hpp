@@ -16,7 +16,7 @@ public:
 
     std::uint64_t Position() const { return mPosition; }
     bool AtEnd() const { return mPosition == mEnd; }
-    /// A position behind the end stands for the end.
+    /// A position past the end means the end.
     void Seek(std::uint64_t aPosition) { mPosition = Util::Min(aPosition, mEnd); }
     void Skip(std::uint64_t aBits) { mPosition += Util::Min(aBits, mEnd - mPosition); }
 

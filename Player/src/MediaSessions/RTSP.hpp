@@ -145,7 +145,7 @@ private:
     bool IsAboutTransport(UInt aStatus) const;
     /// Starts the same tracks anew over TCP, where they were started last.
     void FallOver(MediaHandler& aHandler, Time aFrom, const char* aReason);
-    /// The same when media that was to come by now has not, or will not.
+    /// Falls over to TCP when the media that should have come by now have not, or will not.
     void FallOverWhenSilent();
     /// Ends the session, and starts the same tracks with another.
     void StartAnew(MediaHandler& aHandler, Time aFrom);
@@ -172,7 +172,7 @@ private:
     void ForgetDescription();
     /// What the packets begin with is to be learnt from them.
     void ForgetBases();
-    /// The same for packets behind a pause.
+    /// What the packets after a pause begin with is to be learnt from them.
     void LearnAnew();
     /// The tracks that are set up, by what an RTP-Info header names them with.
     std::multimap<std::string, TrackIdx> TracksByKey() const;

@@ -26,7 +26,7 @@ struct alignas(std::max_align_t) Arena::Block {
 /// Stands before each piece.
 struct alignas(std::max_align_t) Arena::Header {
     Block* mBlock;
-    /// Of the piece with its header.
+    /// Size of the piece, header included.
     std::size_t mSize;
 };
 

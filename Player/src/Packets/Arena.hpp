@@ -37,7 +37,7 @@ private:
     struct Block;
     struct Header;
 
-    /// The block that has room for so many bytes.
+    /// The block that has room for this many bytes.
     Block& BlockFor(std::size_t aSize);
     Block* NewBlock(std::size_t aSize);
     void Free(Block* aBlock);

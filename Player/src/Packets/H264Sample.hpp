@@ -4,7 +4,7 @@
 
 namespace Player::Packets {
 
-/// One H.264 access unit: its NAL units in order, each behind its length as 4 bytes, big-endian.
+/// One H.264 access unit: its NAL units in order, each preceded by its length as 4 bytes, big-endian.
 /// Sizes and positions are in bytes. An access unit beyond 32 bits throws `std::length_error`.
 class H264Sample : public Media {
 public:

@@ -37,7 +37,7 @@ bool MeasureRTP(const Byte* aData, UInt aSize, Packets::RTP::Lengths& aLengths) 
     return aLengths.Overhead() < aSize;
 }
 
-/// By a packet, its datagram included.
+/// Bytes that a packet occupies, its datagram included.
 std::size_t Occupied(const Packets::RTP& aPacket) {
     return sizeof(aPacket) + aPacket.Datagram().Size();
 }

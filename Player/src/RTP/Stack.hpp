@@ -34,7 +34,7 @@ public:
         mExpectedSSRC = aSSRC;
         mSSRCIsHint = false;
     }
-    /// The same where it may be wrong: reports of this sender count, until the first packet shows who sends media.
+    /// A sender that may be wrong: its reports count until the first packet shows who sends media.
     void SuggestSSRC(unsigned int aSSRC) {
         mExpectedSSRC = aSSRC;
         mSSRCIsHint = true;
@@ -165,7 +165,7 @@ private:
     bool HasTimeBase() const { return 0 != mTimestamp.Base() || 0 != mRun.mPacketsReceived; }
     /// From the time base to the last sender report, 32.32 fixed point.
     std::uint64_t NTPSinceTimeBase() const;
-    /// Whether the first packet of a run tells who sends.
+    /// Whether the first packet of a run decides who the sender is.
     bool LearnsSSRC() const { return 0 == mExpectedSSRC || (mSSRCIsHint && 0 == mRun.mPacketsReceived); }
 
     unsigned char mExpectedPT = 0;

@@ -45,7 +45,7 @@ public:
 
     /// Takes in what has arrived. True when the track got media.
     virtual bool FillTrack(TrackIdx aIdx) = 0;
-    /// The same, true also when the track still has media queued.
+    /// Takes in what has arrived. True also when the track still has media queued.
     virtual bool FillOrHaveTrack(TrackIdx aIdx) = 0;
     /// Hands queued packets to the track's chain until that refuses more. True when any went.
     virtual bool FetchTrack(TrackIdx aIdx) = 0;

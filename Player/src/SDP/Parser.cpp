@@ -137,7 +137,7 @@ void ParseMediaDescription(Reader& aReader, PropertiesList& aMedia) {
 /// Presentations have a handful of media; each kept costs many times the bytes of its line.
 constexpr std::size_t kMostMedia = 16384;
 
-/// All behind the version line. A second one ends the description, and so does one medium too many.
+/// Everything after the version line. A second one ends the description, and so does one medium too many.
 void ParseCommon(Reader& aReader, PropertiesPtr& aSession, PropertiesList& aMedia) {
     aSession.Set(new Properties);
     aMedia.clear();

@@ -21,7 +21,7 @@ public:
         return Left() / sizeof(T) >= aCount;
     }
 
-    /// The bytes `aOff` ahead; the cursor moves behind them.
+    /// The bytes `aOff` ahead; the cursor moves past them.
     const Byte* Advance(UInt aSize, UInt aOff);
     /// The bytes `aOff` ahead; the cursor stays.
     const Byte* Here(UInt aSize, UInt aOff) const;
@@ -68,7 +68,7 @@ void ReadLn(Reader& aReader, std::string& aOut);
 /// Returns whether `aDelim` was there.
 bool ReadLnTo(Reader& aReader, std::string& aOut, char aDelim);
 void SkipLn(Reader& aReader);
-/// The same, appending nothing.
+/// As `ReadLnTo`, but appends nothing.
 bool SkipLnTo(Reader& aReader, char aDelim);
 /// Moves over a run of `aChar`. Meant for places where another character follows: the last one read is
 /// put back, also at the end of the data.

@@ -24,7 +24,7 @@ public:
     /// Throws `NetworkErr` `kTLSFailed`, with what is wrong with the certificate if that is it, or `kConnectFailed`
     /// when the time is over.
     void Handshake(UInt aTimeoutSec);
-    /// An end that the server did not announce is one all the same: messages tell their length themselves.
+    /// An end that the server did not announce is an end as well: messages carry their own length.
     SInt Read(void* aData, UInt aSize, UInt aTimeoutSec);
     /// As much as has come and fits.
     SInt ReadAvailable(void* aData, UInt aSize);

@@ -12,7 +12,7 @@ enum class Readiness { kReadable, kWritable };
 /// not end the wait, and the number of the descriptor is not limited.
 /// Returns 1 when it is ready, 0 when the time is over, -1 with `errno` when `select` failed.
 SInt Wait(SInt aSocket, Readiness aFor, UInt aTimeoutSec);
-/// The same until that time.
+/// As `Wait`, until that time.
 SInt WaitUntil(SInt aSocket, Readiness aFor, std::chrono::steady_clock::time_point aDeadline);
 
 }  // namespace Player::Sockets

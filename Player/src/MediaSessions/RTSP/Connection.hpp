@@ -104,7 +104,7 @@ private:
     bool MeasureLn(Line& aLine);
     std::string LineText(const Line& aLine) const;
     void Consume(const Line& aLine);
-    /// Takes the first byte received behind a CR, if it belongs to that CR. False when nothing was open.
+    /// Takes the first byte received after a CR, if it belongs to that CR. False when nothing was open.
     bool SettleLineEnd();
     void WriteAll(const Byte* aData, UInt aSize);
 
@@ -117,7 +117,7 @@ private:
     Buffer mInBuf;
     /// Index in `mInBuf` of the first byte that is not consumed.
     UInt mReadPos = 0;
-    /// The last byte consumed was a CR, and nothing was received behind it yet.
+    /// The last byte consumed was a CR, and nothing was received after it yet.
     bool mLineFeedMayFollow = false;
     bool mOutOfStep = false;
     Clock::time_point mWaitsSince = Clock::now();

@@ -78,7 +78,7 @@ public:
     virtual bool RefusesMulticast() const = 0;
     /// Whether the session is kept alive while no request goes to the server.
     virtual bool KeepsAlive() const = 0;
-    /// What is received first behind a resume is numbered on by so much from the last before.
+    /// The distance in numbers between the last packet before a resume and the first one after it.
     virtual UInt StepOverPause() const = 0;
     /// What is numbered within the play range is taken although its time is so many seconds before it, at most.
     virtual UInt SecondsBeforeStart() const = 0;
@@ -112,7 +112,7 @@ public:
     bool IsSecure(const std::string& aURL) const override;
     void Prepare(Buffer& /*aSDP*/) const override {}
     SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat) const override;
-    /// As it stands.
+    /// The base as the description or its headers give it.
     BaseURL Base(const std::string& aRequest, const Headers& aHeaders) const override;
     /// Base and identifier are joined as they stand: a Content-Base ends in "/".
     std::string TrackURL(const BaseURL& aBase, const std::string& aId) const override { return aBase.mURL + aId; }

@@ -30,7 +30,7 @@ constexpr std::size_t kMostChallenges = 16;
 constexpr UInt kStatusNotImplemented = 501;
 constexpr char kNotImplemented[] = "Not Implemented";
 
-/// The word at or after `aPos`; `aPos` moves behind it.
+/// The word at or after `aPos`; `aPos` moves past it.
 std::string NextWord(const std::string& aLine, std::size_t& aPos) {
     const std::size_t lBegin = std::min(aLine.find_first_not_of(kBlanks, aPos), aLine.size());
     aPos = std::min(aLine.find_first_of(kBlanks, lBegin), aLine.size());
@@ -164,7 +164,7 @@ std::string Messages::NextLine() {
     while (lLine.empty() && mConnection.PeekCh(lCh, 0)) {
         if (kFrameMagic == lCh) {
             HandleInterleavedData(true);
-            // The connection ended within a frame: nothing behind it can be a line.
+            // The connection ended within a frame: nothing after it can be a line.
             if (mConnection.Left() > 0 && mConnection.PeekCh(lCh, 0) && kFrameMagic == lCh) { break; }
         } else if (mConnection.Speaks().Resynchronizes() && HasFrameReceiver() && !IsText(lCh)) {
             SkipGarbage();

@@ -23,7 +23,7 @@ class OverRTSP;
 
 namespace Player::MediaSessions {
 
-/// What the server sends on the control connection, told apart: responses, requests of its own, and
+/// Separates what the server sends on the control connection: responses, requests of its own, and
 /// interleaved "$" frames with media (RFC 2326 sections 6, 7 and 10.12).
 ///
 ///      0        1         2        3
@@ -67,7 +67,7 @@ public:
     void NotifySent(const std::string& aMethod, const std::string& aURL) const;
 
     /// Before a request of ours is written: leaves a connection that the server has closed, or on which
-    /// messages can't be told apart any more; sending opens another.
+    /// messages can't be separated any more; sending opens another.
     void BeginRequest();
     /// Receives the response to the request numbered `aCSeq`; frames and requests in front of it are dealt
     /// with, 1xx responses dropped. True for a 2xx response; otherwise `StatusCode` and `StatusText` say why.
@@ -102,7 +102,7 @@ public:
 private:
     bool AwaitResponse(Headers& aHeaders, Buffer& aBody, UInt aCSeq, Severity aRefused);
     void RecvHeaders(Headers& aHeaders);
-    /// False behind the last header.
+    /// False after the last header.
     bool ReadHeader(std::string& aLine);
     void KeepChallenge(const std::string& aName, const std::string& aValue);
     /// The next line that is not empty, with the frames before it delivered; empty at the end of the data.

@@ -62,7 +62,7 @@ void RTSP::TakeIn() {
 SInt RTSP::MediaDescriptor(UInt aTrack) const {
     if (!IsActive() || aTrack >= mTracksAdded) { return -1; }
     const RTP::Stack& lStack = mTransport->GetTrackRTPStack(aTrack);
-    // What nobody reads stays readable, and what is here already has no need to come.
+    // What is not read stays readable, and what is here already has no need to come.
     if (!lStack.WantsMore() || (Playing == mState && !lStack.Empty())) { return -1; }
     return Interleaves() ? mConnection.Descriptor() : mTransport->TrackDescriptor(aTrack);
 }

@@ -12,7 +12,7 @@ namespace {
 /// As many as there are pairs of interleaved channels, of one byte each; over UDP each takes two descriptors.
 constexpr std::size_t kMostTracks = 128;
 
-/// From one place to the next, in one start.
+/// Redirections that are followed in one start.
 constexpr UInt kMostRedirections = 5;
 
 /// "404 Not Found"

@@ -14,7 +14,7 @@ namespace {
 constexpr UInt kTableStart = 1;
 constexpr Byte kMoreFollow = 0x80;
 
-/// Where the table of contents ends: behind the entry without the F bit, at the payload's end at the latest.
+/// Where the table of contents ends: after the entry without the F bit, at the payload's end at the latest.
 UInt FindTableEnd(const Packets::RTP& aPacket) {
     UInt lAt = kTableStart;
     while (lAt < aPacket.Size() && 0 != (aPacket.Begin()[lAt] & kMoreFollow)) {

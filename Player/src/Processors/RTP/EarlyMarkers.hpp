@@ -7,8 +7,8 @@
 namespace Player::Processors::RTP {
 
 /// MP4V-ES of servers that set the marker on the first packet of a frame already: a frame goes on as long as packets
-/// follow that have its timestamp and begin no other. So a frame is delivered when the packet behind it has come, or at
-/// "EndOfStream"; a marker behind the first packet ends it at once, and none need come where no packet is missing.
+/// follow that have its timestamp and begin no other. So a frame is delivered when the packet after it has come, or at
+/// "EndOfStream"; a marker after the first packet ends it at once, and none need come where no packet is missing.
 /// Numbers may wrap within a frame.
 class EarlyMarkers final : public MP4VES {
 public:
@@ -32,7 +32,7 @@ private:
     Time mPlayTime;
     UInt mTimestamp = 0;
     unsigned short mNextSeqNumber = 0;
-    /// Of the last packet; also when the one behind it shows that it was the frame's last.
+    /// Of the last packet; also when the next one shows that it was the frame's last.
     bool mIsMarked = false;
 };
 

@@ -9,7 +9,7 @@ namespace Player::Processors::RTP {
 /// MPEG4Generic. The first that says yes has set "Transport" to "Sample". Null when none does.
 SharedPtr<Processor, SharedObject> CreateDepacketizer(Properties& aFormat);
 
-/// The same with those that complete what servers mark differently, of H.264 and MP4V-ES.
+/// As `CreateDepacketizer`, but H.264 and MP4V-ES tolerate servers that mark the ends of units differently.
 SharedPtr<Processor, SharedObject> CreateTolerantDepacketizer(Properties& aFormat);
 
 }  // namespace Player::Processors::RTP

@@ -18,7 +18,7 @@ constexpr Byte kFUA = 28;
 constexpr Byte kFirstSlice = 1;
 constexpr Byte kLastSlice = 5;
 constexpr Byte kDelimiter = 9;
-/// Each unit of an aggregate stands behind its size; the first unit's header is there.
+/// Each unit of an aggregate is preceded by its size; the first unit's header is there.
 constexpr UInt kAggregateSize = 2;
 constexpr UInt kAggregatedAt = 3;
 

@@ -15,7 +15,7 @@ public:
     /// A new depacketizer when the track is H.264 over RTP, and "Transport" becomes "Sample"; else null.
     static SharedPtr<Processor, SharedObject> Create(Properties& aFormat);
 
-    /// The same of one that ends a unit also where a packet begins with an access unit delimiter, for senders that give
+    /// As `Create`, but a unit ends also where a packet begins with an access unit delimiter, for senders that give
     /// several units one timestamp and no marker.
     static SharedPtr<Processor, SharedObject> CreateDelimited(Properties& aFormat);
 

@@ -8,7 +8,7 @@ namespace Player::Processors::RTP {
 
 namespace {
 
-/// Reads a PayloadLengthInfo (ISO/IEC 14496-3) and moves `aAt` behind it: bytes that add up, of which the
+/// Reads a PayloadLengthInfo (ISO/IEC 14496-3) and moves `aAt` past it: bytes that add up, of which the
 /// first that is not 255 is the last.
 std::uint64_t ReadLength(const Byte* aData, UInt aSize, UInt& aAt) {
     constexpr Byte kMore = 0xFF;

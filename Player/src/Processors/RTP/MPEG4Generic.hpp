@@ -39,7 +39,7 @@ protected:
     virtual void GetCompleteAU(const PacketPtr& aPacket);
     virtual void GetConcatenatedAU(const PacketPtr& aPacket);
 
-    /// The next bits of the payload at hand, as `BitReader` reads them: none are taken from behind its end.
+    /// The next bits of the payload at hand, as `BitReader` reads them: none are taken past its end.
     UInt ReadBits(const unsigned char* aPayload, unsigned int& aBitPos, unsigned int aBits) const;
     void SkipBits(const unsigned char* aPayload, unsigned int& aBitPos, std::uint64_t aBits) const;
 
@@ -47,7 +47,7 @@ protected:
     const String& Mode() const { return mMode; }
     /// The value of a numeric parameter, 0 when it is missing.
     SInt Parameter(const char* aKey) const;
-    /// The same for a number of bits or bytes: a negative one is no field either.
+    /// The value of a parameter that is a number of bits or bytes; 0 when it is missing or negative.
     UInt Width(const char* aKey) const;
     /// True while the first AU header of a packet is read.
     bool IsFirstAU() const { return mIsFirstAU; }

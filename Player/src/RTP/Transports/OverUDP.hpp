@@ -12,7 +12,7 @@ struct UDPTrack : Track {
     /// An empty local IP stands for every address. Throws `RTPErr` `kNoPorts` when no pair is free.
     UDPTrack(UInt aPortsBeg, UInt aPortsEnd, const String& aLocalIP, SInt aFamily = AF_INET);
 
-    /// Of its addresses.
+    /// Family of the addresses.
     SInt mFamily;
     Sockets::UDP mRTPSocket;
     Sockets::UDP mRTCPSocket;

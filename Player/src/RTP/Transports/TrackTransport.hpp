@@ -10,7 +10,7 @@
 namespace Player::RTP::Transports {
 
 /// All that transports do alike: keeps the tracks, maps indices to them, and visits them all.
-/// `TrackT` is a `Track`. What is left to the class behind is how a track's packets come in.
+/// `TrackT` is a `Track`. The derived class decides how a track's packets come in.
 template <typename TrackT>
 class TrackTransport : public Transport {
 public:

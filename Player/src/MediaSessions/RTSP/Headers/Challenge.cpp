@@ -12,9 +12,9 @@ namespace Player::MediaSessions {
 
 namespace {
 
-/// A value goes into every request from then on.
+/// A value is sent in every request that follows.
 constexpr std::size_t kLongestValue = 4096;
-/// Of one header.
+/// Limits of one header.
 constexpr std::size_t kMostChallenges = 16;
 constexpr std::size_t kMostParameters = 64;
 

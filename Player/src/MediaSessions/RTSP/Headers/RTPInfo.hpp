@@ -13,7 +13,7 @@ struct RTPInfo {
     struct Entry {
         /// Empty when the entry does not begin with one.
         std::string mURL;
-        /// What the URL ends with, behind its last "/"; absent without a "/".
+        /// The part of the URL after its last "/"; absent without a "/".
         std::optional<std::string> mName;
         TransportHeader mVars;
     };

@@ -34,7 +34,7 @@ std::size_t SchemeLength(const std::string& aText) {
 struct Parts {
     std::string mRoot;
     std::string mPath;
-    /// With its "?".
+    /// Begins with its "?".
     std::string mQuery;
 
     explicit Parts(const std::string& aURL) {

@@ -12,7 +12,7 @@ namespace Player::URL {
 bool IsAbsolute(const std::string& aText);
 
 /// The URL that `aReference` means where `aBase` is the base. A reference without a query of its own keeps that of the
-/// base, and a base that ends in "/" is a folder wherever that slash stands, behind a "?" too: cameras address their
+/// base, and a base that ends in "/" is a folder wherever that slash stands, after a "?" too: cameras address their
 /// channels by the query. "*" and the empty reference mean the base itself.
 std::string Resolve(const std::string& aBase, const std::string& aReference);
 
@@ -33,7 +33,7 @@ UserInfo UserInfoOf(const std::string& aURL);
 
 /// Host, without the brackets of an IPv6 address, and port of an authority; user information does not count.
 std::pair<std::string, std::string> HostAndPort(const std::string& aAuthority, const std::string& aDefaultPort);
-/// What stands behind the authority.
+/// The part after the authority.
 std::string PathAndQuery(const std::string& aURL);
 /// Lower case, without "://"; empty for a text that is no URL.
 std::string Scheme(const std::string& aURL);
