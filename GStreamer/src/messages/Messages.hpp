@@ -18,7 +18,7 @@ public:
 
     /// Posts what was put, unless the calling thread is inside a transition.
     void send() const;
-    /// The same at the end of a transition.
+    /// Posts what was put, at the end of a transition.
     void send_after() const { m_outbox.send(); }
 
     /// The application message "VIRE_RTSP_SRC_MESSAGE" with the field "Error".

@@ -31,7 +31,7 @@ public:
     /// Returns the value for the library.
     std::string set(guint aId, const GValue* aValue);
     void get(guint aId, GValue* aValue) const;
-    /// The same as `set` gave back; empty for one at its default.
+    /// The value that `set` returned for the library; empty for a property at its default.
     std::string text(guint aId) const;
 
     const Profile& profile() const { return *m_profile; }

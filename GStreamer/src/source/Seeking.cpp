@@ -13,7 +13,7 @@ bool IsSeekForward(GstEvent* aSeek) {
     GstSeekType lStopType = GST_SEEK_TYPE_NONE;
     gint64 lStop = -1;
     gst_event_parse_seek(aSeek, &lRate, &lFormat, &lFlags, nullptr, nullptr, &lStopType, &lStop);
-    // A server plays to the end: it can't be asked to stop before, nor can a segment be told from the rest.
+    // A server plays to the end: it can't be asked to stop before, and segments are not distinguished from the rest.
     const bool lToEnd = GST_SEEK_TYPE_NONE == lStopType || (GST_SEEK_TYPE_SET == lStopType && -1 == lStop);
     const bool lFlushes = 0 != (lFlags & GST_SEEK_FLAG_FLUSH) && 0 == (lFlags & GST_SEEK_FLAG_SEGMENT);
     return GST_FORMAT_TIME == lFormat && lRate == 1.0 && lFlushes && lToEnd;

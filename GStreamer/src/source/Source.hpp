@@ -174,12 +174,12 @@ private:
     void give_time_outs();
     /// Has what hangs on the profile while nothing is played follow it.
     void change_profile();
-    /// To a player that has been told nothing yet.
+    /// Applied to a player that has no settings yet.
     void give_settings();
 
     // Failures. (SourceReports.cpp)
     void resetPlayerLib();
-    /// From any thread, as all that follow.
+    /// Called from any thread, as are the operations below.
     void report_timed_out(unsigned int aTrack);
     void network_timeout(bool aFirst);
     /// `aWhat` is what failed: "Playing", "Pausing" ...

@@ -36,7 +36,7 @@ public:
     void pause();
     /// Halts, and flushes no more.
     void flush(guint32 aSeqnum = 0);
-    /// Runs the tasks. Pads that flush stop doing so, with `aFlush` all are told to. Segments begin.
+    /// Runs the tasks. Pads that flush stop doing so; with `aFlush` every pad stops flushing. Segments begin.
     void run(bool aFlush, guint32 aSeqnum = 0);
     /// Runs the tasks in the segments that there are; where pads flush, others begin.
     void go_on();

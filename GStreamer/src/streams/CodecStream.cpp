@@ -25,7 +25,7 @@ void FreeBytes(gpointer aBytes) {
     Player::Mem::Free(static_cast<Player::Byte*>(aBytes));
 }
 
-/// What the pad allocates for so many bytes, or null where a buffer of our own is as good.
+/// A buffer of this size that the pad allocates, or null where a buffer of our own is as good.
 GstBuffer* AllocateFor(GstPad* aPad, gsize aSize, GstCaps* aCaps) {
     GstBuffer* lBuffer = nullptr;
     if (!gst_pad_is_linked(aPad) ||

@@ -8,7 +8,7 @@ namespace nsGstVireRtspSrc {
 /// the same duration.
 class FrameTimes {
 public:
-    /// In ns, as all here.
+    /// All times here are in ns.
     explicit FrameTimes(gint64 aDuration) : m_duration(aDuration) {}
 
     /// `aPlayTime`: the packet's; `aAnew`: no frame before this belongs to it.

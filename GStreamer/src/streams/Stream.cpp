@@ -275,7 +275,7 @@ void Stream::handle_no_packet() {
 }
 
 /// Media may have come along with the end, which finishes an access unit that waited for more, or shortly after it:
-/// the end of a described range is reckoned by the clock. So the track ends when another interval brought nothing.
+/// the end of a described range is computed from the clock. So the track ends when another interval brought nothing.
 void Stream::take_rest_or_end(bool aTimedOut) {
     rest();
     if (process_guarded()) {

@@ -36,7 +36,7 @@ guint64 CoderRate(const Player::Properties& aInfo) {
     return lRate;
 }
 
-/// Of an access unit, in ns; 0 where the description does not tell.
+/// Duration of an access unit in ns; 0 if the description does not give it.
 gint64 FrameDuration(const Player::Properties& aInfo) {
     constexpr guint64 kSamples = 1024;
     const guint64 lRate = CoderRate(aInfo);

@@ -19,7 +19,7 @@ GstDebugCategory* H264Category() {
     return sCategory;
 }
 
-/// A parameter set behind its 16-bit big-endian length.
+/// A parameter set, preceded by its 16-bit big-endian length.
 void AppendSet(std::string& aBytes, const std::string& aSet) {
     aBytes += static_cast<char>(aSet.size() >> 8 & 0xFF);
     aBytes += static_cast<char>(aSet.size() & 0xFF);

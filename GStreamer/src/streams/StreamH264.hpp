@@ -4,7 +4,7 @@
 
 namespace nsGstVireRtspSrc {
 
-/// A track with the format "H264": "video/x-h264", each NAL unit behind its 4-byte length.
+/// A track with the format "H264": "video/x-h264", each NAL unit preceded by its 4-byte length.
 class StreamH264 : public CodecStream {
 public:
     StreamH264(GstElement* aElement, StreamController* aController, PlayerAccess& aPlayer, unsigned int aTrack);

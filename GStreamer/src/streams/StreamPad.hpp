@@ -8,10 +8,10 @@ namespace nsGstVireRtspSrc {
 
 /// How long a track without a packet waits before it looks again, in microseconds.
 constexpr int kPollInterval = 100000;
-/// For one that looks as soon as something arrives. What follows an arrival within so many microseconds is taken along
-/// with it: an access unit comes in a burst.
+/// For a pad that looks as soon as something arrives. What follows an arrival within this many microseconds is taken
+/// along with it: an access unit comes in a burst.
 constexpr int kGatherTime = 500;
-/// The same; between two waits that something ended which was not for this track.
+/// Microseconds between two waits that were ended by something that was not for this track.
 constexpr int kIdleTime = 5000;
 
 /// A source pad "src%d" for the track, not yet active. It answers duration and latency queries from a figure

@@ -17,7 +17,7 @@ Result AtBoundary(gpointer aObject, Result aOtherwise, Action aAction) noexcept 
     return aOtherwise;
 }
 
-/// The same for what has no answer.
+/// For actions without a result.
 template <typename Action>
 void AtBoundary(gpointer aObject, Action aAction) noexcept {
     try {

@@ -39,7 +39,7 @@ void PlayerAccess::SetConfigParam(const std::string& aKey, const std::string& aV
         const Lock lLock(m_pendingMutex);
         m_pending.emplace_back(aKey, aValue);
     }
-    // Whoever holds the player looks for pending settings after it has let go: none is left behind.
+    // Whoever holds the player looks for pending settings after it has let go: none is lost.
     if (m_playerMutex.try_lock()) { LetGo(); }
 }
 

@@ -13,7 +13,7 @@
 
 namespace nsGstVireRtspSrc {
 
-/// The media player of an element behind the player mutex, which serialises every call into the library.
+/// The media player of an element, guarded by the player mutex, which serialises every call into the library.
 /// Whoever holds it waits for no streaming task and for no other lock of the element but leaf locks.
 class PlayerAccess {
 public:
@@ -82,7 +82,7 @@ private:
     bool HasPending();
     /// Gives back what was refused.
     std::vector<Player::Exception> ApplyPending() VIRE_REQUIRES(m_playerMutex);
-    /// Lets go of the player mutex. What a setter leaves behind in the last moment is applied, here or by the
+    /// Lets go of the player mutex. What a setter leaves pending in the last moment is applied, here or by the
     /// next holder.
     void LetGo() VIRE_RELEASE(m_playerMutex);
 
