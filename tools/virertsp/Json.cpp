@@ -57,7 +57,7 @@ Json& Json::Null() {
     return *this;
 }
 
-/// A comma, except in front of the first and behind a key.
+/// A comma, except before the first and after a key.
 void Json::Separate() {
     if (mText.empty()) { return; }
     const char lLast = mText.back();

@@ -18,9 +18,9 @@ public:
 
     /// An object's member of that name, else null.
     const JsonValue& operator[](const char* aName) const;
-    /// Of an object, in the order of the text.
+    /// The members of an object, in the order of the text.
     const std::vector<Member>& Members() const { return mMembers; }
-    /// Of an array.
+    /// The items of an array.
     const std::vector<JsonValue>& Items() const { return mItems; }
     const std::string& Text() const { return mText; }
     bool IsNumber() const { return mNumber.has_value(); }

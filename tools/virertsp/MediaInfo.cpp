@@ -77,7 +77,7 @@ void TellH264(const Properties& aTrack, MediaInfo& aInfo) {
     if (!lText.empty()) { TellH264Profile(lValue >> 16 & 0xFF, lValue >> 8 & 0xFF, lValue & 0xFF, aInfo); }
 }
 
-/// The byte behind the start code of a visual object sequence; else "profile-level-id", which is 1 if it is not there
+/// The byte after the start code of a visual object sequence; else "profile-level-id", which is 1 if it is not there
 /// (RFC 6416 section 7.1).
 unsigned VisualProfile(const Player::FormatParameters& aParameters) {
     constexpr char kSequence[] = {0, 0, 1, '\xB0'};

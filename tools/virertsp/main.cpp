@@ -72,7 +72,7 @@ int Complete(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "");
-    // Ports and identifiers of senders come from rand(): two processes must not begin with the same.
+    // Ports and identifiers of senders come from rand(): two processes must not begin with the same values.
     std::srand(g_random_int());
     const char* const lName = argc > 1 ? argv[1] : "";
     if (const Command* const lCommand = Find(lName)) { return lCommand->mRun(argc - 1, argv + 1); }

@@ -14,7 +14,7 @@ constexpr const char* kTransports[] = {"udp", "tcp", "udp,tcp"};
 
 /// The keys that `--config` takes, each with its meaning.
 std::vector<std::pair<std::string, std::string>> ConfigurationKeys();
-/// The same as lines for the help.
+/// The keys and their meanings, as lines for the help.
 std::string ConfigurationHelp();
 
 using Values = std::map<std::string, std::string>;

@@ -23,7 +23,7 @@ struct OptionText {
     gchar* mText = nullptr;
 };
 
-/// What a command takes behind its options.
+/// What a command takes after its options.
 enum class Operands { kURL, kURLs, kURLOrFile };
 
 /// What every command that opens a session lets its user say.
@@ -79,7 +79,7 @@ double Seconds(double aValue);
 /// Leaves the server, and waits up to two seconds for its answer, whatever that is.
 void CloseQuietly(Player::MediaPlayer& aPlayer);
 
-/// The same; a user who has had enough need not wait for so long. What it thinks of that does not matter any more.
+/// As `CloseQuietly`, but an interrupt ends the process within a second, with success.
 void Leave(Player::MediaPlayer& aPlayer);
 
 /// Leaves the server at its end, however that comes.

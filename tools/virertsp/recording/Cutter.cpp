@@ -6,7 +6,7 @@ namespace Virertsp {
 
 namespace {
 
-/// When the leader is silent, no more than so many seconds of the others wait for it.
+/// When the leader is silent, at most this many seconds of the others wait for it.
 constexpr Player::UInt kMostHeld = 5;
 
 }  // namespace

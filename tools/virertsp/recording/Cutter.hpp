@@ -44,7 +44,7 @@ private:
     /// Of the leader: where the part begins, and the latest play time of all.
     std::optional<Player::Time> mStart;
     Player::Time mLatest;
-    /// Of the part.
+    /// Bytes in the part.
     std::uint64_t mBytes = 0;
 };
 

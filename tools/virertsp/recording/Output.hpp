@@ -19,7 +19,7 @@ public:
         std::string mPath;
         /// One line per sample with its play time in ns, in a file beside each track's.
         bool mTimes = false;
-        /// Files that are there are replaced instead of refused.
+        /// Existing files are replaced instead of refused.
         bool mForce = false;
         /// The numbers of all parts are in their files' names, in four digits; else those from the second on.
         bool mNumbered = false;

@@ -26,7 +26,7 @@ public:
         bool mTimes = false;
         /// The number of the first part; from the second on it is in the names of its files.
         unsigned mPart = 1;
-        /// Files that are there are replaced instead of refused.
+        /// Existing files are replaced instead of refused.
         bool mForce = false;
         /// The tracks to write, by number; all when empty.
         std::set<Player::TrackIdx> mChosen = {};
@@ -83,7 +83,7 @@ private:
     Player::TrackIdx TrackCount() const { return static_cast<Player::TrackIdx>(mTracks.size()); }
 
     Player::MediaPlayer& mPlayer;
-    /// Of the run.
+    /// The observer of the present run.
     Observer* mObserver = nullptr;
     Settings mSettings;
     Intake mIntake;

@@ -12,7 +12,7 @@ namespace Virertsp {
 void RecordPlaying(ProbePlayer& aPlayer, const std::string& aURL, const Recorder::Settings& aSettings,
                    Observer& aObserver, bool aSummary, unsigned* aNextPart = nullptr);
 
-/// The same for a session that is opened for it and left at its end.
+/// As `RecordPlaying`, for a session that is opened for the recording and left at its end.
 void RecordSession(const SessionOptions& aSession, const Recorder::Settings& aSettings, Observer& aObserver,
                    bool aSummary, unsigned* aNextPart = nullptr);
 

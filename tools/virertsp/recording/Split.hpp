@@ -7,7 +7,7 @@
 
 namespace Virertsp {
 
-/// When a recording goes on in new files: after so much play time, or after so many bytes. Never, when both are 0.
+/// When a recording goes on in new files: after this much play time, or after this many bytes. Never, when both are 0.
 struct Split {
     /// A number with a unit: "90s", "10min", "1.5h"; "100MB", "512KiB". Throws `Failure`.
     static Split Of(const std::string& aText);

@@ -7,7 +7,7 @@ namespace Virertsp {
 
 namespace {
 
-/// As many as a session sets up.
+/// The number of tracks that a session sets up at most.
 constexpr double kMostTracks = 128;
 /// Beyond any figure that is meant.
 constexpr double kHighest = 1e12;

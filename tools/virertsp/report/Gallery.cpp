@@ -16,7 +16,7 @@ namespace Virertsp {
 
 namespace {
 
-/// Between half as many and so many are kept once enough came.
+/// Once enough came, between half of this number and this number are kept.
 constexpr std::size_t kMost = 16;
 constexpr unsigned kDecoderSeconds = 20;
 

@@ -14,7 +14,7 @@ public:
     std::string Text();
 
 private:
-    /// Of a described track, or of one that only lines tell of.
+    /// Of a described track, or of one that only appears in lines.
     std::string TrackName(unsigned aTrack) const;
     void AddHead();
     void AddSummary();

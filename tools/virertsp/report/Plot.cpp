@@ -25,7 +25,7 @@ constexpr double kSteps = 4;
 /// A step may be too small to change a number that it is added to.
 constexpr unsigned kMostLines = 10;
 
-/// 1, 2 or 5 times a power of ten, so that about so many steps fill the width.
+/// 1, 2 or 5 times a power of ten, so that about this many steps fill the width.
 double NiceStep(double aWidth) {
     const double lRough = aWidth / kSteps;
     const double lPower = std::pow(10, std::floor(std::log10(lRough)));

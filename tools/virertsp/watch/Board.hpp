@@ -17,7 +17,7 @@ public:
     Board(Kind aKind, const std::vector<std::string>& aURLs);
 
     WatchLine& Line(std::size_t aIndex) { return mLines[aIndex]; }
-    /// What goes out for the present state of the lines; a terminal has so many columns and rows.
+    /// What goes out for the present state of the lines; a terminal has this many columns and rows.
     std::string Text(std::size_t aColumns, std::size_t aRows);
 
 private:

@@ -9,7 +9,7 @@
 
 namespace Virertsp {
 
-/// One of the locations that are watched: what its thread tells of it, for the one that shows it. Locked.
+/// One of the locations that are watched: what its thread reports, for the thread that shows it. Locked.
 class Location {
 public:
     using Clock = std::chrono::steady_clock;

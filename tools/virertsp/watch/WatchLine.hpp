@@ -20,7 +20,7 @@ public:
 
     /// Names the columns of `Text`.
     static std::string Heading(std::size_t aURLColumns);
-    /// For people; the URL takes so many columns.
+    /// For people; the URL takes this many columns.
     std::string Text(std::size_t aURLColumns) const;
     void AddTo(Json& aJson) const;
     const std::string& URL() const { return mURL; }
@@ -36,7 +36,7 @@ private:
     Clock::time_point mLast;
 };
 
-/// The text in so many columns of a terminal: cut, or filled with spaces.
+/// The text in this many columns of a terminal: cut, or filled with spaces.
 std::string Fitted(const std::string& aText, std::size_t aColumns);
 
 }  // namespace Virertsp

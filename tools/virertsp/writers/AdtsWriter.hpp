@@ -8,7 +8,7 @@
 
 namespace Virertsp {
 
-/// AAC as an Audio Data Transport Stream (ISO/IEC 14496-3 annex 1.A): each frame behind a header of 7 bytes that
+/// AAC as an Audio Data Transport Stream (ISO/IEC 14496-3 annex 1.A): each frame after a header of 7 bytes that
 /// repeats what the description says once.
 class AdtsWriter : public Writer {
 public:

@@ -7,7 +7,7 @@
 
 namespace Virertsp {
 
-/// H.264 as a byte stream (ITU-T H.264 Annex B): each NAL unit behind a start code of four bytes, the
+/// H.264 as a byte stream (ITU-T H.264 Annex B): each NAL unit after a start code of four bytes, the
 /// parameter sets of the description first.
 class AnnexBWriter : public Writer {
 public:
