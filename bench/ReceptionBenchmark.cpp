@@ -114,7 +114,7 @@ void TwoCopies(benchmark::State& aState) {
 }
 BENCHMARK(TwoCopies);
 
-/// A queue of so many packets takes the next one: the time must not depend on the length.
+/// A queue of this many packets takes the next one: the time must not depend on the length.
 void AppendToQueue(benchmark::State& aState) {
     const std::vector<Bytes> lPackets = Fragments();
     RTP::Stack lStack;

@@ -124,7 +124,7 @@ public:
     void Send(const Bytes& aPacket) {
         ++gPackets;
         if (!mInterleaved) {
-            // A client that is gone makes this fail; the control connection tells.
+            // A client that is gone makes this fail; the control connection shows it.
             static_cast<void>(::send(mSocket, aPacket.data(), aPacket.size(), MSG_NOSIGNAL));
             return;
         }

@@ -2,7 +2,7 @@
 //
 //     sessions URL COUNT SECONDS [KEY=VALUE...]
 //
-// Starts the sessions one after the other, reads them for so many seconds, half of it to warm up, and closes them.
+// Starts the sessions one after the other, reads them for this many seconds, half of it to warm up, and closes them.
 // Prints CPU microseconds per packet received in the second half, access units, kilobytes of memory per session, and
 // how long starting and closing took.
 

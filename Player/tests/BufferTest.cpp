@@ -75,7 +75,7 @@ TEST(BufferRef, Comparison) {
         {"\x80", "a", kGreater},
         {"a", std::string(1, 0), kGreater},
         {"\xFF", "\x01", kGreater},
-        // The bytes behind a NUL count as well.
+        // The bytes after a NUL count as well.
         {std::string("a\0b", 3), std::string("a\0c", 3), kLess},
     };
     for (const auto& lCase : kCases) {
@@ -173,7 +173,7 @@ TEST(Buffer, GrowingResizeTakesTheWholeCapacity) {
     EXPECT_EQ(std::string(10, '\0'), Text(lEmpty));
 
     Buffer lBuffer(8);
-    std::memset(lBuffer + 0, 'z', 8);  // also in the room behind the size
+    std::memset(lBuffer + 0, 'z', 8);  // also in the room after the size
     lBuffer.Resize(3);
     lBuffer.Resize(10);
     EXPECT_EQ(16U, lBuffer.Size());

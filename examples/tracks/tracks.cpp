@@ -1,5 +1,5 @@
 // Shows how to write the tracks of a presentation to files: tracks URL DIRECTORY
-// Each file has the samples of one track one behind the other; a line for each says when it is to be played.
+// Each file has the samples of one track in order; a line for each says when it is to be played.
 #include <Player/Player.hpp>
 
 #include <unistd.h>

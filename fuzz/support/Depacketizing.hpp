@@ -19,7 +19,7 @@ struct Arrival {
 };
 
 /// Packets with at least a byte of payload, as the reception lets through. Each is: flags (marker; a gap before it; a
-/// number of its own; a new timestamp), then what the flags ask for, then the payload behind its size.
+/// number of its own; a new timestamp), then what the flags ask for, then the payload, preceded by its size.
 std::vector<Arrival> ReadArrivals(Input& aInput);
 
 using PacketPtr = Player::SharedPtr<Player::Packet, Player::SharedObject>;

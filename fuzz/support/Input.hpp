@@ -10,7 +10,7 @@ namespace Fuzz {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// What the fuzzer gives, taken from the front: numbers are big-endian, and behind the end all is zero or empty.
+/// What the fuzzer gives, taken from the front: numbers are big-endian, and after the end all is zero or empty.
 /// Nothing is taken from the back and no number depends on another, so a script can write inputs, too.
 class Input {
 public:

@@ -36,7 +36,7 @@ public:
     void Pause() { mScript.push_back({Event::kPause, {}}); }
     /// Nothing comes for as long as is waited.
     void Silence() { mScript.push_back({Event::kSilence, {}}); }
-    /// The connection ends; the next one goes on behind.
+    /// The connection ends; the script goes on with the next one.
     void Close() { mScript.push_back({Event::kClose, {}}); }
     void Reset() { mScript.push_back({Event::kReset, {}}); }
     bool IsPlayed() const { return mScript.empty(); }
@@ -67,7 +67,7 @@ public:
     int CloseSocket(int aSocket);
     int Connect(int aSocket);
     int Bind(int aSocket);
-    /// 1, or 0 behind so many microseconds.
+    /// 1, or 0 after so many microseconds.
     int IsReadable(int aSocket, long long aWait);
     int IsWritable(int aSocket, long long aWait);
     int Unread(int aSocket) const;

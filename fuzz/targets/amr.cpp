@@ -1,5 +1,5 @@
 // AMR: as many frames as the table of contents has entries with data, each of the size that its type has, and together
-// they are the payload behind the table, filled up with zeros where it ends early.
+// they are the payload after the table, filled up with zeros where it ends early.
 
 #include <algorithm>
 

@@ -136,7 +136,7 @@ private:
     }
 };
 
-/// Of fragmented units: behind one that lost its start the next takes over its importance, so all have the same.
+/// Of fragmented units: after one that lost its start the next takes over its importance, so all have the same.
 constexpr unsigned kImportance = 0x60;
 
 /// A unit's header and up to 255 bytes.

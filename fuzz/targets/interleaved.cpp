@@ -107,7 +107,7 @@ void Run(Input& aInput) {
     lConnection.DoConnect("127.0.0.1");
     const std::vector<Bytes> lPieces = Cut(lStream, lSizes);
     lNetwork.Send(lPieces);
-    // A read may take less than a piece, never nothing: behind so many nothing is left.
+    // A read may take less than a piece, never nothing: after so many nothing is left.
     for (std::size_t lReads = 0; lReads <= lPieces.size() + lStream.size() / 1024 && !lNetwork.IsPlayed(); ++lReads) {
         // Both read; without chains nothing goes any further.
         FUZZ_CHECK(0 != lReads % 2 || !lTransport.Produce());

@@ -43,7 +43,7 @@ bool HasStartCodeInside(const std::vector<Bytes>& aPieces) {
     return std::any_of(aPieces.begin() + 1, aPieces.end(), BeginsWithStartCode);
 }
 
-/// The number behind 65535 is not taken for the next one: such a frame is dropped.
+/// The number after 65535 is not taken for the next one: such a frame is dropped.
 bool CrossesWrap(unsigned aSeq, const std::vector<Bytes>& aPieces) {
     return aSeq + aPieces.size() > 0x10000;
 }

@@ -1,4 +1,4 @@
-// Base64 and the H.264 parameter sets behind it: text and bytes are each other's inverse, and the values that a parser
+// Base64 and the H.264 parameter sets after it: text and bytes are each other's inverse, and the values that a parser
 // gives out stand in the sequence parameter set.
 
 #include "Parser/Base64.hpp"

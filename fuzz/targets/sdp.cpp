@@ -42,7 +42,7 @@ Description Parse(Bytes aText) {
 const std::set<std::string> kSessionKeys = {"SessionName",       "UserName",          "SessionId",    "SessionVersion",
                                             "OriginNetworkType", "OriginAddressType", "OriginAddress"};
 const std::set<std::string> kMediaKeys = {"MediaType", "Port", "Transport", "PayloadType"};
-/// Of the lines that stand behind the session's as well as behind those of a medium.
+/// Of the lines that stand after the session's as well as after those of a medium.
 const std::set<std::string> kCommonKeys = {"ConnectionNetworkType",
                                            "ConnectionAddressType",
                                            "ConnectionAddress",

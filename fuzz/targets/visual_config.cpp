@@ -1,4 +1,4 @@
-// The configuration of an MPEG-4 visual stream: sizes fit their fields, come only behind a start code, and a layer that
+// The configuration of an MPEG-4 visual stream: sizes fit their fields, come only after a start code, and a layer that
 // was written by hand is read as it was written.
 
 #include "Parser/ParserMpeg4.hpp"

@@ -64,7 +64,7 @@ protected:
         mPlayer->Close();
         return lAll;
     }
-    /// What it throws is one of those that callers are told of; tells the words.
+    /// Returns the message of what it throws, which is one of those that callers have to expect.
     static std::string Thrown(const std::function<void()>& aAction) {
         try {
             return TestSupport::Thrown(aAction);
@@ -74,7 +74,7 @@ protected:
         EXPECT_EQ("nothing", Thrown([this] { EXPECT_TRUE(PlayAll()); }));
     }
     /// Plays again and again, and each time the fault comes one call later, until it comes no more. What is played
-    /// behind a fault must be whole. Tells how often it came.
+    /// after a fault must be whole. Returns how often it came.
     template <typename Fault, typename Make>
     unsigned FailEach(Make aMake) {
         ExpectAll();

@@ -16,7 +16,7 @@
 // A playbin's source is given the profile "modern" and gathers a second of media.
 //
 // A line on standard output per buffer that a sink (fakesink, signal-handoffs) has got: its name, the timestamp in
-// ns and the SHA-1 of the bytes; the same for the element's pads, with the offset behind it. A line per step as it
+// ns and the SHA-1 of the bytes; the same for the element's pads, with the offset after it. A line per step as it
 // begins, and per bus message that matters. Ends with 1 when a step did not succeed within a minute.
 
 #include <gst/gst.h>

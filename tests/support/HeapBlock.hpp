@@ -8,7 +8,7 @@
 
 namespace TestSupport {
 
-/// Bytes in a heap block of exactly their size: the address sanitizer guards the byte behind the last.
+/// Bytes in a heap block of exactly their size: the address sanitizer guards the byte after the last.
 class HeapBlock {
 public:
     explicit HeapBlock(std::string_view aBytes)

@@ -54,7 +54,7 @@ std::string Info(const std::string& aURL, unsigned aTrack, unsigned aNumber) {
            ";rtptime=" + std::to_string(StampOf(aTrack, aNumber));
 }
 
-/// What stands behind the blanks that follow the colon.
+/// What stands after the blanks that follow the colon.
 std::string ValueOf(const std::string& aLine) {
     const std::size_t lStart = aLine.find_first_not_of(" ", aLine.find(':') + 1);
     return aLine.substr(lStart, aLine.find_last_not_of("\r\n") + 1 - lStart);

@@ -21,7 +21,7 @@ public:
 
     /// How often exactly this was said, at that level.
     std::size_t Count(GstDebugLevel aLevel, const std::string& aText) const;
-    /// All, each behind its level: "DEBUG No location".
+    /// All, each after its level: "DEBUG No location".
     std::vector<std::string> All() const;
 
 private:

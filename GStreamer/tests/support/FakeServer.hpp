@@ -37,7 +37,7 @@ public:
     void Push(unsigned aTrack, long long aPlayTime, const std::string& aBytes);
     /// How far a track is known to reach, in ns, for what is pushed from now on.
     void Latest(unsigned aTrack, long long aLatest);
-    /// "Timeout", "Bye" or "EndTime", behind what was pushed.
+    /// "Timeout", "Bye" or "EndTime", after what was pushed.
     void End(unsigned aTrack, const std::string& aWhy);
 
     /// From now on every session has media of its own: for each track a packet per interval, from where it was

@@ -104,7 +104,7 @@ protected:
         throw std::out_of_range("not within the answer");
     }
 
-    /// The connection ends behind what was sent; in the end the client asks for something else.
+    /// The connection ends after what was sent; in the end the client asks for something else.
     static std::string Script(const std::string& aSent) {
         const Outcome& lOutcome = OutcomeOf(aSent.size());
         std::string lScript = Dialogue("ACCEPT\n" + GetParam().mBefore) + "S# " +

@@ -228,7 +228,7 @@ struct NextRow {
     /// The answer to a first request, on a connection that stays open.
     std::string mAnswer;
     const char* mThrown;
-    /// Whether what comes behind that answer could be part of it, or the answer that was awaited: the next request
+    /// Whether what comes after that answer could be part of it, or the answer that was awaited: the next request
     /// goes out on another connection.
     bool mIsOutOfStep;
 };

@@ -20,7 +20,7 @@ enum class Then {
     kResets,  ///< The same with RST.
 };
 
-/// What goes on and on behind what was sent, and what comes after it.
+/// What goes on and on after what was sent, and what comes after it.
 struct Flood {
     unsigned mTimes = 0;
     std::string mPiece;

@@ -136,7 +136,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, HostilePortTest, testing::ValuesIn(kPorts), NameO
 
 }  // namespace
 
-/// A datagram behind the first one, which the server has sent from source 7.
+/// A datagram after the first one, which the server has sent from source 7.
 struct StrangerRow {
     const char* mName;
     bool mIsRTCP;

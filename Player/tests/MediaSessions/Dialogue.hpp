@@ -8,7 +8,7 @@ namespace Player::MediaSessions {
 ///
 ///     > DESCRIBE clip 1                          a request for that path, or whole URL, with that CSeq, whatever
 ///                                              lines follow
-///     > SETUP clip/video 2 | Session: 5 | UDP 0  the same, with exactly these lines behind the User-Agent
+///     > SETUP clip/video 2 | Session: 5 | UDP 0  the same, with exactly these lines after the User-Agent
 ///     < 200 2 | Session: 5 | UDP 0               a response with that CSeq and these headers
 ///     < 200 1 | SDP clip/ video audio            the same, with a description and its Content-Base ("-": none)
 ///

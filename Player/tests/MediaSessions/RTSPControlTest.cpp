@@ -135,7 +135,7 @@ TEST_F(RTSPControlTest, ResumeGoesOnFromWhereItPaused) {
     EXPECT_THAT(mHandler.TakeCalls(), ElementsAre("video: State=WaitData")) << "nothing is flushed, no range is told";
     mHandler.Resume();
 
-    // What came before is still there, and what comes now goes on behind it.
+    // What came before is still there, and what comes now follows it.
     Send(11, 4);
     EXPECT_FALSE(mHandler.Fill(0));
     Send(12, 7);

@@ -29,7 +29,7 @@ TEST(NormalizedSDPTest, DescriptionsAreWrittenAsTheyAreMeant) {
                   "m=audio 0 RTP/AVP 97|a=fmtp:97 config=AbC;mode=AAC-hbr;SizeLength=13"},
              Case{"a value of its own case", "m=video 0 RTP/AVP 96|a=fmtp:96 Sprop-Parameter-Sets=Z0I=,aM4=",
                   "m=video 0 RTP/AVP 96|a=fmtp:96 sprop-parameter-sets=Z0I=,aM4="},
-             // 67 42, 68 ce 3c 80: with 00 00 00 01 in front, 00 00 behind, and both in one entry.
+             // 67 42, 68 ce 3c 80: with 00 00 00 01 in front, 00 00 after, and both in one entry.
              Case{"parameter sets as they stand in a file",
                   "m=video 0 RTP/AVP 96|a=fmtp:96 sprop-parameter-sets=AAAAAWdC,aM48gAAA;a=1",
                   "m=video 0 RTP/AVP 96|a=fmtp:96 sprop-parameter-sets=Z0I=,aM48gA==;a=1"},

@@ -12,7 +12,7 @@ namespace Player::Testing {
 
 using TestSupport::Bytes;
 
-/// A copy in a heap block of exactly that size, so that the address sanitizer guards the byte behind it.
+/// A copy in a heap block of exactly that size, so that the address sanitizer guards the byte after it.
 inline Bytes Exactly(const Bytes& aBytes) {
     return Bytes(aBytes.begin(), aBytes.end());
 }
@@ -64,7 +64,7 @@ public:
     CompoundBuilder& SDES() { return Raw(202, {mSSRC, 0x01020000}); }
     CompoundBuilder& BYE() { return Raw(203, {mSSRC}); }
     CompoundBuilder& APP() { return Raw(204, {mSSRC, 0x6E616D65}); }
-    /// A packet of any type, with these words behind its header.
+    /// A packet of any type, with these words after its header.
     CompoundBuilder& Raw(Byte aType, const std::vector<UInt>& aWords, UInt aVersion = 2) {
         mBytes.push_back(static_cast<Byte>(aVersion << 6));
         mBytes.push_back(aType);

@@ -16,7 +16,7 @@ struct Device {
     const char* mHabit;
     /// As in "RTSP:Transports".
     const char* mTransports;
-    /// What is asked for, as it stands behind the host in the URL.
+    /// What is asked for, as it stands after the host in the URL.
     const char* mPath;
     /// Formats of the tracks that play, in order.
     std::vector<std::string> mTracks;

@@ -363,7 +363,7 @@ TEST_F(ConnectionTest, ACarriageReturnIsNotWaitedUpon) {
     mPeer.Send("b\r");
     EXPECT_TRUE(mConnection.ReadLn(lLine));
     EXPECT_EQ("b", lLine);
-    // ... or a whole one; only the first byte behind it can tell.
+    // ... or a whole one; only the first byte after it can tell.
     mPeer.Send("c\n");
     EXPECT_TRUE(mConnection.ReadLn(lLine));
     EXPECT_EQ("c", lLine);

@@ -217,7 +217,7 @@ TEST_F(MessagesTest, EmptyLinesInFrontOfAMessageOrFrameAreSkipped) {
     }
 }
 
-// What lies behind a body that was cut short may look like anything, even like a frame that must not be.
+// What lies after a body that was cut short may look like anything, even like a frame that must not be.
 TEST_F(MessagesTest, NothingIsReadBehindARequestThatWasCutShort) {
     mPeer.Deliver("SET_PARAMETER * RTSP/1.0\r\nCSeq: 3\r\nContent-Length: 100\r\n\r\n");
     std::thread lSender([&] { mPeer.SendWhenRead(std::string("$\0\xFF\xFF", 4)); });
@@ -276,7 +276,7 @@ TEST_F(MessagesTest, AReportGoesStraightToTheServer) {
     EXPECT_FALSE(mPeer.HasCaller());
 }
 
-// The report that answers a frame finds the connection broken while the frames behind it are still there.
+// The report that answers a frame finds the connection broken while the frames after it are still there.
 TEST_F(MessagesTest, AConnectionThatBreaksAmidFramesIsSurvived) {
     const Bytes lReport = TestSupport::SenderReport(7, 1, 1);
     std::string lFrames = Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, lReport));

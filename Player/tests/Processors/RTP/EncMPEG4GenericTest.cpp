@@ -14,7 +14,7 @@ Chain Track(const std::string& aFmtParams) {
     return Chain("enc-mpeg4-generic", aFmtParams.c_str());
 }
 
-/// Whether a packet whose AU header is behind `aWidth` bits of other fields is read rightly.
+/// Whether a packet whose AU header is after `aWidth` bits of other fields is read rightly.
 void ExpectFieldsOf(UInt aWidth, const std::string& aFmtParams) {
     Chain lChain = Track(aFmtParams + ";sizelength=13;indexlength=3");
     const AUHeaders lHeaders = AUHeaders().Put(aWidth, 0).Put(13, 4).Put(3, 5);

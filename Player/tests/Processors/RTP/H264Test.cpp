@@ -13,7 +13,7 @@ using testing::IsEmpty;
 
 constexpr UInt kLimit = Processors::RTP::Depacketizer::kMaxPendingBytes;
 
-/// A NAL unit as it stands in a sample: behind its length.
+/// A NAL unit as it stands in a sample: after its length.
 Bytes Unit(const Bytes& aNAL) {
     const UInt lSize = static_cast<UInt>(aNAL.size());
     return Bytes{static_cast<Byte>(lSize >> 24), static_cast<Byte>(lSize >> 16), static_cast<Byte>(lSize >> 8),
@@ -21,7 +21,7 @@ Bytes Unit(const Bytes& aNAL) {
            aNAL;
 }
 
-/// One unit of an aggregate: behind its 16-bit size.
+/// One unit of an aggregate: after its 16-bit size.
 Bytes Aggregated(const Bytes& aNAL) {
     return Bytes{static_cast<Byte>(aNAL.size() >> 8), static_cast<Byte>(aNAL.size())} + aNAL;
 }
@@ -212,7 +212,7 @@ TEST_F(H264Test, BadSizesInAnAggregateAreSteppedOver) {
         {"a size beyond the end, then a unit", Bytes{0x78, 0x00, 0x05} + Aggregated(lNAL), Unit(lNAL)},
         {"a size that just fits", {0x78, 0x00, 0x03, 0x41, 1, 2}, Unit({0x41, 1, 2})},
         {"a size one too large", {0x78, 0x00, 0x04, 0x41, 1, 2}, {}},
-        // The 2 bytes behind a bad size are the next size, whatever they were meant to be.
+        // The 2 bytes after a bad size are the next size, whatever they were meant to be.
         {"resynchronised within a unit", {0x78, 0xFF, 0xFF, 0x00, 0x01, 0x09}, Unit({0x09})},
         {"two bytes left over", Bytes{0x78} + Aggregated(lNAL) + Bytes{0x00, 0x01}, Unit(lNAL)},
         {"the largest size", {0x78, 0xFF, 0xFF, 0x41}, {}},

@@ -43,7 +43,7 @@ TEST(URLResolutionTest, ReferencesAreResolved) {
              Case{"rtsp://h/cam?channel=1", "?ctype=video", "rtsp://h/cam?ctype=video"},
              Case{"rtsp://h/cam?channel=1", "*", "rtsp://h/cam?channel=1"},
              Case{"rtsp://h?channel=1", "trackID=1", "rtsp://h/trackID=1?channel=1"},
-             // A slash behind the query makes it part of a folder's name.
+             // A slash after the query makes it part of a folder's name.
              Case{"rtsp://h/cam?channel=1&subtype=0/", "trackID=1", "rtsp://h/cam?channel=1&subtype=0/trackID=1"},
              Case{"rtsp://h/cam?channel=1/", "/1", "rtsp://h/1?channel=1/"},
              // RFC 3986 section 5.4, as far as it is about paths.
