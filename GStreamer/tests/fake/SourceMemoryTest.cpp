@@ -3,6 +3,7 @@
 
 #include "Memory.hpp"
 #include "support/Feeder.hpp"
+#include "support/QuickSleep.hpp"
 
 namespace ElementTest {
 namespace {
@@ -54,6 +55,8 @@ TEST(SourceMemorySlow, AnyAllocationMayFindNone) {
     lServer.Describe({FakeServer::H264(), lSound, lPicture});
     lServer.Range(0, 20);
     const Feeder lFeeder(lServer);
+    // Each play waits for packets several times.
+    const QuickSleep lQuick;
     BareElement lElement;
     bool lHappened = true;
     unsigned lNumber = 0;

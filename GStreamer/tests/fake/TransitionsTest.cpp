@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "support/DebugCapture.hpp"
+#include "support/QuickSleep.hpp"
 #include "support/SourceFixture.hpp"
 
 namespace ElementTest {
@@ -69,6 +70,7 @@ TEST_F(TransitionsSlow, AStartEndsThoughNothingThatComesMakesAPacket) {
     mServer.Describe({FakeServer::H264()});
     mServer.Range(0, 60);
     const DebugCapture lLog("virertsp_source");
+    const QuickSleep lQuick;
     EXPECT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
     EXPECT_EQ(1U, lLog.Count(GST_LEVEL_WARNING, "No packet among all that the server sends; going on without"));
     EXPECT_EQ(GST_STATE_CHANGE_SUCCESS, mElement.Set(GST_STATE_PLAYING));
@@ -80,13 +82,17 @@ TEST_F(TransitionsSlow, MediaThatGatherForLongAreWaitedFor) {
     mServer.Range(0, 60);
     mElement.SetText("rtp-buffer-size", "40");
     const DebugCapture lLog("virertsp_source");
-    std::thread lLater([this] {
-        std::this_thread::sleep_for(std::chrono::seconds(33));
-        mServer.Push(0, 0, "gathered");
+    // One look at the network in 2 ms.
+    constexpr int kLooksIn33Seconds = 33 * 500;
+    int lLooks = 0;
+    mServer.On("TakeIn", [this, &lLooks] {
+        if (kLooksIn33Seconds == ++lLooks) { mServer.Push(0, 0, "gathered"); }
     });
+    const QuickSleep lQuick;
     EXPECT_EQ(GST_STATE_CHANGE_NO_PREROLL, Preroll());
     EXPECT_EQ(0U, lLog.Count(GST_LEVEL_WARNING, "No packet among all that the server sends; going on without"));
-    lLater.join();
+    EXPECT_LE(kLooksIn33Seconds, lLooks);
+    mServer.Clear("TakeIn");
 }
 
 TEST_F(Transitions, ALocationWithoutSchemeIsNone) {
