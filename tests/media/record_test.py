@@ -54,7 +54,7 @@ class RecordTest(unittest.TestCase):
         self.record_clip(LONG, ["--udp-only"])
 
     def test_tcp(self):
-        self.record_clip(LONG, ["--tcp-only"], ["--tcp"])
+        self.record_clip(SHORT, ["--tcp-only"], ["--tcp"])
 
     def test_tcp_where_udp_is_refused(self):
         self.record_clip(SHORT, ["--tcp-only"])
