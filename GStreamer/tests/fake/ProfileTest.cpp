@@ -229,7 +229,7 @@ TEST_F(ProfileTest, FailuresAreErrorsInModernOnly) {
     mServer.On("Play", Throws<Player::RTSPErr>(Player::ErrorCode::kMulticastOnly));
     EXPECT_FALSE(Start());
     EXPECT_EQ(
-        "failure resource 3 Playing rtsp://host/clip failed: the server offers multicast only, which is not supported.",
+        "failure resource 1 Playing rtsp://host/clip failed: the server offers multicast only, which is not supported.",
         mElement.TakeMessages({"failure"}).at(0));
     mServer.On("Play", Throws<Player::NetworkErr>(5));
     EXPECT_FALSE(Start());
