@@ -284,7 +284,7 @@ TEST(RecordTest, MediaThatStopBeforeTheDescribedEndAreATimeOut) {
         std::string lPlay = kPlayInterleaved;
         lPlay.insert(lPlay.find("S: RTP-Info"), std::string("S: Range: npt=0-") + (lEarly ? "1.2" : "0.5") + "\n");
         const auto lPacket = RtpPacket().Seq(1).Timestamp(9000).Ssrc(6).Marker().Payload({0x65, 0x88}).Build();
-        ScriptedServer lServer(Describe(kVideo) + lPlay + "S$ 0 " + Hex(lPacket) + "\nCLOSE");
+        ScriptedServer lServer(Describe(kVideo) + lPlay + "S$ 0 " + Hex(lPacket) + "\nCLOSE\nACCEPT\n" + kTeardown);
         const Outcome lOutcome = Record({lServer.URL(), "--tcp", "-o", "/dev/null", "-c", "RTSP:TimeOutRTPAfter=3"});
         EXPECT_EQ(lEarly ? kExitTimeOut : kExitOk, lOutcome.mCode);
         EXPECT_EQ(lEarly ? "virertsp: Media stopped coming at 00:00.0, before the described end at 00:01.2.\n" : "",
@@ -331,7 +331,7 @@ std::string Groups() {
     return lMedia + "S$ 1 " + Hex(lBye) + "\n";
 }
 
-/// What a file holds behind the parameter sets of the description.
+/// What a file holds after the parameter sets of the description.
 std::string Pictures(const std::string& aFile) {
     constexpr std::size_t kSets = 12;
     return aFile.size() < kSets ? "" : aFile.substr(kSets);
