@@ -16,7 +16,7 @@ namespace {
 
 std::string AudioSpecificConfigIn(const std::string& aStreamMuxConfig) {
     const Parser::StreamMuxConfig lMux(aStreamMuxConfig);
-    if (0 != lMux.mVersion) { Refuse("Its LATM configuration is of version 1, which is not understood here."); }
+    if (0 != lMux.mVersion) { Refuse("Its LATM configuration is of version 1, which is not supported."); }
     if (!lMux.mIsOneLayer) { Refuse("Several programs or layers are in its LATM stream."); }
     return lMux.mAudioSpecificConfig;
 }

@@ -24,7 +24,7 @@ constexpr char kSummary[] =
     "  MP4A-LATM, mpeg4-generic  .aac   AAC in ADTS\n"
     "  AMR                       .amr   storage format\n"
     "or with an --output that ends in .mp4 or .mkv all tracks into that one file.\n"
-    "Tracks that can't be written are told and dropped while the others go on.";
+    "Tracks that can't be written are reported and dropped; the others go on.";
 
 constexpr const char* kForeignEndings[] = {".264", ".3gp", ".aac", ".amr", ".avi", ".flv", ".h264", ".m4a", ".m4v",
                                            ".mka", ".mov", ".mp3", ".mpg", ".ogg", ".ts",  ".wav",  ".webm"};
@@ -68,9 +68,9 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     const GOptionEntry lEntries[] = {
         {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText, "Directory, or an .mp4 or .mkv file; or /dev/null",
          "DIR|FILE"},
-        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much play time", "N"},
-        {"tracks", 0, 0, G_OPTION_ARG_STRING, &lTracks.mText, "Write these tracks alone, such as 0,2", "LIST"},
-        {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace files that are there", nullptr},
+        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after this many seconds of play time", "N"},
+        {"tracks", 0, 0, G_OPTION_ARG_STRING, &lTracks.mText, "Write only these tracks, such as 0,2", "LIST"},
+        {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace existing files", nullptr},
         {"split", 0, 0, G_OPTION_ARG_STRING, &lSplit.mText, "New files after each 10min, 100MB, ...", "TIME|SIZE"},
         {"reconnect", 'r', 0, G_OPTION_ARG_NONE, &lReconnect, "After a failure go on in new files", nullptr},
         {"times", 0, 0, G_OPTION_ARG_NONE, &lTimes, "Write the samples' play times into trackN.times", nullptr},

@@ -43,9 +43,9 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Set
     const GOptionEntry lEntries[] = {
         {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lOutput.mText, "The page to write", "FILE"},
         {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after that many seconds (30), 0 for never", "N"},
-        {"log", 'l', 0, G_OPTION_ARG_FILENAME, &lLog.mText, "Keep what the page is made of, as JSON lines", "FILE"},
+        {"log", 'l', 0, G_OPTION_ARG_FILENAME, &lLog.mText, "Write the measurements as JSON lines", "FILE"},
         {"no-pictures", 0, 0, G_OPTION_ARG_NONE, &lNoPictures, "Decode no pictures", nullptr},
-        {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace files that are there", nullptr},
+        {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace existing files", nullptr},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries, Operands::kURLOrFile);
@@ -56,7 +56,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Set
     if (FALSE != lForce) { aSettings.mExisting = OutputFile::Existing::kReplace; }
     if (lGoOn && aSettings.mOutput.empty()) { throw Failure(kExitUsage, "Missing --output FILE."); }
     if (lGoOn && aSession.IsFile() && !aSettings.mLog.empty()) {
-        throw Failure(kExitUsage, "--log is for a location.");
+        throw Failure(kExitUsage, "--log needs a location, not a file.");
     }
     return lGoOn;
 }
@@ -134,7 +134,7 @@ void ReportFile(const std::string& aPath, const Settings& aSettings) {
     for (std::string lLine; std::getline(lFile, lLine);) {
         lAny = lFindings.Take(lLine) || lAny;
     }
-    if (!lAny) { throw Failure(kExitUsage, aPath + " has no line that a report is made of."); }
+    if (!lAny) { throw Failure(kExitUsage, aPath + " contains no lines for a report."); }
     OutputFile lPage(aSettings.mOutput, aSettings.mExisting);
     const std::string lText = Page(lFindings).Text();
     lPage.Write(lText.data(), lText.size());

@@ -92,8 +92,9 @@ bool SessionOptions::Parse(int aCount, char** aArguments, const char* aSummary, 
                            Operands aOperands) {
     gboolean lHelp = FALSE;
     const GOptionEntry lCommon[] = {
-        {"transport", 0, 0, G_OPTION_ARG_STRING, &mTransport.mText, "Ways for media: udp, tcp, or udp,tcp", "LIST"},
-        {"tcp", 't', 0, G_OPTION_ARG_NONE, &mTCP, "The same as --transport tcp", nullptr},
+        {"transport", 0, 0, G_OPTION_ARG_STRING, &mTransport.mText, "Transports for media: udp, tcp, or udp,tcp",
+         "LIST"},
+        {"tcp", 't', 0, G_OPTION_ARG_NONE, &mTCP, "Short for --transport tcp", nullptr},
         {"user", 'u', 0, G_OPTION_ARG_STRING, &mUser.mText, "User; password: VIRERTSP_PASSWORD or terminal", "NAME"},
         {"authorities", 0, 0, G_OPTION_ARG_FILENAME, &mAuthorities.mText, "Certificates that vouch for rtsps servers",
          "FILE"},

@@ -33,7 +33,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Set
     gdouble lSeconds = 0;
     const GOptionEntry lEntries[] = {
         {"json", 'j', 0, G_OPTION_ARG_NONE, &lJson, "Write one JSON object per line", nullptr},
-        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much time", "N"},
+        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after this many seconds", "N"},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries);

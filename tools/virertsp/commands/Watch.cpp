@@ -43,7 +43,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Set
     gdouble lSeconds = 0;
     const GOptionEntry lEntries[] = {
         {"json", 'j', 0, G_OPTION_ARG_NONE, &lJson, "Write one JSON object per second", nullptr},
-        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after so much time", "N"},
+        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after this many seconds", "N"},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries, Operands::kURLs);
@@ -52,7 +52,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Set
     return lGoOn;
 }
 
-/// Interrupts come to the thread that shows; the others are told.
+/// Interrupts come to the thread that shows, which passes them on to the others.
 class NoInterrupts {
 public:
     NoInterrupts() {

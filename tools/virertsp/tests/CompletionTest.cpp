@@ -42,7 +42,7 @@ TEST(CompletionTest, OffersEveryOptionOfTheHelp) {
 }
 
 TEST(CompletionTest, AnOptionsNameIsFollowedByItsMeaning) {
-    EXPECT_EQ("--seconds\tStop after so much play time\n", Offered(RunRecord, {"--sec"}));
+    EXPECT_EQ("--seconds\tStop after this many seconds of play time\n", Offered(RunRecord, {"--sec"}));
     EXPECT_EQ("", Offered(RunRecord, {"--nonsense"}));
 }
 

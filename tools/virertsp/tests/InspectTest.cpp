@@ -73,7 +73,7 @@ TEST(ProbeTest, TellsAllThatTheServerSays) {
     EXPECT_THAT(lOutcome.mOutput, StartsWith("{\"url\":\"" + lServer.URL() + "\",\"server\":\"Test\\u001b[2J/1.0\","));
     for (const char* const lPiece : {
              R"("range":{"begin_s":0.000,"end_s":12.500},"session":{"SessionName":"A \"name\"","StartTime":"0",)",
-             R"({"track":null,"becomes":{"format":"VP8","obstacle":"There is no file format here for VP8."},)",
+             R"({"track":null,"becomes":{"format":"VP8","obstacle":"No file format is known for VP8."},)",
              R"({"track":0,"becomes":{"format":"H.264","profile":"High","level":"4","extension":".h264"},)",
              R"("Transport":"RTP/AVP","PayloadType":"96",)",
              R"({"method":"SETUP","url":"rtsp://127.0.0.1:)",
@@ -91,7 +91,7 @@ TEST(ProbeTest, TellsPeopleTheSameWithoutCommandingTheirTerminal) {
     for (const char* const lLine : {
              "  Server                 Test?[2J/1.0\n",
              "  Range                  00:00.0 to 00:12.5\n",
-             "no track: VP8; can't be played; There is no file format here for VP8.\n",
+             "no track: VP8; can't be played; No file format is known for VP8.\n",
              "track 0: H.264 High, level 4; .h264\n",
              "  Id                     second\n",
              " ms  200 OK  rtsp://127.0.0.1:",
@@ -120,8 +120,7 @@ TEST(ProbeTest, WhyATrackCantBePlayed) {
     EXPECT_THAT(lOutcome.mOutput,
                 HasSubstr("no track: AAC LC, 44100 Hz, 2 channels; can't be played; The description says "
                           "MPEG4-GENERIC where mpeg4-generic is understood.\n"));
-    EXPECT_THAT(lOutcome.mOutput,
-                HasSubstr("no track: PCMU; can't be played; There is no file format here for PCMU.\n"));
+    EXPECT_THAT(lOutcome.mOutput, HasSubstr("no track: PCMU; can't be played; No file format is known for PCMU.\n"));
     EXPECT_THAT(lOutcome.mErrors, HasSubstr("can be played: MPEG4-GENERIC, PCMU.\n"));
 }
 

@@ -99,8 +99,7 @@ TEST(AdtsWriterTest, WhatTheHeadersHaveNoPlaceFor) {
              Case{"mpeg4-generic", "config=1240", "An .aac file can't hold channel configuration 8."},
              Case{"mpeg4-generic", "config=1214", "An .aac file can't hold frames of 960 samples."},
              Case{"MP4A-LATM", "cpresent=1", "Its description has no audio configuration."},
-             Case{"MP4A-LATM", "config=c0002420",
-                  "Its LATM configuration is of version 1, which is not understood here."},
+             Case{"MP4A-LATM", "config=c0002420", "Its LATM configuration is of version 1, which is not supported."},
              Case{"MP4A-LATM", "config=40022420", "Several programs or layers are in its LATM stream."},
              Case{"MP4A-LATM", "config=40102420", "Several programs or layers are in its LATM stream."},
          }) {
@@ -151,7 +150,7 @@ TEST(AmrWriterTest, OtherSizesAreNoFrames) {
 
 TEST(AmrWriterTest, PayloadsThatAreNotTakenApart) {
     for (const std::string lOption : {"octet-align=0", "crc=1", "robust-sorting=1", "interleaving=4", "channels=2"}) {
-        ExpectRefused(Track("AMR", "mode-set=7;" + lOption), "AMR with " + lOption + " is not understood here.");
+        ExpectRefused(Track("AMR", "mode-set=7;" + lOption), "AMR with " + lOption + " is not supported.");
     }
     EXPECT_EQ("#!AMR\n",
               Written(Track("AMR", "octet-align=1;crc=0;robust-sorting=0;interleaving=0;channels=1"), ".amr", {}));
@@ -159,11 +158,11 @@ TEST(AmrWriterTest, PayloadsThatAreNotTakenApart) {
     lStereo.Insert("EncParams", "1");
     EXPECT_EQ(".amr", FileExtension(lStereo));
     lStereo.Insert("EncParams", "2");
-    ExpectRefused(lStereo, "AMR of 2 channels is not understood here.");
+    ExpectRefused(lStereo, "AMR of 2 channels is not supported.");
 }
 
 TEST(WriterTest, WhatHasNoFile) {
-    ExpectRefused(Track("VP8", ""), "There is no file format here for VP8.");
+    ExpectRefused(Track("VP8", ""), "No file format is known for VP8.");
     ExpectRefused(Track("enc-mpeg4-generic", "mode=AAC-hbr;config=1210"), "It is encrypted, and there is no key.");
 }
 

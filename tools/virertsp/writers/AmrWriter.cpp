@@ -26,14 +26,14 @@ constexpr Option kOptions[] = {
 void AmrWriter::Check(const Player::Properties& aTrack) {
     const std::string lChannels = aTrack.Get("EncParams");
     if (Player::DecimalToUInt(lChannels, 1) > 1) {
-        throw Failure(kExitNothingPlayable, "AMR of " + lChannels + " channels is not understood here.");
+        throw Failure(kExitNothingPlayable, "AMR of " + lChannels + " channels is not supported.");
     }
     const Player::FormatParameters lParameters = FormatParametersOf(aTrack);
     for (const Option& lOption : kOptions) {
         const std::string lValue = lParameters.Get(lOption.mName);
         if (!lValue.empty() && lOption.mPlain != Player::DecimalToUInt(lValue)) {
             throw Failure(kExitNothingPlayable,
-                          std::string("AMR with ") + lOption.mName + "=" + lValue + " is not understood here.");
+                          std::string("AMR with ") + lOption.mName + "=" + lValue + " is not supported.");
         }
     }
 }

@@ -102,7 +102,7 @@ std::unique_ptr<Writer> AvContainer::AddTrack(const Player::Properties& aTrack) 
     const Coding lCoding = CodingOf(aTrack);
     const bool lIsH264 = Coding::kH264 == lCoding;
     if (0 == strcasecmp("AMR", aTrack.Get("Format").c_str())) {
-        throw Failure(kExitNothingPlayable, "AMR goes into files of its own alone.");
+        throw Failure(kExitNothingPlayable, "AMR can only be recorded to a directory, one file per track.");
     }
     if (lIsH264) { AvcConfiguration(aTrack); }
     AVStream* const lStream = avformat_new_stream(mContext, nullptr);

@@ -46,7 +46,7 @@ const Format& FormatOf(const Player::Properties& aTrack) {
     for (const Format& lFormat : kFormats) {
         if (0 == strcasecmp(lName.c_str(), lFormat.mName)) { return lFormat; }
     }
-    throw Failure(kExitNothingPlayable, "There is no file format here for " + FormatName(aTrack) + ".");
+    throw Failure(kExitNothingPlayable, "No file format is known for " + FormatName(aTrack) + ".");
 }
 
 class NullWriter : public Writer {
