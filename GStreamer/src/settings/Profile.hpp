@@ -40,7 +40,7 @@ public:
     /// Whether a stream ends, alone, when what it is linked to says that it is at its end. Otherwise it goes on
     /// pushing.
     virtual bool ends_with_its_peer() const = 0;
-    /// Whether a player that takes the place of a worn-out one is given the settings, and the time-outs count.
+    /// Whether a player made anew after a time-out is given the settings, the pads stay, and the time-outs count.
     virtual bool keeps_settings() const = 0;
     /// Whether each stream's position is that of its media. Otherwise visual's is the pipeline's.
     virtual bool positions_are_of_media() const = 0;

@@ -82,9 +82,10 @@ bool Source::guarded(const char* aWhat, const std::function<void()>& aAction) {
 }
 
 void Source::resetPlayerLib() {
-    delete_all_streams();
+    const bool lKeeps = m_options.profile().keeps_settings();
+    if (!lKeeps) { delete_all_streams(); }
     m_player.Renew();
-    if (m_options.profile().keeps_settings()) { give_settings(); }
+    if (lKeeps) { give_settings(); }
     m_networkTimedOut = false;
     m_buffering.forget();
 }

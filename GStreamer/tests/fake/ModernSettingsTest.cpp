@@ -18,9 +18,13 @@ TEST_F(ModernSettings, APlayerThatIsMadeAnewIsGivenTheSettings) {
         ASSERT_TRUE(mElement.Play());
         ASSERT_TRUE(mElement.AwaitMessage("error 33043"));
         mElement.TakeMessages();
+        const std::size_t lSignals = mElement.PadSignals().size();
+        mElement.Sink(0)->Clear();
         mElement.Set(GST_STATE_READY);
         mServer.Push(0, 0, "x");
         ASSERT_TRUE(mElement.Play());
+        EXPECT_EQ(lModern && kPadsSurviveReady, lSignals == mElement.PadSignals().size()) << "links stay";
+        EXPECT_TRUE(mElement.Sink(0)->Await("buffer"));
         EXPECT_EQ(lMade + 1, mServer.PlayersMade());
         EXPECT_EQ(lModern ? "modern" : "(none)", mServer.Setting("RTSP:Profile"));
         EXPECT_EQ(lModern ? "192.0.2.9:80" : "(none)", mServer.Setting("RTSP:UseProxy"));
