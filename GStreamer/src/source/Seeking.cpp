@@ -40,6 +40,11 @@ bool Seeking::find(GstEvent* aSeek, gint64& aPosition) const {
     return true;
 }
 
+bool Seeking::is_end(gint64 aPosition) const {
+    const Lock lLock(m_mutex);
+    return m_end > m_start && aPosition >= m_end;
+}
+
 bool Seeking::answer(GstQuery* aQuery) const {
     GstFormat lFormat = GST_FORMAT_UNDEFINED;
     gst_query_parse_seeking(aQuery, &lFormat, nullptr, nullptr, nullptr);

@@ -16,6 +16,8 @@ public:
 
     /// Where the seek leads to, within the range; false for one that can't be done.
     bool find(GstEvent* aSeek, gint64& aPosition) const;
+    /// Nothing is left to play from there.
+    bool is_end(gint64 aPosition) const;
     /// Answers a query for what can be sought; false for another format than time.
     bool answer(GstQuery* aQuery) const;
 

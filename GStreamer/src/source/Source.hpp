@@ -116,6 +116,7 @@ private:
 
     void do_requests();
     void seek(gint64 aPosition, guint32 aSeqnum);
+    void seek_end(gint64 aPosition, guint32 aSeqnum);
     void end(guint32 aSeqnum);
     /// Pauses the server of an element that stayed PAUSED.
     void check_if_paused(GstClockID aId);
@@ -129,6 +130,7 @@ private:
     bool new_channel(Change aChange = Change::kLocation, guint32 aSeqnum = 0);
     bool start_channel();
     void resume();
+    bool has_more();
     void remember_resume_position();
     /// What belongs to one presentation, or one pause of it.
     void forget_presentation();

@@ -50,7 +50,18 @@ void Source::do_requests() {
     if (m_requests.take_pause_check(lId)) { check_if_paused(lId); }
 }
 
+/// A server has nothing to send from the end on, and may not say so: there the streams end by themselves.
+void Source::seek_end(gint64 aPosition, guint32 aSeqnum) {
+    m_resumption.arrived();
+    m_streams.flush(aSeqnum);
+    m_streams.end(aSeqnum, aPosition);
+}
+
 void Source::seek(gint64 aPosition, guint32 aSeqnum) {
+    if (m_options.profile().heeds_events() && m_seeking.is_end(aPosition)) {
+        seek_end(aPosition, aSeqnum);
+        return;
+    }
     m_resumption.sought(aPosition);
     if (!m_resumption.server_paused()) {
         new_channel(Change::kSeek, aSeqnum);

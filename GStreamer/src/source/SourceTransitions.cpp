@@ -63,7 +63,8 @@ bool Source::pausedToPlaying() {
     }
     m_goesToPlaying = true;
     const bool lServerPaused = m_resumption.server_paused();
-    if (lServerPaused) { resume(); }
+    if (lServerPaused && has_more()) { resume(); }
+    m_resumption.set_server_paused(false);
     forget_presentation();
     if (profile().pauses_in_place()) {
         m_buffering.answer();
@@ -85,7 +86,11 @@ void Source::resume() {
         go_on(lWay);
         wait_for_packets();
     });
-    m_resumption.set_server_paused(false);
+}
+
+/// A clip that was paused at its end stays there: the server has nothing more to send.
+bool Source::has_more() {
+    return is_live() || !profile().pauses_in_place() || !m_streams.all_have_ended();
 }
 
 void Source::forget_presentation() {

@@ -89,8 +89,14 @@ void StreamList::go_on() {
     });
 }
 
-void StreamList::end(guint32 aSeqnum) {
-    for_each([aSeqnum](Stream& aStream) { aStream.end(aSeqnum); });
+void StreamList::end(guint32 aSeqnum, gint64 aPosition) {
+    for_each([aSeqnum, aPosition](Stream& aStream) { aStream.end(aSeqnum, aPosition); });
+}
+
+bool StreamList::all_have_ended() {
+    bool lAll = true;
+    for_each([&lAll](Stream& aStream) { lAll = lAll && aStream.has_ended(); });
+    return lAll;
 }
 
 void StreamList::stop() {

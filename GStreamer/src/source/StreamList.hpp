@@ -42,7 +42,9 @@ public:
     void go_on();
     void stop();
     /// Ends the streams.
-    void end(guint32 aSeqnum);
+    void end(guint32 aSeqnum, gint64 aPosition = -1);
+    /// Nothing goes out of any stream until it is flushed.
+    bool all_have_ended();
 
     /// From any thread: whether no track has had data for a while.
     bool all_have_no_data() const;

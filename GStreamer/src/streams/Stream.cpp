@@ -154,8 +154,9 @@ void Stream::end_of_stream() {
 }
 
 /// The task is started also in PAUSED, where it pushes nothing else.
-void Stream::end(guint32 aSeqnum) {
+void Stream::end(guint32 aSeqnum, gint64 aPosition) {
     m_seqnum = aSeqnum;
+    m_endPosition = aPosition;
     m_endWanted = true;
     gst_task_start(m_task);
 }
@@ -180,7 +181,7 @@ GHashTable* Stream::split_fmt_params(const std::string& aText) {
 
 void Stream::iterate() {
     const ThreadMark lMark(m_element, ThreadMark::Kind::kStreaming);
-    if (m_endWanted && m_running) { end_of_stream(); }
+    if (m_endWanted && m_running) { end_as_wanted(); }
     if (m_ended && m_profile.load()->ends_with_its_peer()) {
         drop_packets();
         rest();
@@ -248,6 +249,14 @@ int Stream::wait_or_rest() {
         std::chrono::duration_cast<std::chrono::microseconds>(steady_clock::now() - lBegin).count());
 }
 
+void Stream::end_as_wanted() {
+    const gint64 lPosition = m_endPosition;
+    if (lPosition >= 0 && take_new_segment()) {
+        push_segment(gst_event_new_new_segment(FALSE, 1.0, GST_FORMAT_TIME, lPosition, -1, lPosition));
+    }
+    end_of_stream();
+}
+
 void Stream::drop_packets() {
     try {
         for (int lDropped = 0; lDropped < kDropAtMost && m_player.TakePacket(m_track); ++lDropped) {}
@@ -294,7 +303,8 @@ void Stream::handle_end(bool aTimedOut) {
         GST_DEBUG_OBJECT(m_pad, "End of stream for track %d\n", static_cast<int>(m_track));
         end_of_stream();
     }
-    m_running = false;
+    // In modern the end itself stops the loop, until a flush.
+    m_running = !aTimedOut && m_profile.load()->ends_with_its_peer();
 }
 
 }  // namespace nsGstVireRtspSrc

@@ -56,8 +56,10 @@ public:
     bool is_flushing() const { return m_flushing; }
     /// In modern once: nothing follows until a flush, or a run that begins a segment.
     void end_of_stream();
-    /// Has the task end the stream as soon as it can, with an event of that number.
-    void end(guint32 aSeqnum);
+    /// Has the task end the stream as soon as it can, with an event of that number. Where a segment is due it begins
+    /// with that position, in ns, if there is one.
+    void end(guint32 aSeqnum, gint64 aPosition = -1);
+    bool has_ended() const { return m_ended; }
     /// Before the task runs.
     void set_profile(const Profile& aProfile) { m_profile = &aProfile; }
     /// What the pad answers to duration queries.
@@ -103,6 +105,7 @@ private:
     void drop_packets();
     void take_rest_or_end(bool aTimedOut);
     void handle_end(bool aTimedOut);
+    void end_as_wanted();
 
     GstElement* const m_element;
     StreamController* const m_controller;
@@ -111,6 +114,7 @@ private:
     std::atomic<bool> m_newSegment{true};
     std::atomic<bool> m_resumed{false};
     std::atomic<bool> m_endWanted{false};
+    std::atomic<gint64> m_endPosition{-1};
     std::atomic<bool> m_ended{false};  ///< The end of stream is out.
     std::atomic<guint32> m_seqnum{0};  ///< Of the next segment or end; 0 for any.
     std::atomic<const Profile*> m_profile{&Profile::Named(Profile::kClassic)};

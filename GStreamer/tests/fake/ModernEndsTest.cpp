@@ -12,8 +12,12 @@ TEST_F(ModernEnds, AStreamThatHasEndedStaysEndedThroughAPause) {
     mServer.End(0, "EndTime");
     ASSERT_TRUE(mElement.Sink(0)->Await("eos"));
     mElement.Set(GST_STATE_PAUSED);
+    EXPECT_EQ(Texts{"Pause"}, mServer.TakeCalls());
+    mServer.On("Resume", Throws<Player::RTSPErr>(1, "Clip has ended"));
     EXPECT_EQ(GST_STATE_CHANGE_SUCCESS, mElement.Set(GST_STATE_PLAYING));
+    EXPECT_EQ(Texts(), mServer.TakeCalls());
     EXPECT_EQ(0U, mElement.Sink(0)->Count("flush-start"));
+    EXPECT_EQ(Texts(), mElement.TakeMessages({"error", "failure", "warning"}));
 }
 
 TEST_F(ModernEnds, ATrackWhosePeerIsAtItsEndEndsAlone) {
