@@ -148,6 +148,11 @@ def track(take, channel):
     return [data for of, data in take.frames if of == channel][:MOST_PACKETS]
 
 
+# Flags of the session.
+MODERN = 8
+PASSWORD = 16
+
+
 # Steps of the session's story.
 def piece(data):
     return b"\x09" + chunk(data)
@@ -178,6 +183,7 @@ def write_sessions(name, take):
     for buffering in (0, 1):
         write("session", f"{name}_tcp{buffering}",
               bytes([1 | buffering << 1]) + played + media + PUMP + piece(teardown) + act(7))
+    write("session", f"{name}_modern", bytes([1 | MODERN]) + played + media + PUMP + piece(teardown) + act(7))
     answered = len(take.answers)
     controlled = (piece(OK % (answered, b"")) + act(3) + piece(OK % (answered + 1, RTP_INFO)) + act(4) +
                   piece(OK % (answered + 2, b"")) + piece(OK % (answered + 3, RTP_INFO + b"Range: npt=5-\r\n")) +
@@ -201,6 +207,7 @@ def write_pipelined_and_switched(take):
     pieces = piece(offered) + b"".join(piece(answer) for answer in start)
     frames = b"".join(frame(*entry) for entry in take.frames[:8])
     write("session", "pipelined", b"\x01" + pieces + act(0, 0) + frames + PUMP)
+    write("session", "pipelined_modern", bytes([1 | MODERN | PASSWORD]) + pieces + act(0, 0) + frames + PUMP)
     for name, sdp in (("switched", take.sdp), ("switched_kind", take.sdp.replace(b"m=video", b"m=movie")),
                       ("switched_count", take.sdp.split(b"m=audio")[0])):
         switched = OK % (answered, RTP_INFO + b"Content-Length: %d\r\n" % len(sdp)) + sdp
