@@ -8,7 +8,8 @@
 //     until:NAME:SECONDS         waits until the sink NAME has shown this timestamp
 //     seek:SECONDS, location:URL asks the element named "source"
 //     simple:SECONDS             seeks as most applications do, with gst_element_seek_simple on the pipeline
-//     at:SECONDS                 waits until the pipeline's position is there, and writes it down: "position NS"
+//     at:SECONDS                 waits until the pipeline's position is there, and writes it down: "position NS SINCE",
+//                                with the time since the last step that played or sought began, in ns too
 //     end                        sends the pipeline an end of stream
 //     eos                        waits for the end of all streams
 //     caps:NAME                  writes down what the sink NAME is fed with: "caps NAME CAPS"
@@ -114,6 +115,7 @@ private:
 
     GstElement* mPipeline;
     GstElement* mSource;
+    std::chrono::steady_clock::time_point mBegin;
     std::mutex mMutex;
     bool mEnded = false;   // Under mMutex.
     bool mFailed = false;  // Under mMutex.
@@ -210,7 +212,8 @@ bool Player::AwaitPosition(double aSeconds) {
         return gst_element_query_position(mPipeline, GST_FORMAT_TIME, &lPosition) &&
                static_cast<double>(lPosition) >= aSeconds * 1e9;
     });
-    Say("position " + std::to_string(lPosition));
+    const std::chrono::nanoseconds lSince = std::chrono::steady_clock::now() - mBegin;
+    Say("position " + std::to_string(lPosition) + " " + std::to_string(lSince.count()));
     return lThere;
 }
 
@@ -219,6 +222,7 @@ bool Player::Do(const std::string& aStep) {
     const auto lColon = aStep.find(':');
     const std::string lVerb = aStep.substr(0, lColon);
     const std::string lRest = std::string::npos == lColon ? "" : aStep.substr(lColon + 1);
+    if ("play" == lVerb || "seek" == lVerb || "simple" == lVerb) { mBegin = std::chrono::steady_clock::now(); }
     if ("play" == lVerb) { return Go(GST_STATE_PLAYING); }
     if ("pause" == lVerb) { return Go(GST_STATE_PAUSED); }
     if ("ready" == lVerb) { return Go(GST_STATE_READY); }

@@ -20,7 +20,8 @@ def messages(lines):
 
 
 def positions(lines):
-    return [int(line[1]) / 1e9 for line in lines if line[0] == "position"]
+    """Of the pipeline, and how long it had been on its way there, in seconds."""
+    return [(int(line[1]) / 1e9, int(line[2]) / 1e9) for line in lines if line[0] == "position"]
 
 
 @unittest.skipUnless("ELEMENT_PLAY" in os.environ, "GStreamer 1.0 is not there")
@@ -51,8 +52,10 @@ class ModernStepsTest(unittest.TestCase):
         lines = element.play_steps(line, *steps)
         self.assertEqual([], messages(lines))
         places = positions(lines)
-        for wanted, place in zip((0.5, 3.4, 4, 1.2), places):
-            self.assertLess(place - wanted, 1, places)
+        self.assertEqual(4, len(places))
+        for wanted, (place, since) in zip((0.5, 3.4, 4, 1.2), places):
+            # Where decoders are slow to start the first picture is late, and the clock has gone on meanwhile.
+            self.assertLess(place - wanted, max(1, since), places)
 
     def test_playbin(self):
         with element.serve(element.av_clip()) as url:
