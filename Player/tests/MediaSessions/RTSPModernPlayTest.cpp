@@ -193,6 +193,8 @@ TEST_F(RTSPModernPlayTest, GarbageBetweenFramesIsSteppedOver) {
     DoUntil("first", [this] { mPlayer.Fill(0); });
     mServer->Notify("more");
     DoUntil("second", [this] { mPlayer.Fill(0); });
+    // All of it may have come at once: what stands behind a frame that is no frame waits for the next look.
+    mPlayer.Fill(0);
     mPlayer.Fill(0);
     EXPECT_EQ(2U, Received());
     EXPECT_EQ(1U, mReports.Count(Severity::Warning, "RTSP: skipped 7 bytes that are no message, 7 in all"));
