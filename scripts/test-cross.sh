@@ -34,7 +34,6 @@ jobs=$(nproc)
 left_out="ReportDeathTest.DefaultReporterIsThereFromTheStart:*.DescriptorsOf1024AndAbove"
 left_out="$left_out:RTSPFallOverTest.AClosedPortLeadsToTCPAtOnce:RTSPIPv6Test.AClosedPortLeadsToTCP"
 left_out="$left_out:Pipeline*:Sinks/Pipeline*:SegmentTest.ATrackThatBeginsLaterIsShownWhole"
-left_out="$left_out:Modern.AnEndOfStreamReachesTheElementOfAPipeline"
 programs_left_out='media\.(ContainerTest\.|RecordTest\.test_(digest|basic))'
 
 say() { printf '\n== %s\n' "$*"; }

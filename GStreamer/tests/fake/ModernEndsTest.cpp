@@ -1,5 +1,4 @@
 #include "fake/ModernFixture.hpp"
-#include "support/Pipeline.hpp"
 
 namespace ElementTest {
 namespace {
@@ -56,27 +55,6 @@ TEST_F(ModernEnds, WhatComesForATrackThatHasEndedDoesNotPileUp) {
     EXPECT_EQ("buffer eos", TakeKinds(0));
 }
 
-TEST_F(ModernEnds, APipelineEndsWhenAllSinksHaveHadEnough) {
-    mServer.Describe({FakeServer::H264(), FakeServer::AAC()});
-    mServer.Film(20 * GST_MSECOND, {0, 0});
-    Pipeline lPipeline;
-    g_signal_connect(lPipeline.Get(), "element-added", G_CALLBACK(+[](GstBin*, GstElement* aElement) {
-                         const bool lIsSink = nullptr != g_strrstr(GST_OBJECT_NAME(aElement), "fakesink");
-                         if (lIsSink) { g_object_set(aElement, "num-buffers", 3, nullptr); }
-                     }),
-                     nullptr);
-    gst_util_set_object_arg(G_OBJECT(lPipeline.Source()), "profile", "modern");
-    lPipeline.SetLocation("rtsp://host/clip");
-    ASSERT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
-    GstBus* const lBus = gst_element_get_bus(lPipeline.Get());
-    GstMessage* const lEnd = gst_bus_timed_pop_filtered(
-        lBus, 10 * GST_SECOND, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    ASSERT_NE(nullptr, lEnd);
-    EXPECT_EQ(GST_MESSAGE_EOS, GST_MESSAGE_TYPE(lEnd));
-    gst_message_unref(lEnd);
-    gst_object_unref(lBus);
-}
-
 TEST_F(ModernEnds, TheEndBehindASeekHasItsNumber) {
     ServeH264();
     StartPlaying();
@@ -111,22 +89,6 @@ TEST_F(ModernEnds, AnEndOfStreamEndsAllTracks) {
         EXPECT_EQ("eos", lLast.mKind);
         EXPECT_EQ(lSeqnum, lLast.mSeqnum);
     }
-}
-
-TEST_F(ModernEnds, AnEndOfStreamReachesTheElementOfAPipeline) {
-    mServer.Describe({FakeServer::H264()});
-    mServer.Film(20 * GST_MSECOND, {0});
-    Pipeline lPipeline;
-    gst_util_set_object_arg(G_OBJECT(lPipeline.Source()), "profile", "modern");
-    lPipeline.SetLocation("rtsp://host/clip");
-    ASSERT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
-    lPipeline.Watch(3);
-    EXPECT_TRUE(gst_element_send_event(lPipeline.Get(), gst_event_new_eos()));
-    GstBus* const lBus = gst_element_get_bus(lPipeline.Get());
-    GstMessage* const lEnd = gst_bus_timed_pop_filtered(lBus, 10 * GST_SECOND, GST_MESSAGE_EOS);
-    EXPECT_NE(nullptr, lEnd);
-    if (nullptr != lEnd) { gst_message_unref(lEnd); }
-    gst_object_unref(lBus);
 }
 
 TEST_F(ModernEnds, AnEndOfStreamDuringAPauseComesAtOnce) {
