@@ -23,7 +23,6 @@ fi
 
 sysroot=build/sysroot-$triplet
 packages="libgstreamer1.0-dev libglib2.0-dev libgtest-dev libgmock-dev libstdc++-12-dev"
-jobs=$(nproc)
 
 # What an emulated process can't do:
 # - the test runs its own program again, which the kernel can't start (no binary format is registered for it);
@@ -65,12 +64,4 @@ cmake --build --preset "$machine" -- --quiet
 [ -z "$only_build" ] || exit 0
 
 say "Tests on $machine"
-log=build/$machine/ctest.log
-status=0
-ctest --preset "$machine" -j $((jobs * 2)) -E "$programs_left_out" "$@" >"$log" 2>&1 || status=$?
-if [ $status -eq 0 ]; then
-    grep -E '^[0-9]+% tests passed|^Total Test time' "$log"
-else
-    grep -vE '^ +Start +[0-9]+: |   Passed  ' "$log"
-fi
-exit $status
+exec scripts/run-tests.sh "$machine" -E "$programs_left_out" "$@"

@@ -82,16 +82,24 @@ begin_build() {
     building=$!
 }
 
-# The media tests wait for media most of the time: more of them than there are processors may run. Nearly two thousand
-# processes of one test each would take longer than the tests themselves, so a few share them.
-run_tests() {
-    ctest --preset "$1" -C Shared -LE '^each$' -j $((jobs * 2)) >"build/$1/ctest.log" 2>&1
-    status=$?
-    # What passed is not worth reading.
-    [ $status -eq 0 ] || grep -vE '^ +Start +[0-9]+: |   Passed  ' "build/$1/ctest.log"
-    closing="$closing$1: $(grep -E '^[0-9]+% tests passed' "build/$1/ctest.log")
+# note_results PRESET: for the last lines of all
+note_results() {
+    closing="$closing$1: $(grep -E '^[0-9]+% tests passed|^UNSTABLE' "build/$1/ctest.log")
 "
-    tail -n 5 "build/$1/ctest.log"
+}
+
+# Nearly two thousand processes of one test each would take longer than the tests themselves, so a few share them.
+run_tests() {
+    scripts/run-tests.sh "$1" -C Shared -LE '^each$'
+    status=$?
+    note_results "$1"
+    return $status
+}
+
+run_armhf_tests() {
+    scripts/test-armhf.sh
+    status=$?
+    note_results armhf
     return $status
 }
 
@@ -129,7 +137,7 @@ else
     step "build armhf" end_check "$building" build/armhf.out
     begin_checks
     step "endurance" run_long_tests
-    step "test armhf" scripts/test-armhf.sh
+    step "test armhf" run_armhf_tests
     step "clang-tidy" end_check "$tidy" build/tidy.out
     step "cppcheck" end_check "$cppcheck" build/cppcheck.out
 fi
