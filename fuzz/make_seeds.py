@@ -250,6 +250,14 @@ def write_reception(name, take):
         (b"\x08\x01" if channel % 2 else b"\x00\x01") + chunk(data) + b"\x09\x0a\x20" for channel, data in frames))
 
 
+def samples(take):
+    """The access units of a track of H.264 without fragments, their units with lengths of four bytes in front."""
+    units = {}
+    for packet in track(take, 0):
+        units.setdefault(packet[4:8], []).append(len(payload(packet)).to_bytes(4, "big") + payload(packet))
+    return [b"".join(unit) for unit in units.values()]
+
+
 def fmtp(take, name):
     found = re.search(rf"[; ]{name}=([^;\r\n]*)".encode(), take.sdp)
     return found[1] if found else b""
@@ -261,6 +269,8 @@ def write_depacketizers(takes):
         sps, pps = fmtp(takes[name], "sprop-parameter-sets").split(b",")
         write("parameter_sets", name + "_text", b"\x01" + chunk(sps) + pps)
         write("parameter_sets", name + "_bytes", b"\0" + chunk(base64.b64decode(sps)) + base64.b64decode(pps))
+    for index, sample in enumerate(samples(takes["h264"])):
+        write("avc_access", f"h264_{index}", b"\0" + sample)
     write("mp4v_es", "visual", b"\0" + arrivals(track(takes["visual"], 0)))
     write("visual_config", "visual", b"\0" + bytes.fromhex(fmtp(takes["visual"], "config").decode()))
     write("latm", "latm", arrivals(track(takes["latm"], 0)))
@@ -316,6 +326,13 @@ def write_by_hand():
     write("stack", "settling", b"\x03\x03\x01" + bytes(range(200, 230)))
     write("h264", "written", b"\x01\xff\xf0" + bytes([0, 0x65, 3, 1, 2, 3, 1, 0x67, 2, 1, 2, 2, 3, 9, 0x65, 8] * 4) +
           bytes(40))
+    # Flag, then a recovery point behind another message, and two slices of an intra picture.
+    announced = b"\0\2" + b"\0\1\2\0\3\0\0\0" + b"\1\0\1\xc4"
+    write("avc_access", "announced", b"\1" + announced + b"\1\1\7\2\x80\x84" + b"\1\0\0\0\0\x63\7\1\x84")
+    write("avc_access", "second_field", b"\1" + announced + b"\1\1\2\0" + b"\1\1\5\0")
+    for name, message in (("later", b"\0\1\x44"), ("empty", b"\0\0")):
+        write("avc_access", name, b"\1" + b"\0\1\1" + message + b"\1\1\2\0")
+    write("avc_access", "refresh", b"\1" + b"\2\7\3\0\0\1" + b"\2\5\2\x88\x84")
     write("mp4v_es", "written", b"\x01\x00\x10" + bytes([4, 9, 0, 9, 1, 2, 3, 4, 5, 6, 7, 8, 9] * 4))
     write("mpeg4_generic", "joined", b"\x02\x0c\x03\x03\x00\x00\x00\x00" + bytes(range(1, 60)))
     write("mpeg4_generic", "fields", b"\x02\x09\x05\x04\x07\x21\x03\x01" + bytes(range(1, 90)))

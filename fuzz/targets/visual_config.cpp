@@ -2,6 +2,7 @@
 // was written by hand is read as it was written.
 
 #include "Parser/ParserMpeg4.hpp"
+#include "support/BitWriter.hpp"
 #include "support/Target.hpp"
 
 namespace Fuzz {
@@ -27,22 +28,6 @@ Size Parse(const Bytes& aBytes) {
 bool HasStartCode(const Bytes& aBytes) {
     return std::string::npos != AsText(aBytes).find(std::string("\0\0\1", 3));
 }
-
-class BitWriter {
-public:
-    BitWriter& Put(unsigned aBits, unsigned aValue) {
-        while (0 != aBits--) {
-            if (0 == mBits++ % 8) { mBytes.push_back(0); }
-            mBytes.back() = static_cast<std::uint8_t>(mBytes.back() | (aValue >> aBits & 1) << (7 - (mBits - 1) % 8));
-        }
-        return *this;
-    }
-    const Bytes& Get() const { return mBytes; }
-
-private:
-    Bytes mBytes;
-    unsigned mBits = 0;
-};
 
 /// A rectangular video object layer with the optional fields that `aChoice` asks for.
 Bytes WriteLayer(Input& aChoice, const Size& aSize) {
