@@ -180,7 +180,7 @@ TEST(RecordTest, ADeviceSwallowsEverything) {
     EXPECT_THAT(lOutcome.mOutput, HasSubstr("-> nowhere\n"));
 }
 
-TEST(RecordTest, SilenceIsATimeOutButKeepsWhatCame) {
+TEST(RecordSlow, SilenceIsATimeOutButKeepsWhatCame) {
     const Scratch lScratch;
     const auto lPacket = RtpPacket().Seq(1).Timestamp(9000).Ssrc(6).Marker().Payload({0x65, 0x88}).Build();
     ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + "S$ 0 " + Hex(lPacket) + "\n" + kTeardown);
@@ -279,7 +279,7 @@ TEST(RecordTest, ALimitLeavesTheServerProperly) {
     EXPECT_THAT(lOutcome.mOutput, HasSubstr(" 21 samples, "));
 }
 
-TEST(RecordTest, MediaThatStopBeforeTheDescribedEndAreATimeOut) {
+TEST(RecordSlow, MediaThatStopBeforeTheDescribedEndAreATimeOut) {
     for (const bool lEarly : {true, false}) {
         std::string lPlay = kPlayInterleaved;
         lPlay.insert(lPlay.find("S: RTP-Info"), std::string("S: Range: npt=0-") + (lEarly ? "1.2" : "0.5") + "\n");
@@ -303,7 +303,7 @@ TEST(RecordTest, ATransportThatTheServerRefusesComesWithAdvice) {
     }
 }
 
-TEST(RecordTest, AfterAFailureItGoesOnInNewFiles) {
+TEST(RecordSlow, AfterAFailureItGoesOnInNewFiles) {
     const Scratch lScratch;
     const auto lPacket = RtpPacket().Seq(1).Timestamp(9000).Ssrc(6).Marker().Payload({0x65, 0x88}).Build();
     ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + "S$ 0 " + Hex(lPacket) + "\nCLOSE\nACCEPT\n" +
@@ -337,7 +337,7 @@ std::string Pictures(const std::string& aFile) {
     return aFile.size() < kSets ? "" : aFile.substr(kSets);
 }
 
-TEST(RecordTest, SplitFilesBeginWithRandomAccessPointsAndLackNothing) {
+TEST(RecordSlow, SplitFilesBeginWithRandomAccessPointsAndLackNothing) {
     for (const char* const lSplit : {"0.024kB", "1s"}) {
         const bool lTime = 's' == lSplit[1];
         const Scratch lScratch;
