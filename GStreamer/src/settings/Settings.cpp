@@ -1,5 +1,6 @@
 #include "settings/Settings.hpp"
 
+#include <algorithm>
 #include <cstring>
 
 #include "Player/Keys.hpp"
@@ -9,7 +10,7 @@ namespace nsGstVireRtspSrc {
 namespace {
 
 constexpr const char* kScheme = "rtsp://";
-constexpr const char* kSecureScheme = "rtsps://";
+constexpr const char* kSecureScheme = "rtsps";
 constexpr const char* kSeparator = "://";
 
 /// By key. The two time-outs keep the spelling under which applications have always set them; the session
@@ -87,16 +88,26 @@ void Settings::set(ConfigParamKey aKey, const gchar* aValue) {
 
 bool Settings::set_location(const gchar* aValue) {
     gchar* const lLocation = nullptr == aValue ? nullptr : RtspLocation(aValue);
-    set(kLocation, lLocation);
     const bool lStored = nullptr != lLocation;
-    m_isSecure = lStored && 0 == g_ascii_strncasecmp(aValue, kSecureScheme, std::strlen(kSecureScheme));
-    g_free(lLocation);
+    std::string lScheme = lStored ? std::string(aValue, std::strstr(aValue, kSeparator)) : std::string();
+    std::transform(lScheme.begin(), lScheme.end(), lScheme.begin(), g_ascii_tolower);
+    const Lock lLock(m_mutex);
+    g_free(m_location);
+    m_location = lLocation;
+    m_scheme.swap(lScheme);
     return lStored;
 }
 
+std::string Settings::scheme() const {
+    const Lock lLock(m_mutex);
+    return m_scheme;
+}
+
 std::string Settings::url(bool aKeepsSecure) const {
-    const std::string lLocation = text(kLocation);
-    return m_isSecure && aKeepsSecure ? kSecureScheme + lLocation.substr(std::strlen(kScheme)) : lLocation;
+    const Lock lLock(m_mutex);
+    if (nullptr == m_location) { return std::string(); }
+    const bool lIsSecure = aKeepsSecure && kSecureScheme == m_scheme;
+    return lIsSecure ? kSecureScheme + std::string(m_location + std::strcspn(m_location, ":")) : m_location;
 }
 
 std::string Settings::text(ConfigParamKey aKey) const {

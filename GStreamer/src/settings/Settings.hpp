@@ -41,7 +41,8 @@ public:
     std::string location() const { return text(kLocation); }
     /// What is played: the stored location, or, where the scheme set was "rtsps", that with it.
     std::string url(bool aKeepsSecure) const;
-    bool is_secure() const { return m_isSecure; }
+    /// What stood before "://" in the location that was set, in lower case; empty without a location.
+    std::string scheme() const;
 
 private:
     Mutex m_mutex;
@@ -66,8 +67,7 @@ private:
     gchar* m_timeoutRtpAfter VIRE_GUARDED_BY(m_mutex) = nullptr;
     /// What `get` has handed out, each text once.
     mutable std::set<std::string> m_handedOut VIRE_GUARDED_BY(m_mutex);
-    /// The scheme of the location was "rtsps".
-    std::atomic<bool> m_isSecure{false};
+    std::string m_scheme VIRE_GUARDED_BY(m_mutex);
 };
 
 }  // namespace nsGstVireRtspSrc

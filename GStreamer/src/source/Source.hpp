@@ -138,6 +138,7 @@ private:
     void go_on(Resumption::Way aWay);
     /// What is played of the location.
     std::string url() const;
+    void warn_of_scheme() const;
     void do_go_on(Resumption::Way aWay);
     bool is_live() const { return -1 == m_streamDuration; }
     /// That with which the presentation was started.

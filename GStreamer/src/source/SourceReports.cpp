@@ -50,7 +50,7 @@ void Source::report_timed_out(unsigned int aTrack) {
 void Source::network_timeout(bool aFirst) {
     GST_DEBUG_OBJECT(m_element, "Send buffer event: %d", kNetworkTimeOut);
     m_messages.error(kNetworkTimeOut);
-    if (aFirst) { m_messages.warn_timed_out(m_settings.location()); }
+    if (aFirst) { m_messages.warn_timed_out(url()); }
 }
 
 void Source::stream_controller_exception(const Player::Exception& aException, unsigned int /*aTrack*/) {
@@ -62,7 +62,7 @@ void Source::handle_exception(const Player::Exception* aException, const char* a
                      static_cast<int>(aException->Code()), aException->Category(), aException->Error(),
                      aException->Message());
     m_messages.error(static_cast<gint>(aException->Code()));
-    if (!IsNoSession(*aException)) { m_messages.warn_failed(aWhat, m_settings.location(), *aException); }
+    if (!IsNoSession(*aException)) { m_messages.warn_failed(aWhat, url(), *aException); }
 }
 
 bool Source::guarded(const char* aWhat, const std::function<void()>& aAction) {
@@ -73,10 +73,10 @@ bool Source::guarded(const char* aWhat, const std::function<void()>& aAction) {
         handle_exception(&lException, aWhat);
     } catch (const std::exception& lException) {
         GST_ERROR_OBJECT(m_element, "%s failed: %s", aWhat, lException.what());
-        m_messages.warn_failed(aWhat, m_settings.location(), lException.what());
+        m_messages.warn_failed(aWhat, url(), lException.what());
     } catch (...) {
         GST_ERROR_OBJECT(m_element, "%s failed", aWhat);
-        m_messages.warn_failed(aWhat, m_settings.location(), "the reason is unknown");
+        m_messages.warn_failed(aWhat, url(), "the reason is unknown");
     }
     return false;
 }

@@ -81,7 +81,7 @@ bool Source::settle_unplayed_tracks() {
     }
     const bool lAnyPlayed = lUnplayed.size() < m_streams.size();
     m_player.SetUnplayedTracks(std::move(lUnplayed));
-    if (!lAnyPlayed) { m_messages.warn_no_tracks(m_settings.location()); }
+    if (!lAnyPlayed) { m_messages.warn_no_tracks(url()); }
     return lAnyPlayed;
 }
 

@@ -43,7 +43,7 @@ bool Source::start_session() {
     const unsigned int lTracks = [this] { return PlayerAccess::Hold(m_player)->GetTrackCount(); }();
     if (0 == lTracks) {
         GST_ERROR_OBJECT(m_element, "No tracks");
-        m_messages.warn_no_tracks(m_settings.location());
+        m_messages.warn_no_tracks(url());
         return false;
     }
     if (!configure_streams()) { return false; }
@@ -110,17 +110,25 @@ void Source::go_on(Resumption::Way aWay) {
 }
 
 std::string Source::url() const {
-    const bool lSecures = m_options.profile().secures();
-    if (m_settings.is_secure() && !lSecures) {
+    return m_settings.url(m_options.profile().secures());
+}
+
+/// Any scheme is taken for rtsp, which may be the cause of what fails then.
+void Source::warn_of_scheme() const {
+    const std::string lScheme = m_settings.scheme();
+    if ("rtsps" == lScheme) {
+        if (m_options.profile().secures()) { return; }
         GST_WARNING_OBJECT(m_element, "The profile \"classic\" knows no rtsps: the connection is not secured");
+    } else if ("rtsp" != lScheme && "vire" != lScheme && !lScheme.empty()) {
+        GST_WARNING_OBJECT(m_element, "The location's scheme is taken for rtsp, though it is %s", lScheme.c_str());
     }
-    return m_settings.url(lSecures);
 }
 
 void Source::do_go_on(Resumption::Way aWay) {
     const PlayerAccess::Hold lPlayer(m_player);
     switch (aWay) {
         case Resumption::Way::kPlay:
+            warn_of_scheme();
             lPlayer->Play(m_requests.take_location([this] { return url(); }), Player::Time(0));
             break;
         case Resumption::Way::kResume: lPlayer->Resume(); break;

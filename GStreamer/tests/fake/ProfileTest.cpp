@@ -117,6 +117,32 @@ TEST_F(ProfileTest, ASecuredLocationIsPlayedAsOneInModern) {
     }
 }
 
+TEST_F(ProfileTest, AFailureNamesTheSchemeThatWasPlayed) {
+    mServer.Describe({FakeServer::H264()});
+    mServer.On("Play", Throws<Player::RTSPErr>(0x404));
+    const std::string lReason = "://host/clip failed: the server has no such presentation (404); check the path.";
+    mElement.SetText("location", "rtsps://host/clip");
+    EXPECT_EQ(GST_STATE_CHANGE_FAILURE, mElement.Set(GST_STATE_PAUSED));
+    EXPECT_EQ("warning Playing rtsp" + lReason, mElement.TakeMessages({"warning"}).at(0));
+    MakeModern(mElement);
+    EXPECT_EQ(GST_STATE_CHANGE_FAILURE, mElement.Set(GST_STATE_PAUSED));
+    EXPECT_EQ("failure resource 3 Playing rtsps" + lReason, mElement.TakeMessages({"failure"}).at(0));
+}
+
+TEST_F(ProfileTest, AnotherSchemeThatIsTakenForRtspIsInTheLog) {
+    mServer.Describe({FakeServer::H264()});
+    for (const auto& [lLocation, lCount] : std::map<std::string, std::size_t>{
+             {"http://host/clip", 1}, {"HTTP://host/clip", 1}, {"vire://host/clip", 0}, {"rtsp://host/clip", 0}}) {
+        mServer.Push(0, 0, "x");
+        const DebugCapture lLog("virertsp_source");
+        mElement.SetText("location", lLocation.c_str());
+        mElement.Set(GST_STATE_PAUSED);
+        EXPECT_EQ(lCount, lLog.Count(GST_LEVEL_WARNING, "The location's scheme is taken for rtsp, though it is http"))
+            << lLocation;
+        mElement.Set(GST_STATE_NULL);
+    }
+}
+
 TEST_F(ProfileTest, TheOptionsReadAsSetAndReachTheLibrary) {
     mServer.Describe({FakeServer::H264()});
     g_object_set(mElement.Get(), "profile", kModern, "user-id", "anna", "user-pw", "p:w", "transports", kUdp | kTcp,
