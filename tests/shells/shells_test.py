@@ -127,7 +127,7 @@ class ColourTest(unittest.TestCase):
     def test_elsewhere(self):
         result = subprocess.run(self.COMMAND, capture_output=True, text=True, timeout=PATIENCE)
         self.assertEqual(2, result.returncode)
-        self.assertEqual("virertsp: A location begins with rtsp://.\n", result.stderr)
+        self.assertEqual("virertsp: A location begins with rtsp:// or rtsps://.\n", result.stderr)
 
 
 if __name__ == "__main__":

@@ -149,7 +149,7 @@ void SessionOptions::TakeOperands(int aCount, char** aArguments, Operands aOpera
     mGiven.assign(aArguments + 1, aArguments + aCount);
     for (const std::string& lGiven : mGiven) {
         if (IsLocation(lGiven) || Operands::kURLOrFile == aOperands) { continue; }
-        throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + ".");
+        throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + " or " + kSecureScheme + ".");
     }
 }
 
