@@ -63,11 +63,13 @@ Run Join(GstElement* aElement, GstPad* aPad, guint64 aStart) {
     return lRun;
 }
 
-/// What precedes the run's first timestamp has no place in running time: the segment has an offset then.
+/// The segment's position is that of its first buffer. What precedes the run's first timestamp has no place in running
+/// time: the segment has an offset then.
 GstEvent* Placed(GstElement* aElement, GstPad* aPad, GstEvent* aEvent) {
     GstSegment lSegment;
     gst_event_copy_segment(aEvent, &lSegment);
-    const Run lRun = Join(aElement, aPad, lSegment.start);
+    const Run lRun = Join(aElement, aPad, lSegment.position);
+    lSegment.position = lSegment.start;
     lSegment.base = lRun.mBase;
     if (lSegment.start >= lRun.mFirst) {
         lSegment.base += lSegment.start - lRun.mFirst;

@@ -27,12 +27,11 @@ bool Requests::take_location() {
     return std::exchange(m_location, false);
 }
 
-void Requests::ask_seek(gint64 aPosition, guint32 aSeqnum) {
+void Requests::ask_seek(const Seek& aSeek) {
     const Lock lLock(m_mutex);
-    if (0 != aSeqnum && aSeqnum == m_seqnum) { return; }
+    if (0 != aSeek.mSeqnum && aSeek.mSeqnum == m_lastSeek.mSeqnum) { return; }
     m_seek = true;
-    m_position = aPosition;
-    m_seqnum = aSeqnum;
+    m_lastSeek = aSeek;
 }
 
 void Requests::ask_end(guint32 aSeqnum) {
@@ -47,10 +46,9 @@ bool Requests::take_end(guint32& aSeqnum) {
     return std::exchange(m_end, false);
 }
 
-bool Requests::take_seek(gint64& aPosition, guint32& aSeqnum) {
+bool Requests::take_seek(Seek& aSeek) {
     const Lock lLock(m_mutex);
-    aPosition = m_position;
-    aSeqnum = m_seqnum;
+    aSeek = m_lastSeek;
     return std::exchange(m_seek, false);
 }
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "source/Seeking.hpp"
 #include "threads/Lock.hpp"
 
 namespace nsGstVireRtspSrc {
@@ -23,9 +24,9 @@ public:
     /// Whether there was a request, which is forgotten.
     bool take_location();
 
-    /// `aSeqnum`: the seek's number; one that comes again, by another pad, is not asked for twice. 0 for none.
-    void ask_seek(gint64 aPosition, guint32 aSeqnum = 0);
-    bool take_seek(gint64& aPosition, guint32& aSeqnum);
+    /// One with a number that comes again, by another pad, is not asked for twice.
+    void ask_seek(const Seek& aSeek);
+    bool take_seek(Seek& aSeek);
 
     /// The end of all streams.
     void ask_end(guint32 aSeqnum);
@@ -39,8 +40,7 @@ private:
     Mutex m_mutex;  // A leaf but for the settings.
     bool m_location VIRE_GUARDED_BY(m_mutex) = false;
     bool m_seek VIRE_GUARDED_BY(m_mutex) = false;
-    gint64 m_position VIRE_GUARDED_BY(m_mutex) = -1;
-    guint32 m_seqnum VIRE_GUARDED_BY(m_mutex) = 0;  ///< Of the last seek.
+    Seek m_lastSeek VIRE_GUARDED_BY(m_mutex);
     bool m_end VIRE_GUARDED_BY(m_mutex) = false;
     guint32 m_endSeqnum VIRE_GUARDED_BY(m_mutex) = 0;
     GstClockID m_pauseCheck VIRE_GUARDED_BY(m_mutex) = nullptr;  ///< Only compared.

@@ -27,16 +27,19 @@ void Seeking::set_range(gint64 aStart, gint64 aEnd) {
     m_end = aEnd;
 }
 
-bool Seeking::find(GstEvent* aSeek, gint64& aPosition) const {
-    if (!IsSeekForward(aSeek)) { return false; }
+bool Seeking::find(GstEvent* aEvent, Seek& aSeek) const {
+    if (!IsSeekForward(aEvent)) { return false; }
+    GstSeekFlags lFlags = GST_SEEK_FLAG_NONE;
     GstSeekType lType = GST_SEEK_TYPE_NONE;
     gint64 lStart = 0;
-    gst_event_parse_seek(aSeek, nullptr, nullptr, nullptr, &lType, &lStart, nullptr, nullptr);
+    gst_event_parse_seek(aEvent, nullptr, nullptr, &lFlags, &lType, &lStart, nullptr, nullptr);
     const Lock lLock(m_mutex);
     if (m_end < m_start || GST_SEEK_TYPE_NONE == lType) { return false; }
     if (GST_SEEK_TYPE_END == lType) { lStart = m_end + std::clamp<gint64>(lStart, -m_end, 0); }
     if (GST_SEEK_TYPE_SET != lType && GST_SEEK_TYPE_END != lType) { return false; }
-    aPosition = std::clamp(lStart, m_start, m_end);
+    aSeek.mPosition = std::clamp(lStart, m_start, m_end);
+    aSeek.mSeqnum = gst_event_get_seqnum(aEvent);
+    aSeek.mAccurate = 0 != (lFlags & GST_SEEK_FLAG_ACCURATE);
     return true;
 }
 

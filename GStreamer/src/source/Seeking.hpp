@@ -6,6 +6,13 @@
 
 namespace nsGstVireRtspSrc {
 
+/// A seek that is to be done.
+struct Seek {
+    gint64 mPosition = -1;   ///< In ns.
+    guint32 mSeqnum = 0;     ///< Of its event, for those that follow from it; 0 for none.
+    bool mAccurate = false;  ///< What comes before the position is not wanted.
+};
+
 /// Which seeks a presentation allows: those in time, at its own speed, that flush. From any thread.
 class Seeking {
 public:
@@ -14,8 +21,8 @@ public:
     /// There is no presentation.
     void forget() { set_range(0, -1); }
 
-    /// Where the seek leads to, within the range; false for one that can't be done.
-    bool find(GstEvent* aSeek, gint64& aPosition) const;
+    /// What is to be done for the event, within the range; false for one that can't be done.
+    bool find(GstEvent* aEvent, Seek& aSeek) const;
     /// Nothing is left to play from there.
     bool is_end(gint64 aPosition) const;
     /// Answers a query for what can be sought; false for another format than time.

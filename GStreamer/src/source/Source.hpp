@@ -115,8 +115,10 @@ private:
     // All that follows is called by the thread that has the turn, where nothing else is said.
 
     void do_requests();
-    void seek(gint64 aPosition, guint32 aSeqnum);
-    void seek_end(gint64 aPosition, guint32 aSeqnum);
+    void seek(const Seek& aSeek);
+    void seek_end(const Seek& aSeek);
+    /// What is begun next begins where the seek leads to, if that has to be met.
+    void begin_streams_at(const Seek& aSeek) { m_streams.begin_at(aSeek.mAccurate ? aSeek.mPosition : -1); }
     void end(guint32 aSeqnum);
     /// Pauses the server of an element that stayed PAUSED.
     void check_if_paused(GstClockID aId);
@@ -127,7 +129,7 @@ private:
     /// Connects, describes, sets up, plays; false when there is nothing to play.
     bool start_session();
     /// Plays the location, or the position of a seek, at once when PLAYING or PAUSED; otherwise false.
-    bool new_channel(Change aChange = Change::kLocation, guint32 aSeqnum = 0);
+    bool new_channel(Change aChange = Change::kLocation, const Seek& aSeek = {});
     bool start_channel();
     void resume();
     bool has_more();

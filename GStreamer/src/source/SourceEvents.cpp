@@ -15,7 +15,7 @@ gboolean Source::handle_event(GstEvent* aEvent) {
     } else if (GST_EVENT_SEEK == lType) {
         gint64 lStart = -1;
         gst_event_parse_seek(aEvent, nullptr, nullptr, nullptr, nullptr, &lStart, nullptr, nullptr);
-        m_requests.ask_seek(lStart);
+        m_requests.ask_seek({lStart, 0, false});
         heed_requests();
     } else if (GST_EVENT_EOS == lType && lProfile.heeds_events()) {
         m_requests.ask_end(gst_event_get_seqnum(aEvent));
@@ -31,12 +31,12 @@ gboolean Source::handle_event(GstEvent* aEvent) {
 
 bool Source::stream_controller_seek(GstEvent* aSeek) {
     if (!m_options.profile().heeds_events()) { return false; }
-    gint64 lPosition = -1;
-    if (!m_seeking.find(aSeek, lPosition) || !m_network.available()) {
+    Seek lSeek;
+    if (!m_seeking.find(aSeek, lSeek) || !m_network.available()) {
         GST_INFO_OBJECT(m_element, "A seek that can't be done is refused");
         return false;
     }
-    m_requests.ask_seek(lPosition, gst_event_get_seqnum(aSeek));
+    m_requests.ask_seek(lSeek);
     heed_requests();
     return true;
 }

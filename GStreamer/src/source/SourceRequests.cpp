@@ -42,31 +42,32 @@ void Source::end_turn() noexcept {
 void Source::do_requests() {
     network_returned();
     if (m_requests.take_location()) { new_channel(); }
-    gint64 lPosition = -1;
+    Seek lSeek;
+    if (m_requests.take_seek(lSeek)) { seek(lSeek); }
     guint32 lSeqnum = 0;
-    if (m_requests.take_seek(lPosition, lSeqnum)) { seek(lPosition, lSeqnum); }
     if (m_requests.take_end(lSeqnum)) { end(lSeqnum); }
     GstClockID lId = nullptr;
     if (m_requests.take_pause_check(lId)) { check_if_paused(lId); }
 }
 
 /// A server has nothing to send from the end on, and may not say so: there the streams end by themselves.
-void Source::seek_end(gint64 aPosition, guint32 aSeqnum) {
+void Source::seek_end(const Seek& aSeek) {
     m_resumption.arrived();
-    m_streams.flush(aSeqnum);
-    m_streams.end(aSeqnum, aPosition);
+    m_streams.flush(aSeek.mSeqnum);
+    m_streams.end(aSeek.mSeqnum, aSeek.mPosition);
 }
 
-void Source::seek(gint64 aPosition, guint32 aSeqnum) {
-    if (m_options.profile().heeds_events() && m_seeking.is_end(aPosition)) {
-        seek_end(aPosition, aSeqnum);
+void Source::seek(const Seek& aSeek) {
+    if (m_options.profile().heeds_events() && m_seeking.is_end(aSeek.mPosition)) {
+        seek_end(aSeek);
         return;
     }
-    m_resumption.sought(aPosition);
+    m_resumption.sought(aSeek.mPosition);
     if (!m_resumption.server_paused()) {
-        new_channel(Change::kSeek, aSeqnum);
+        new_channel(Change::kSeek, aSeek);
     } else if (profile().pauses_in_place()) {
-        m_streams.flush(aSeqnum);
+        m_streams.flush(aSeek.mSeqnum);
+        begin_streams_at(aSeek);
     }
 }
 

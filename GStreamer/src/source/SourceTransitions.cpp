@@ -105,6 +105,7 @@ void Source::go_on(Resumption::Way aWay) {
     } catch (const Player::Exception& lException) {
         if (Resumption::Way::kSeek != aWay || !IsRefusal(lException)) { throw; }
         handle_exception(&lException, "Seeking in");
+        begin_streams_at({});
     }
     do_go_on(is_live() ? Resumption::Way::kPlay : Resumption::Way::kResume);
 }
@@ -201,7 +202,7 @@ bool Source::readyToNull() {
     return true;
 }
 
-bool Source::new_channel(Change aChange, guint32 aSeqnum) {
+bool Source::new_channel(Change aChange, const Seek& aSeek) {
     const GstState lState = state();
     if (GST_STATE_PLAYING != lState && GST_STATE_PAUSED != lState) { return false; }
     if (!may_start("Not allowed to change channels when network is not available")) { return false; }
@@ -212,12 +213,13 @@ bool Source::new_channel(Change aChange, guint32 aSeqnum) {
         m_resumption.set_server_paused(false);
         m_channelChanged = !profile().pauses_in_place();
     }
-    if (!m_channelChanged) { m_streams.halt(aSeqnum); }
+    if (!m_channelChanged) { m_streams.halt(aSeek.mSeqnum); }
+    begin_streams_at(aSeek);
     bool lStarted = false;
     guarded(Change::kSeek == aChange ? "Seeking in" : "Changing the channel to",
             [this, &lStarted] { lStarted = start_channel(); });
     m_resumption.arrived();
-    if (!m_channelChanged) { run_streams(true, aSeqnum); }
+    if (!m_channelChanged) { run_streams(true, aSeek.mSeqnum); }
     if (lStarted && (lServerPaused || m_channelChanged)) { set_check_if_paused_timeout(); }
     return lStarted;
 }

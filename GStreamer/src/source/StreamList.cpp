@@ -89,6 +89,10 @@ void StreamList::go_on() {
     });
 }
 
+void StreamList::begin_at(gint64 aPosition) {
+    for_each([aPosition](Stream& aStream) { aStream.begin_at(aPosition); });
+}
+
 void StreamList::end(guint32 aSeqnum, gint64 aPosition) {
     for_each([aSeqnum, aPosition](Stream& aStream) { aStream.end(aSeqnum, aPosition); });
 }

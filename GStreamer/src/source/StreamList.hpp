@@ -41,6 +41,8 @@ public:
     /// Runs the tasks in the segments that there are; where pads flush, others begin.
     void go_on();
     void stop();
+    /// See `Stream::begin_at`.
+    void begin_at(gint64 aPosition);
     /// Ends the streams.
     void end(guint32 aSeqnum, gint64 aPosition = -1);
     /// Nothing goes out of any stream until it is flushed.

@@ -119,8 +119,10 @@ void CodecStream::start_segment(GstBuffer* aBuffer) {
     const GstClockTime lStart = GST_BUFFER_TIMESTAMP(aBuffer);
     Segment lSegment = segment_from(lStart);
     if (profile().positions_are_of_media()) { lSegment.mPosition = static_cast<gint64>(lStart); }
-    push_segment(gst_event_new_new_segment(FALSE, 1.0, GST_FORMAT_TIME, static_cast<gint64>(lStart), lSegment.mStop,
-                                           lSegment.mPosition));
+    const gint64 lBegin = take_begin();
+    push_segment(-1 == lBegin ? gst_event_new_new_segment(FALSE, 1.0, GST_FORMAT_TIME, static_cast<gint64>(lStart),
+                                                          lSegment.mStop, lSegment.mPosition)
+                              : GstLeg::NewSegmentAt(lBegin, lSegment.mStop, lStart));
     GST_BUFFER_FLAG_SET(aBuffer, GST_BUFFER_FLAG_DISCONT);
 }
 

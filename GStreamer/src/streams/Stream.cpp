@@ -98,6 +98,7 @@ bool Stream::task_pause() {
 
 bool Stream::task_stop() {
     gst_task_stop(m_task);
+    begin_at(-1);
     return true;
 }
 

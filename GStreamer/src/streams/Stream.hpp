@@ -52,6 +52,9 @@ public:
     /// `aSeqnum`: of the seek that they belong to, as does the segment that follows; 0 for none.
     void flush_start(guint32 aSeqnum = 0);
     void flush_stop(guint32 aSeqnum = 0);
+    /// The next segment begins with that position, in ns, whatever its first buffer's is; -1: with that of the buffer.
+    /// While the task rests.
+    void begin_at(gint64 aPosition) { m_begin = aPosition; }
     /// Between `flush_start` and `flush_stop`.
     bool is_flushing() const { return m_flushing; }
     /// In modern once: nothing follows until a flush, or a run that begins a segment.
@@ -81,6 +84,8 @@ protected:
     unsigned int track() const { return m_track; }
     /// Whether the next buffer starts a new segment; asking clears it.
     bool take_new_segment() { return m_newSegment.exchange(false); }
+    /// Where the segment has to begin, or -1; asking clears it.
+    gint64 take_begin() { return m_begin.exchange(-1); }
     /// Whether the task was run again in the segment that there was, and nothing has been pushed since; asking clears
     /// it.
     bool take_resumed() { return m_resumed.exchange(false); }
@@ -112,6 +117,7 @@ private:
     GstPad* m_pad = nullptr;
     Mutex m_statusMutex;  ///< A leaf.
     std::atomic<bool> m_newSegment{true};
+    std::atomic<gint64> m_begin{-1};
     std::atomic<bool> m_resumed{false};
     std::atomic<bool> m_endWanted{false};
     std::atomic<gint64> m_endPosition{-1};

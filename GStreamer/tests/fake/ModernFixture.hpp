@@ -18,6 +18,19 @@ protected:
     static GstEvent* NewSeek(gint64 aPosition, GstSeekType aType = GST_SEEK_TYPE_SET) {
         return gst_event_new_seek(1.0, GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH, aType, aPosition, GST_SEEK_TYPE_NONE, -1);
     }
+    static GstEvent* NewAccurateSeek(gint64 aPosition) {
+        return gst_event_new_seek(1.0, GST_FORMAT_TIME,
+                                  static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE),
+                                  GST_SEEK_TYPE_SET, aPosition, GST_SEEK_TYPE_NONE, -1);
+    }
+    /// The last that came down the pad of the track.
+    Segment LastSegment(unsigned aTrack) {
+        Segment lSegment{};
+        for (const Item& lItem : mElement.Sink(aTrack)->Items()) {
+            if ("segment" == lItem.mKind) { lSegment = lItem.mSegment; }
+        }
+        return lSegment;
+    }
     /// Up the pad of the first track.
     bool SeekAtPad(GstEvent* aSeek) { return mElement.Sink(0)->SendUp(aSeek); }
     bool SeekAtPad(gint64 aPosition) { return SeekAtPad(NewSeek(aPosition)); }

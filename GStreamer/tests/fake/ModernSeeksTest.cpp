@@ -279,6 +279,53 @@ TEST_F(ModernSeeks, PausesAndSeeksFromTwoThreads) {
     }
 }
 
+/// Sound and picture begin before it, each by its own distance.
+TEST_F(ModernSeeks, AnAccurateSeekBeginsTheSegmentsWhereItLeadsTo) {
+    constexpr gint64 kWanted = 5 * GST_SECOND;
+    Serve({FakeServer::H264(), FakeServer::AAC()});
+    StartPlaying();
+    mServer.On("Seek", [this] {
+        mServer.Push(0, kWanted - 2 * GST_SECOND, "video");
+        mServer.Push(1, kWanted - 250 * GST_MSECOND, "audio");
+    });
+    const auto lAwait = [this](gint64 aVideo, gint64 aAudio) {
+        const gint64 lBegins[] = {aVideo, aAudio};
+        for (const unsigned lTrack : {0U, 1U}) {
+            ASSERT_TRUE(mElement.Sink(lTrack)->Await("buffer"));
+            EXPECT_EQ(lBegins[lTrack], LastSegment(lTrack).mStart);
+            EXPECT_EQ(lBegins[lTrack], LastSegment(lTrack).mPosition);
+            mElement.Sink(lTrack)->Clear();
+        }
+    };
+    EXPECT_TRUE(SeekAtPad(NewAccurateSeek(kWanted)));
+    lAwait(kWanted, kWanted);
+    EXPECT_TRUE(SeekAtPad(kWanted));
+    lAwait(kWanted - 2 * GST_SECOND, kWanted - 250 * GST_MSECOND);
+    mElement.Set(GST_STATE_PAUSED);
+    EXPECT_TRUE(SeekAtPad(NewAccurateSeek(kWanted)));
+    ASSERT_EQ(GST_STATE_CHANGE_SUCCESS, mElement.Set(GST_STATE_PLAYING));
+    lAwait(kWanted, kWanted);
+}
+
+TEST_F(ModernSeeks, AnAccurateSeekThatIsNotDoneLeavesSegmentsAsTheyAre) {
+    ServeH264();
+    StartPlaying();
+    mServer.On("Seek", Throws<Player::RTSPErr>(0x457));
+    PushOn("Resume", 1 * GST_SECOND, "goes on");
+    EXPECT_TRUE(SeekAtPad(NewAccurateSeek(5 * GST_SECOND)));
+    ASSERT_TRUE(mElement.Sink(0)->Await("buffer"));
+    EXPECT_EQ(gint64{GST_SECOND}, LastSegment(0).mStart) << "refused";
+    mServer.Clear("Seek");
+    mElement.Set(GST_STATE_PAUSED);
+    EXPECT_TRUE(SeekAtPad(NewAccurateSeek(5 * GST_SECOND)));
+    mElement.Set(GST_STATE_READY);
+    mElement.Sink(0)->Clear();
+    mServer.Push(0, 2 * GST_SECOND, "anew");
+    ASSERT_TRUE(mElement.Play());
+    ASSERT_TRUE(mElement.Sink(0)->Await("buffer"));
+    EXPECT_EQ(2 * gint64{GST_SECOND}, LastSegment(0).mStart) << "left";
+}
+
 TEST_F(ModernSeeks, AVisualTracksPositionIsThatOfItsMedia) {
     Serve({FakeServer::MP4V()});
     StartPlaying();

@@ -127,6 +127,29 @@ TEST_F(SegmentTest, ASeekBeginsAnotherRun) {
     EXPECT_EQ(9 * GST_SECOND, RunningTime(1, 60 * GST_SECOND));
 }
 
+/// The first buffers are due at once, although the segments begin after the one and before the others: what comes in
+/// time is shown in time. The last of them would have to begin before the pipeline's time did.
+TEST_F(SegmentTest, TheFirstBuffersAfterAnAccurateSeekAreDueAtOnce) {
+    gst_util_set_object_arg(G_OBJECT(mElement.Get()), "profile", "modern");
+    Play(0, 0);
+    gint64 lNow = 5 * GST_SECOND;
+    for (const gint64 lDistance : {-500 * gint64{GST_MSECOND}, 250 * gint64{GST_MSECOND}, 20 * gint64{GST_SECOND}}) {
+        lNow += 1 * GST_SECOND;
+        Now(lNow);
+        const gint64 lFirst = 60 * gint64{GST_SECOND} + lDistance;
+        mServer.On("Seek", [this, lFirst] { Push(lFirst, lFirst); });
+        constexpr auto kFlags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
+        mElement.Sink(0)->Clear();
+        mElement.Sink(1)->Clear();
+        EXPECT_TRUE(
+            gst_element_send_event(mElement.Get(), gst_event_new_seek(1.0, GST_FORMAT_TIME, kFlags, GST_SEEK_TYPE_SET,
+                                                                      60 * GST_SECOND, GST_SEEK_TYPE_NONE, -1)));
+        AwaitBoth(1);
+        EXPECT_EQ(lNow, RunningTime(0, lFirst)) << lDistance;
+        EXPECT_EQ(lNow, RunningTime(1, lFirst)) << lDistance;
+    }
+}
+
 TEST_F(SegmentTest, APauseBeginsAnotherRun) {
     Play(0, 0);
     ASSERT_NE(GST_STATE_CHANGE_FAILURE, mElement.Set(GST_STATE_PAUSED));

@@ -10,6 +10,14 @@ GstEvent* NewSegment(gdouble aRate, GstFormat aFormat, gint64 aStart, gint64 aSt
 
 }  // namespace Gst1
 
+namespace GstLeg {
+
+/// A segment that begins with `aBegin`, in stream time as well, whatever `aFirst`, the timestamp of its first buffer,
+/// is: that buffer is due when the segment is pushed, and not seen where it comes before the segment.
+GstEvent* NewSegmentAt(gint64 aBegin, gint64 aStop, GstClockTime aFirst);
+
+}  // namespace GstLeg
+
 #define gst_event_new_new_segment(aUpdate, aRate, aFormat, aStart, aStop, aPosition) \
     ::Gst1::NewSegment(aRate, aFormat, aStart, aStop, aPosition)
 
