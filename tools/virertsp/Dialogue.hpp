@@ -33,6 +33,8 @@ public:
 
     /// In the order in which the requests were sent.
     const std::vector<Exchange>& Exchanges() const { return mExchanges; }
+    /// The last answer names another server or another place, to which no request has gone yet.
+    bool IsRedirected() const { return !mExchanges.empty() && 3 == mExchanges.back().mStatus / 100; }
     /// What the server calls itself; empty when it does not.
     const std::string& Server() const { return mServer; }
 

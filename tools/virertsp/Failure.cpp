@@ -70,10 +70,11 @@ Failure ExplainRTSP(const Player::Exception& aException, const std::string& aSer
 
 }  // namespace
 
-Failure Explain(const Player::Exception& aException, const std::string& aURL) {
+Failure Explain(const Player::Exception& aException, const std::string& aURL, bool aIsRedirected) {
     const std::string lServer = ServerOf(aURL);
     switch (static_cast<Area>(aException.Category())) {
-        case Area::kNetwork: return ExplainNetwork(aException, lServer);
+        case Area::kNetwork:
+            return ExplainNetwork(aException, aIsRedirected ? "that " + lServer + " redirects to" : lServer);
         case Area::kRTSP: return ExplainRTSP(aException, lServer);
         case Area::kSDP:
             return Failure(kExitProtocol,

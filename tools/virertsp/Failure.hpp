@@ -20,8 +20,9 @@ private:
     ExitCode mCode;
 };
 
-/// The library's failure in words that need no knowledge of the library.
-Failure Explain(const Player::Exception& aException, const std::string& aURL);
+/// The library's failure in words that need no knowledge of the library. `aIsRedirected`: the server that `aURL` names
+/// has named another one, which then failed.
+Failure Explain(const Player::Exception& aException, const std::string& aURL, bool aIsRedirected = false);
 
 /// Runs a command and reports its failure on standard error. Returns an `ExitCode`.
 int Guard(const std::function<void()>& aCommand);

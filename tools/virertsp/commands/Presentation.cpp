@@ -120,7 +120,8 @@ void Presentation::AddRange(Json& aJson) const {
 }
 
 std::string Presentation::Text(const Dialogue& aDialogue) const {
-    std::string lText = Printable(mURL) + "\n" + Line("Server", aDialogue.Server());
+    std::string lText = Printable(mURL) + "\n";
+    if (!aDialogue.Server().empty()) { lText += Line("Server", aDialogue.Server()); }
     if (mSession) {
         lText += Line("Base", mSession->Get("URL")) + Line("Range", Range());
         lText += "session\n" + Lines(*mSession);

@@ -59,7 +59,7 @@ void CheckOutput(const std::string& aPath) {
 bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Recorder::Settings& aSettings,
                     bool& aReconnect) {
     OptionText lDirectory;
-    gdouble lSeconds = 0;
+    OptionText lSeconds;
     gboolean lTimes = FALSE;
     gboolean lForce = FALSE;
     gboolean lReconnect = FALSE;
@@ -68,7 +68,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Rec
     const GOptionEntry lEntries[] = {
         {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lDirectory.mText, "Directory, or an .mp4 or .mkv file; or /dev/null",
          "DIR|FILE"},
-        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after this many seconds of play time", "N"},
+        {"seconds", 's', 0, G_OPTION_ARG_STRING, &lSeconds.mText, "Stop after this many seconds of play time", "N"},
         {"tracks", 0, 0, G_OPTION_ARG_STRING, &lTracks.mText, "Write only these tracks, such as 0,2", "LIST"},
         {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace existing files", nullptr},
         {"split", 0, 0, G_OPTION_ARG_STRING, &lSplit.mText, "New files after each 10min, 100MB, ...", "TIME|SIZE"},

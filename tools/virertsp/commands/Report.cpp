@@ -37,12 +37,13 @@ struct Settings {
 bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Settings& aSettings) {
     OptionText lOutput;
     OptionText lLog;
-    gdouble lSeconds = kDefaultSeconds;
+    OptionText lSeconds;
     gboolean lNoPictures = FALSE;
     gboolean lForce = FALSE;
     const GOptionEntry lEntries[] = {
         {"output", 'o', 0, G_OPTION_ARG_FILENAME, &lOutput.mText, "The page to write", "FILE"},
-        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after that many seconds (30), 0 for never", "N"},
+        {"seconds", 's', 0, G_OPTION_ARG_STRING, &lSeconds.mText, "Stop after that many seconds (30), 0 for never",
+         "N"},
         {"log", 'l', 0, G_OPTION_ARG_FILENAME, &lLog.mText, "Write the measurements as JSON lines", "FILE"},
         {"no-pictures", 0, 0, G_OPTION_ARG_NONE, &lNoPictures, "Decode no pictures", nullptr},
         {"force", 'f', 0, G_OPTION_ARG_NONE, &lForce, "Replace existing files", nullptr},
@@ -51,7 +52,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Set
     const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries, Operands::kURLOrFile);
     aSettings.mOutput = lOutput.Value();
     aSettings.mLog = lLog.Value();
-    aSettings.mSeconds = Seconds(lSeconds);
+    aSettings.mSeconds = Seconds(lSeconds, kDefaultSeconds);
     aSettings.mPictures = FALSE == lNoPictures;
     if (FALSE != lForce) { aSettings.mExisting = OutputFile::Existing::kReplace; }
     if (lGoOn && aSettings.mOutput.empty()) { throw Failure(kExitUsage, "Missing --output FILE."); }

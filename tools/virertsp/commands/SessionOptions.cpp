@@ -12,6 +12,7 @@
 #include "FormatName.hpp"
 #include "Player/Keys.hpp"
 #include "Player/Report.hpp"
+#include "Player/URL.hpp"
 #include "Printable.hpp"
 #include "commands/Completion.hpp"
 #include "commands/Configuration.hpp"
@@ -29,8 +30,11 @@ constexpr char kSecureScheme[] = "rtsps://";
 struct FreeContext {
     void operator()(GOptionContext* aContext) const { g_option_context_free(aContext); }
 };
-/// RTSP's 461.
+// Statuses of RTSP.
+constexpr unsigned kUnauthorized = 0x401;
 constexpr unsigned kUnsupportedTransport = 0x461;
+
+constexpr guint64 kMaxPort = 65535;
 
 constexpr char kPasswordVariable[] = "VIRERTSP_PASSWORD";
 
@@ -69,6 +73,23 @@ std::vector<GOptionEntry> Entries(const GOptionEntry* aFirst, const GOptionEntry
 bool IsLocation(const std::string& aText) {
     return 0 == strncasecmp(aText.c_str(), kScheme, sizeof(kScheme) - 1) ||
            0 == strncasecmp(aText.c_str(), kSecureScheme, sizeof(kSecureScheme) - 1);
+}
+
+bool IsPort(const std::string& aText) {
+    const bool lIsNumber = std::all_of(aText.begin(), aText.end(), [](char aChar) { return g_ascii_isdigit(aChar); });
+    const guint64 lPort = g_ascii_strtoull(aText.c_str(), nullptr, 10);
+    return lIsNumber && lPort > 0 && lPort <= kMaxPort;
+}
+
+/// Throws `Failure` for a location without a server, or with a port that no server can have.
+void CheckAddress(const std::string& aLocation) {
+    const std::string lServer = Player::URL::Authority(Player::URL::WithoutUserInfo(aLocation));
+    // An IPv6 address has colons of its own, in brackets.
+    const std::size_t lBracket = lServer.find(']');
+    const std::size_t lColon = lServer.find(':', std::string::npos == lBracket ? 0 : lBracket);
+    if (lServer.empty() || 0 == lColon) { throw Failure(kExitUsage, "The location names no server."); }
+    if (std::string::npos == lColon || IsPort(lServer.substr(lColon + 1))) { return; }
+    throw Failure(kExitUsage, "The port of a location is a number from 1 to 65535.");
 }
 
 const char* OperandsName(Operands aOperands) {
@@ -148,8 +169,11 @@ void SessionOptions::TakeOperands(int aCount, char** aArguments, Operands aOpera
     }
     mGiven.assign(aArguments + 1, aArguments + aCount);
     for (const std::string& lGiven : mGiven) {
-        if (IsLocation(lGiven) || Operands::kURLOrFile == aOperands) { continue; }
-        throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + " or " + kSecureScheme + ".");
+        if (IsLocation(lGiven)) {
+            CheckAddress(lGiven);
+        } else if (Operands::kURLOrFile != aOperands) {
+            throw Failure(kExitUsage, "A location begins with " + std::string(kScheme) + " or " + kSecureScheme + ".");
+        }
     }
 }
 
@@ -172,7 +196,10 @@ void SessionOptions::Play(ProbePlayer& aPlayer, const std::string& aURL) const {
     Configure(aPlayer, Settings(), mConfig);
     try {
         aPlayer.Play(aURL, Player::Time(0));
-    } catch (const Player::Exception& lException) { throw WithAdvice(Explain(lException, aURL), lException); }
+    } catch (const Player::Exception& lException) {
+        throw WithAdvice(Explain(lException, aURL, aPlayer.Dialogue().IsRedirected()), lException,
+                         !mUser.Value().empty() || aURL != WithoutUser(aURL));
+    }
     if (0 == aPlayer.GetTrackCount()) { throw NothingPlayable(aPlayer); }
 }
 
@@ -195,15 +222,25 @@ std::string SessionOptions::WithoutUser(const std::string& aURL) {
     return std::string::npos == lAt ? aURL : aURL.substr(0, lUser) + aURL.substr(lAt + 1);
 }
 
-Failure SessionOptions::WithAdvice(const Failure& aFailure, const Player::Exception& aException) const {
-    if (kExitRefused != aFailure.Code() || kUnsupportedTransport != aException.Error()) { return aFailure; }
-    return Failure(aFailure.Code(),
-                   aFailure.what() + std::string(FALSE != mTCP ? " Try it without --tcp." : " Try it with --tcp."));
+Failure SessionOptions::WithAdvice(const Failure& aFailure, const Player::Exception& aException, bool aHasUser) const {
+    if (kExitRefused != aFailure.Code()) { return aFailure; }
+    std::string lAdvice;
+    if (kUnsupportedTransport == aException.Error()) {
+        lAdvice = FALSE != mTCP ? " Try it without --tcp." : " Try it with --tcp.";
+    } else if (kUnauthorized == aException.Error() && FALSE == mClassic) {
+        lAdvice = aHasUser ? " Check the name and the password." : " Try it with --user.";
+    }
+    return Failure(aFailure.Code(), aFailure.what() + lAdvice);
 }
 
-double Seconds(double aValue) {
-    if (!(aValue >= 0 && aValue < 1e9)) { throw Failure(kExitUsage, "--seconds takes a number from 0 to 1000000000."); }
-    return aValue;
+double Seconds(const OptionText& aGiven, double aDefault) {
+    if (nullptr == aGiven.mText) { return aDefault; }
+    gchar* lEnd = nullptr;
+    const double lSeconds = g_ascii_strtod(aGiven.mText, &lEnd);
+    if (aGiven.mText == lEnd || '\0' != *lEnd || !(lSeconds >= 0 && lSeconds < 1e9)) {
+        throw Failure(kExitUsage, "--seconds takes a number from 0 to 1000000000.");
+    }
+    return lSeconds;
 }
 
 void CloseQuietly(Player::MediaPlayer& aPlayer) {

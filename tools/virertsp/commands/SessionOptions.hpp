@@ -58,7 +58,7 @@ public:
 
 private:
     void TakeOperands(int aCount, char** aArguments, Operands aOperands);
-    Failure WithAdvice(const Failure& aFailure, const Player::Exception& aException) const;
+    Failure WithAdvice(const Failure& aFailure, const Player::Exception& aException, bool aHasUser) const;
 
     Values Settings() const;
 
@@ -73,8 +73,8 @@ private:
     std::vector<std::string> mGiven;
 };
 
-/// Gives back what a "--seconds" option may say. Throws `Failure` for other numbers.
-double Seconds(double aValue);
+/// The value of a "--seconds" option, `aDefault` when it was not given. Throws `Failure` for what it can't say.
+double Seconds(const OptionText& aGiven, double aDefault = 0);
 
 /// Leaves the server, and waits up to two seconds for its answer, whatever that is.
 void CloseQuietly(Player::MediaPlayer& aPlayer);

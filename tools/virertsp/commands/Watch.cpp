@@ -40,10 +40,10 @@ struct Settings {
 /// False when only help was wanted.
 bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Settings& aSettings) {
     gboolean lJson = FALSE;
-    gdouble lSeconds = 0;
+    OptionText lSeconds;
     const GOptionEntry lEntries[] = {
         {"json", 'j', 0, G_OPTION_ARG_NONE, &lJson, "Write one JSON object per second", nullptr},
-        {"seconds", 's', 0, G_OPTION_ARG_DOUBLE, &lSeconds, "Stop after this many seconds", "N"},
+        {"seconds", 's', 0, G_OPTION_ARG_STRING, &lSeconds.mText, "Stop after this many seconds", "N"},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     const bool lGoOn = aSession.Parse(aCount, aArguments, kSummary, lEntries, Operands::kURLs);

@@ -153,6 +153,12 @@ TEST(ProbeTest, ARequestWithoutAnAnswer) {
               lOutcome.mOutput);
 }
 
+TEST(ProbeTest, AServerThatSaysNoNameHasNoLineForIt) {
+    ScriptedServer lServer("C: DESCRIBE {*}\nC...\nCLOSE");
+    const Outcome lOutcome = RunCommand(RunProbe, {lServer.URL()});
+    EXPECT_THAT(lOutcome.mOutput, StartsWith(lServer.URL() + "\nrequests\n"));
+}
+
 TEST(ProbeTest, WithoutAServerThereIsNothingToTell) {
     std::string lURL;
     {

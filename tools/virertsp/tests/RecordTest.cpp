@@ -292,6 +292,38 @@ TEST(RecordSlow, MediaThatStopBeforeTheDescribedEndAreATimeOut) {
     }
 }
 
+TEST(RecordTest, AServerThatWantsAPasswordComesWithAdvice) {
+    struct Case {
+        std::vector<std::string> mOptions;
+        const char* mUser;
+        const char* mAdvice;
+    };
+    for (const Case& lCase : {Case{{}, "", " Try it with --user."}, Case{{"--classic"}, "", ""},
+                              Case{{}, "me:secret@", " Check the name and the password."}}) {
+        ScriptedServer lServer(
+            "C: DESCRIBE {*}\nC...\nS: RTSP/1.0 401 Unauthorized\nS: CSeq: 1\n"
+            "S: WWW-Authenticate: Unknown\nS:\n");
+        std::vector<std::string> lArguments = {lServer.URL().insert(sizeof("rtsp://") - 1, lCase.mUser), "-o",
+                                               "/dev/null"};
+        lArguments.insert(lArguments.end(), lCase.mOptions.begin(), lCase.mOptions.end());
+        const Outcome lOutcome = Record(lArguments);
+        EXPECT_EQ("", lServer.Failure());
+        EXPECT_EQ(kExitRefused, lOutcome.mCode);
+        EXPECT_THAT(lOutcome.mErrors, ::testing::EndsWith(std::string(" 401 Unauthorized.") + lCase.mAdvice + "\n"));
+    }
+}
+
+TEST(RecordTest, AServerThatIsNamedByAnotherIsNotTakenForIt) {
+    ScriptedServer lServer(
+        "C: DESCRIBE {*}\nC...\nS: RTSP/1.0 302 Found\nS: CSeq: 1\nS: Location: rtsp://127.0.0.1:1/clip\nS:\n");
+    const Outcome lOutcome = Record({lServer.URL(), "-o", "/dev/null"});
+    EXPECT_EQ("", lServer.Failure());
+    EXPECT_EQ(kExitNetwork, lOutcome.mCode);
+    EXPECT_EQ("virertsp: The server that 127.0.0.1:" + std::to_string(lServer.Port()) +
+                  " redirects to refuses connections.\n",
+              lOutcome.mErrors);
+}
+
 TEST(RecordTest, ATransportThatTheServerRefusesComesWithAdvice) {
     for (const bool lTCP : {false, true}) {
         ScriptedServer lServer(Describe(kVideo) +
@@ -536,10 +568,29 @@ TEST(RecordTest, MistakesAreNamed) {
              Case{{"-c", "RTSP:Profile=clasic"}, "virertsp: RTSP:Profile takes modern or classic.\n"},
              Case{{"-c", "RTSP:TimeOutRTPAfter=5s"}, "virertsp: RTSP:TimeOutRTPAfter takes a whole number.\n"},
              Case{{"--seconds", "-1"}, "virertsp: --seconds takes a number from 0 to 1000000000.\n"},
+             Case{{"--seconds", "10min"}, "virertsp: --seconds takes a number from 0 to 1000000000.\n"},
+             Case{{"--seconds", ""}, "virertsp: --seconds takes a number from 0 to 1000000000.\n"},
          }) {
         std::vector<std::string> lArguments = {lURL, "-o", "/dev/null"};
         lArguments.insert(lArguments.end(), lCase.mArguments.begin(), lCase.mArguments.end());
         EXPECT_EQ(lCase.mErrors, Record(lArguments).mErrors);
+    }
+}
+
+TEST(RecordTest, ALocationNamesAServerAndAPort) {
+    for (const char* const lLocation : {"rtsp://", "rtsp:///clip", "rtsp://:554/clip", "rtsp://me:secret@/clip"}) {
+        const Outcome lOutcome = Record({lLocation, "-o", "/dev/null"});
+        EXPECT_EQ(kExitUsage, lOutcome.mCode) << lLocation;
+        EXPECT_EQ("virertsp: The location names no server.\n", lOutcome.mErrors) << lLocation;
+    }
+    for (const char* const lServer : {"127.0.0.1:0", "127.0.0.1:65536", "127.0.0.1:clip", "127.0.0.1:", "[::1]:+1"}) {
+        const Outcome lOutcome = Record({std::string("rtsp://") + lServer + "/clip", "-o", "/dev/null"});
+        EXPECT_EQ(kExitUsage, lOutcome.mCode) << lServer;
+        EXPECT_EQ("virertsp: The port of a location is a number from 1 to 65535.\n", lOutcome.mErrors) << lServer;
+    }
+    for (const char* const lServer : {"127.0.0.1:1", "me:secret@127.0.0.1:1", "[::1]:1"}) {
+        EXPECT_EQ(kExitNetwork, Record({std::string("rtsp://") + lServer + "/clip", "-o", "/dev/null"}).mCode)
+            << lServer;
     }
 }
 
