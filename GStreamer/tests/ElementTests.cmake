@@ -35,8 +35,11 @@ const char* const ElementTest::kPluginFile = \"$<TARGET_FILE:${aTarget}-plugin>\
     target_include_directories(${lTests} PRIVATE ${lHere} ${lHere}/${lFolder} ${PROJECT_SOURCE_DIR}/Player/tests
         ${PROJECT_SOURCE_DIR}/tests/faults)
     target_link_libraries(${lTests} PRIVATE ${aTarget} test_support GTest::gmock GTest::gtest)
-    # Its sleeps can be made short: `usleep` in the element becomes `__wrap_usleep` of the tests.
-    target_link_options(${lTests} PRIVATE LINKER:--wrap=usleep)
+    # Its sleeps can be made short: `usleep` in the element becomes `__wrap_usleep` of the tests. Its timers can be put
+    # off.
+    foreach(lCall usleep gst_clock_get_time gst_clock_new_single_shot_id)
+        target_link_options(${lTests} PRIVATE LINKER:--wrap=${lCall})
+    endforeach()
     add_dependencies(${lTests} ${aTarget}-plugin)
     vire_warnings(${lTests})
     vire_precompile(${lTests} <gst/gst.h>)

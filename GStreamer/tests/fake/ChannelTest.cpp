@@ -3,6 +3,7 @@
 
 #include "support/DebugCapture.hpp"
 #include "support/SourceFixture.hpp"
+#include "support/TimersRun.hpp"
 
 namespace ElementTest {
 
@@ -92,10 +93,16 @@ TEST_F(Channel, WithTheServerPausedANewLocationPlaysAndIsPausedAgain) {
     Pause();
     mElement.Sink(0)->Clear();
     mServer.Push(0, kSecond, "of b");
+    const TimersRun lTimers;
     mElement.SetText("location", "rtsp://host/b");
-    EXPECT_EQ(Texts{"Play rtsp://host/b 0.000000"}, mServer.TakeCalls());
+    Texts lCalls;
+    ASSERT_TRUE(Eventually([this, &lCalls] {
+        for (const std::string& lCall : mServer.TakeCalls()) {
+            lCalls.push_back(lCall);
+        }
+        return (Texts{"Play rtsp://host/b 0.000000", "Pause"}) == lCalls;
+    }));
     EXPECT_EQ("", mElement.Sink(0)->Kinds());
-    ASSERT_TRUE(Eventually([this] { return Texts{"Pause"} == mServer.TakeCalls(); }));
     mServer.Push(0, 2 * kSecond, "of b");
     mElement.Set(GST_STATE_PLAYING);
     EXPECT_EQ(Texts{"Resume"}, mServer.TakeCalls());

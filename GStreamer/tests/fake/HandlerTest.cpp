@@ -2,6 +2,7 @@
 
 #include "Player/Exception.hpp"
 #include "support/SourceFixture.hpp"
+#include "support/TimersRun.hpp"
 #include "support/Watch.hpp"
 
 namespace ElementTest {
@@ -323,7 +324,10 @@ TEST_F(Leftover, AnOldTimeOutIsForgottenWhenASeekBringsMedia) {
     EXPECT_EQ(1U, mServer.PlayersMade());
 }
 
-class LeftoverSlow : public SourceFixture {};
+class LeftoverSlow : public SourceFixture {
+protected:
+    const TimersRun mTimers;
+};
 
 TEST_F(LeftoverSlow, APositionAndALossDoNotOutliveReady) {
     ServeH264();

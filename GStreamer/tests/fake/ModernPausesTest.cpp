@@ -1,12 +1,16 @@
 #include <atomic>
 
 #include "fake/ModernFixture.hpp"
+#include "support/TimersRun.hpp"
 
 namespace ElementTest {
 namespace {
 
 class ModernPauses : public ModernFixture {};
-class ModernPausesSlow : public ModernFixture {};
+class ModernPausesSlow : public ModernFixture {
+protected:
+    const TimersRun mTimers;
+};
 
 TEST_F(ModernPauses, APauseHasNothingToPrerollWith) {
     ServeH264();

