@@ -36,8 +36,8 @@ const char* const ElementTest::kPluginFile = \"$<TARGET_FILE:${aTarget}-plugin>\
         ${PROJECT_SOURCE_DIR}/tests/faults)
     target_link_libraries(${lTests} PRIVATE ${aTarget} test_support GTest::gmock GTest::gtest)
     # Its sleeps can be made short: `usleep` in the element becomes `__wrap_usleep` of the tests. Its timers can be put
-    # off.
-    foreach(lCall usleep gst_clock_get_time gst_clock_new_single_shot_id)
+    # off, and the threads of its tasks be made late.
+    foreach(lCall usleep gst_clock_get_time gst_clock_new_single_shot_id gst_task_new)
         target_link_options(${lTests} PRIVATE LINKER:--wrap=${lCall})
     endforeach()
     add_dependencies(${lTests} ${aTarget}-plugin)

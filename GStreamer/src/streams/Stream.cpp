@@ -102,6 +102,10 @@ bool Stream::task_stop() {
     return true;
 }
 
+void Stream::task_join() {
+    if (m_thread.load() != std::this_thread::get_id()) { gst_task_join(m_task); }
+}
+
 void Stream::task_wait() {
     const RLock lIteration(&m_taskLock);
 }
@@ -181,6 +185,7 @@ GHashTable* Stream::split_fmt_params(const std::string& aText) {
 }
 
 void Stream::iterate() {
+    m_thread = std::this_thread::get_id();
     const ThreadMark lMark(m_element, ThreadMark::Kind::kStreaming);
     if (m_endWanted && m_running) { end_as_wanted(); }
     if (m_ended && m_profile.load()->ends_with_its_peer()) {

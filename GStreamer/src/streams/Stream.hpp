@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <string>
+#include <thread>
 
 #include "Player/Pace.hpp"
 #include "settings/Profile.hpp"
@@ -38,6 +39,9 @@ public:
     bool task_run(bool aNewSegment = true);
     bool task_pause();
     bool task_stop();
+    /// Returns when the task's thread has left a task that was stopped. One that is run while its thread is on the way
+    /// out would be without a thread. From the thread itself, which can't wait for that, at once.
+    void task_join();
     /// Returns when no loop iteration is in progress. The task has been paused or stopped before: while it runs,
     /// GStreamer keeps the lock from one iteration to the next.
     void task_wait();
@@ -127,7 +131,8 @@ private:
     PlayerAccess& m_player;
     const unsigned int m_track;
     GstTask* m_task = nullptr;
-    GStaticRecMutex m_taskLock{};  ///< Held by GStreamer while the task runs.
+    GStaticRecMutex m_taskLock{};             ///< Held by GStreamer while the task runs.
+    std::atomic<std::thread::id> m_thread{};  ///< Of the last iteration.
     std::atomic<bool> m_running{false};
     StreamStatus m_status VIRE_GUARDED_BY(m_statusMutex) = kOk;
     std::atomic<int> m_noDataTime{0};  ///< Microseconds since the last packet or report.

@@ -41,7 +41,7 @@ TEST_F(StreamAlone, DoesNothingBeforeItIsRunNorAfterItIsPausedOrStopped) {
     ASSERT_TRUE(Sink().Await("buffer"));
     for (const bool lStop : {false, true}) {
         lStop ? mStream->task_stop() : mStream->task_pause();
-        mStream->task_wait();
+        lStop ? mStream->task_join() : mStream->task_wait();
         mServer.Push(1, 2, "x");
         std::this_thread::sleep_for(kALittle);
         EXPECT_EQ(1U, mServer.Queued(1));
