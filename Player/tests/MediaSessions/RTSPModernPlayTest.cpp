@@ -154,6 +154,37 @@ TEST_F(RTSPModernPlayTest, AServerThatIsGoneEndsNothing) {
     EXPECT_EQ("", mServer->Failure());
 }
 
+/// Requests are numbered anew after a stop or a close: one may get the number of a sign of life that was never
+/// answered.
+class RTSPUnansweredTest : public RTSPModernPlayTest, public testing::WithParamInterface<bool> {};
+
+TEST_P(RTSPUnansweredTest, TheNextAnswerWithThatNumberIsHeeded) {
+    mPlayer.SetConfigParam("RTSP:Transports", "tcp");
+    ServePackets(Start("TCP 0", "5;timeout=1") + R"(
+        > GET_PARAMETER clip/ 4 | Session: 5
+        NOTIFY alive
+        > TEARDOWN clip/ 5 | Session: 5
+        < 200 5
+        END
+        ACCEPT
+        > DESCRIBE clip 1
+        < 200 1 | SDP clip/ video audio
+        > SETUP clip/video 2 | TCP 0
+        < 200 2 | Session: 6 | TCP 0
+        > SETUP clip/audio 3 | Session: 6 | TCP 1
+        < 200 3 | Session: 6 | TCP 1
+        > PLAY clip/ 4
+        < 200 4
+    )");
+    Play();
+    DoUntil("alive", [this] { mPlayer.Produce(0); });
+    GetParam() ? mPlayer.Stop() : mPlayer.Close();
+    Play();
+    EXPECT_EQ(2U, mPlayer.GetTrackCount());
+}
+
+INSTANTIATE_TEST_SUITE_P(Stopped, RTSPUnansweredTest, testing::Bool());
+
 TEST_F(RTSPModernPlayTest, AResponseWithoutANumberIsTaken) {
     for (const char* lNumber : {"", "S: CSeq:\n", "S: CSeq: none\n"}) {
         mPlayer.SetConfigParam("RTSP:Transports", "tcp");

@@ -68,6 +68,7 @@ void Connection::DoReconnect(const std::string& aAuthority) {
 
 void Connection::Open(SInt aFamily) {
     mSocket.Set(new Sockets::SecureTCP(aFamily));
+    ++mCount;
     if (!mConfig.mUseLocalIP.empty()) { mSocket->Bind(Address(mConfig.mUseLocalIP.c_str(), nullptr, aFamily)); }
 }
 

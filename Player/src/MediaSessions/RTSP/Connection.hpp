@@ -29,6 +29,8 @@ public:
     /// Where the socket was connected to: the server, or the proxy.
     const Address& ServerAddress() const { return mServerAddress; }
     bool IsOpen() const { return nullptr != mSocket.Ptr(); }
+    /// How many there have been: what was sent on one is not answered on another.
+    UInt Count() const { return mCount; }
     /// Readable when something has arrived; -1 when it is not open.
     SInt Descriptor() const { return IsOpen() ? mSocket->Descriptor() : -1; }
 
@@ -112,6 +114,7 @@ private:
     std::string mURL;
     Address mServerAddress;
     ScopedPtr<Sockets::SecureTCP> mSocket;
+    UInt mCount = 0;
     bool mIsSecure = false;
     Buffer mOutBuf;
     Buffer mInBuf;

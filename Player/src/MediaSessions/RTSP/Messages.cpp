@@ -227,12 +227,21 @@ bool Messages::RecvBody(const Headers& aHeaders, Buffer& aBody) {
 void Messages::LeaveUnanswered(UInt aCSeq) {
     constexpr std::size_t kMostUnawaited = 64;
     // A server that answers none of them will not begin with the oldest.
-    if (mUnawaited.size() >= kMostUnawaited) { mUnawaited.erase(mUnawaited.begin()); }
+    if (HasUnawaited() && mUnawaited.size() >= kMostUnawaited) { mUnawaited.erase(mUnawaited.begin()); }
     mUnawaited.insert(aCSeq);
 }
 
+bool Messages::HasUnawaited() {
+    if (mConnection.Count() != mUnawaitedOn) {
+        mUnawaitedOn = mConnection.Count();
+        mUnawaited.clear();
+        mUnawaitedRefusal = Refusal();
+    }
+    return !mUnawaited.empty();
+}
+
 bool Messages::IsUnawaited(UInt aStatus, const Headers& aHeaders) {
-    if (mUnawaited.empty() || 0 == aHeaders.count("CSeq")) { return false; }
+    if (!HasUnawaited() || 0 == aHeaders.count("CSeq")) { return false; }
     const unsigned long long lCSeq = Decimal(HeaderValue(aHeaders, "CSeq"));
     if (lCSeq > std::numeric_limits<UInt>::max() || 0 == mUnawaited.erase(static_cast<UInt>(lCSeq))) { return false; }
     if (aStatus >= 0x300) { mUnawaitedRefusal = {aStatus, std::string(), {}, mChallenges}; }
@@ -240,7 +249,7 @@ bool Messages::IsUnawaited(UInt aStatus, const Headers& aHeaders) {
 }
 
 void Messages::DropUnawaited() {
-    if (mUnawaited.empty() || HasFrameReceiver() || !mConnection.IsOpen()) { return; }
+    if (!HasUnawaited() || HasFrameReceiver() || !mConnection.IsOpen()) { return; }
     mConnection.FillInterleavedBuf();
     std::string lLine;
     while (!mUnawaited.empty() && mConnection.HoldsEmptyLine() && mConnection.PeekLn(lLine)) {
@@ -398,7 +407,7 @@ bool Messages::AnswerRequest(bool aMayWait) {
     try {
         std::string lLine;
         mConnection.ReadLn(lLine);
-        if (IsStatusLine(lLine) && !mUnawaited.empty()) {
+        if (IsStatusLine(lLine) && HasUnawaited()) {
             DropResponse(lLine);
             return HandleInterleavedData(false);
         }

@@ -80,7 +80,8 @@ public:
     /// Reports the last response that was no success.
     void ReportRefusal(Severity aSeverity) const;
 
-    /// The response to a request with this number will not be awaited: whenever it comes, it is dropped.
+    /// The response to the request with this number, which is sent, will not be awaited: whenever it comes, it is
+    /// dropped.
     void LeaveUnanswered(UInt aCSeq);
     /// Drops what has come of such responses, without waiting; frames between them are delivered.
     void DropUnawaited();
@@ -110,6 +111,8 @@ private:
     /// Consumes the body that the headers announce. False when it is not all there.
     bool RecvBody(const Headers& aHeaders, Buffer& aBody);
     void CheckCSeq(const Headers& aHeaders, UInt aCSeq) const;
+    /// Whether a response that is not waited for may still come. None does that was due on an earlier connection.
+    bool HasUnawaited();
     /// Whether it is a response that is not waited for. What it refuses is kept.
     bool IsUnawaited(UInt aStatus, const Headers& aHeaders);
     /// Drops a response that came where none is awaited.
@@ -144,6 +147,8 @@ private:
     UInt mGarbage = 0;
     /// Numbers of requests whose responses are not awaited.
     std::set<UInt> mUnawaited;
+    /// The connection on which they went out.
+    UInt mUnawaitedOn = 0;
 };
 
 }  // namespace Player::MediaSessions

@@ -124,8 +124,8 @@ void RTSP::StayAlive() {
         const char* const lMethod = mKeepAlive.Method();
         Request lRequest = NewRequest(lMethod, ControlURL());
         lRequest.Line(SessionLine(mSessionId));
-        mMessages.LeaveUnanswered(mCSeq);
         Send(lRequest, lMethod, ControlURL());
+        mMessages.LeaveUnanswered(mCSeq);
     } catch (const Exception& lException) {
         Report(__FILE__, __LINE__, Severity::Info, "The session could not be kept alive: %s", lException.Message());
     }
