@@ -35,6 +35,8 @@ public:
         mLead = 0;
         StartAt(aBase);
     }
+    /// The play range begins there instead, as far before or after the base as it is: nothing has been seen of it.
+    void MoveBase(Number aBase) { StartAt(aBase); }
     /// Numbers up to so many before the base belong to the play range as well; they count below 0.
     void Admit(Number aLead) { mLead = aLead; }
     /// The play range begins with the first number seen. A base of 0 stands for "not known".

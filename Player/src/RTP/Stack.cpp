@@ -69,6 +69,14 @@ void Stack::SetSeqBase(unsigned short aSeq, UInt aStep) {
     mRun.mReceivedBefore = mRun.mPacketsReceived - lOvertaken;
     mRun.mReceivedAtPreflight = mRun.mPacketsReceived;
     mSeq.SetBase(aSeq, aStep);
+    mMayBeginEarlier = 0 != aStep;
+}
+
+void Stack::BeginEarlier(unsigned short aSeq) {
+    constexpr int kMostEarlier = 16;
+    const int lEarlier = static_cast<unsigned short>(mSeq.Base() - aSeq);
+    if (lEarlier <= kMostEarlier) { mSeq.MoveBase(aSeq); }
+    mMayBeginEarlier = false;
 }
 
 UInt Stack::Expected() const {
@@ -87,6 +95,7 @@ bool Stack::HandleRTP(const unsigned char* aData, unsigned int aSize, Time aArri
     if (0 == mRun.mPacketsReceived) { LearnFrom(aData, aArrival); }
     if (mLearnsSeq) { SetSeqBase(BigEndian::Read16(aData + 2), mStep); }
     if (mLearnsTime) { SetTimeBase(BigEndian::Read32(aData + 4)); }
+    if (mMayBeginEarlier) { BeginEarlier(BigEndian::Read16(aData + 2)); }
     return TakeRTP(aData, aSize, lLengths, aArrival);
 }
 
@@ -280,7 +289,7 @@ void Stack::Preflight(Time aNow) {
 void Stack::Flush(Time aNow) {
     mHeld.Clear();
     mRun = Run();
-    mLearnsSeq = mLearnsTime = false;
+    mLearnsSeq = mLearnsTime = mMayBeginEarlier = false;
     mSeq.Restart();
     mTimestamp.Restart();
     Preflight(aNow);

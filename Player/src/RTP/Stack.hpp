@@ -44,7 +44,8 @@ public:
     /// The clock rate in Hz; 0 makes all times zero.
     void SetTimeRes(unsigned int aTimeRes) { mTimeRes = aTimeRes; }
     /// First sequence number of the play range; indices go on from where they are.
-    /// They are `aStep` behind the last one; without a step the first packet counts as that one.
+    /// They are `aStep` behind the last one; without a step the first packet counts as that one. With a step the range
+    /// may begin a few numbers earlier than that.
     void SetSeqBase(unsigned short aSeq, UInt aStep = 0);
     /// RTP timestamp at the start of the play range; play times go on from where they are. What is numbered within the
     /// range may be up to `aLead` before it.
@@ -144,6 +145,8 @@ private:
     };
 
     void LearnFrom(const Byte* aData, Time aArrival);
+    /// Some servers number the first packet of a range before the one that they name.
+    void BeginEarlier(unsigned short aSeq);
     bool TakeRTP(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& aLengths, Time aArrival);
     bool Enqueue(const Byte* aData, UInt aSize, const Packets::RTP::Lengths& aLengths, UInt aIndex,
                  long long aTimestamp);
@@ -178,6 +181,8 @@ private:
     SequenceExtension mSeq;
     TimestampExtension mTimestamp;
     bool mLearnsSeq = false;
+    /// The next packet may bear a number before the base.
+    bool mMayBeginEarlier = false;
     bool mLearnsTime = false;
     UInt mStep = 0;
     /// Where packets lie. A copy of the stack shares it, as it shares the packets.

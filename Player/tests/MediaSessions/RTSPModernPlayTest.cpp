@@ -308,6 +308,42 @@ TEST_P(RTSPModernPauseTest, CostsNoPicture) {
     EXPECT_EQ(0U, mPlayer.GetTrackReception(0).mPacketsDuplicate);
 }
 
+/// live555 sends the first packet of a resume, with the number before that of "seq", ahead of its answer. Both are
+/// later by the length of the pause on the server's clock, which takes no play time.
+TEST_F(RTSPModernPlayTest, MediaMayOvertakeTheAnswerToAResume) {
+    mPlayer.SetConfigParam("RTSP:Transports", "tcp");
+    ServePackets(Start("TCP 0") + R"(
+        SPLIT
+        S$ 0 {p1}
+        S$ 0 {p2}
+        NOTIFY sent
+        > PAUSE clip/ 4
+        < 200 4
+        > PLAY clip/ 5
+        S$ 0 {a}
+        < 200 5 | RTP-Info: url=video;seq=4;rtptime=900000
+        S$ 0 {b}
+        S$ 0 {c}
+        NOTIFY resumed
+    )");
+    mServer->Set("a", Packet(3, 900000));
+    mServer->Set("b", Packet(4, 903600));
+    mServer->Set("c", Packet(5, 909000));
+    Play();
+    DoUntil("sent", [this] { mPlayer.Fill(0); });
+    mPlayer.Pause();
+    mPlayer.Resume();
+    DoUntil("resumed", [] {});
+    std::vector<long long> lMilliseconds;
+    for (int lLook = 0; lLook < 8; ++lLook) {
+        if (const Time lTime = TakeSample(0); Time(-1) != lTime) {
+            lMilliseconds.push_back((lTime.NanoSeconds() + 500000) / 1000000);
+        }
+    }
+    EXPECT_THAT(lMilliseconds, testing::ElementsAre(0, 100, 100, 140, 200));
+    EXPECT_EQ(0, mPlayer.GetTrackReception(0).mPacketsLost);
+}
+
 INSTANTIATE_TEST_SUITE_P(Resumes, RTSPModernPauseTest,
                          testing::Values("< 200 5 | RTP-Info: url=video;seq=3;rtptime=27000\n",
                                          "< 200 5 | RTP-Info: url=video;seq=60000;rtptime=4000000000\n",

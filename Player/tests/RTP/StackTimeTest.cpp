@@ -294,5 +294,34 @@ TEST_F(ResumedLossTest, AServerMayUseNumbersAgain) {
     EXPECT_EQ(1, Lost());
 }
 
+TEST_F(ResumedLossTest, ARunMayBeginAFewNumbersBeforeTheOneThatIsNamed) {
+    const struct {
+        UInt mFirst;
+        bool mIsTaken;
+    } lCases[] = {{130, true}, {129, true}, {114, true}, {113, false}};
+    const auto lBegin = [this] {
+        mStack.SetSeqBase(0);
+        mStack.SetTimeBase(0);
+        mStack.Flush(Time(0));
+        TakeFrames(100, 109);
+    };
+    for (const auto& lCase : lCases) {
+        lBegin();
+        mStack.SetSeqBase(130, 1);
+        mStack.SetTimeBase(lCase.mFirst * 3600);
+        EXPECT_EQ(lCase.mIsTaken, TakeFrame(lCase.mFirst)) << lCase.mFirst;
+        if (!lCase.mIsTaken) { continue; }
+        EXPECT_FALSE(TakeFrame(lCase.mFirst - 1)) << "only the first packet";
+        EXPECT_EQ(0, Lost());
+        UInt lIndex = mStack.Pop()->SeqNumberExt();
+        while (!mStack.Empty()) {
+            EXPECT_EQ(++lIndex, mStack.Pop()->SeqNumberExt());
+        }
+    }
+    lBegin();
+    mStack.SetSeqBase(130);
+    EXPECT_FALSE(TakeFrame(129)) << "without a step";
+}
+
 }  // namespace
 }  // namespace Player::RTP

@@ -54,6 +54,8 @@ void RTSP::DoResume() {
     Preflight();
     mTransport->Fill();
     SendPlayOn();
+    // Where their times begin is what the answer says.
+    Messages::HoldingFrames lEarly(mMessages, Speaks().KeepsEarlyMedia());
     Headers lHeaders;
     if (!Receive(lHeaders, mCSeq)) { ThrowRefused("DoPlay", "Resuming PLAY failed"); }
     if (Speaks().NeedsRTPInfo() && 0 == lHeaders.count("RTP-Info")) {
@@ -62,6 +64,7 @@ void RTSP::DoResume() {
     }
     if (!Speaks().NeedsRTPInfo()) { LearnAnew(); }
     HandleRTPInfo(lHeaders["RTP-Info"]);
+    lEarly.Release();
     EnterState(WaitData, "WaitData");
 }
 

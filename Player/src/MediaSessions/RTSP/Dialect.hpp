@@ -82,7 +82,7 @@ public:
     virtual UInt StepOverPause() const = 0;
     /// What is numbered within the play range is taken although its time is so many seconds before it, at most.
     virtual UInt SecondsBeforeStart() const = 0;
-    /// Whether interleaved media that come before the answer to the first PLAY belong to it.
+    /// Whether interleaved media that come before the answer to the first PLAY, or to that of a resume, belong to it.
     virtual bool KeepsEarlyMedia() const = 0;
     /// Whether that refusal of a PAUSE says that the server does not play any more, so that there is nothing to pause.
     virtual bool HasStopped(UInt aStatus) const = 0;
