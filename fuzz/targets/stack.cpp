@@ -10,8 +10,8 @@
 
 namespace Fuzz {
 
-/// Each packet is kept here, too, and is an object there, in a block that holds more of them.
-const Bounds kBounds{65536 + Player::Packets::Arena::kBlockSize, 512};
+/// Each packet is kept here, too, and is an object there, in a block that holds more of them; each track has its own.
+const Bounds kBounds{65536 + 2 * Player::Packets::Arena::kBlockSize, 512};
 
 namespace {
 
@@ -190,8 +190,8 @@ public:
             case 1: return mStack.SetExpectedSSRC(aInput.Word32());
             case 2: return mStack.SetTimeRes(aInput.Word32());
             case 3: return mStack.SetTimeRes(90000);
-            case 4: return mStack.SetSeqBase(static_cast<std::uint16_t>(aInput.Word16()));
-            case 5: return mStack.SetTimeBase(aInput.Word32());
+            case 4: return SetSeqBase(static_cast<std::uint16_t>(aInput.Word16()));
+            case 5: return SetTimeBase(aInput.Word32());
             case 6: return mStack.SetBeginTime(Time(aInput.Word32(), 1000));
             case 7: return mStack.SetEndTime(Time(aInput.Word32(), 1000));
             default: return mStack.SetTimeoutTime(Time(aInput.Word16(), 10));
@@ -201,6 +201,10 @@ public:
     Stack mStack;
 
 private:
+    // One base in two is set as the modern profile sets it.
+    void SetSeqBase(std::uint16_t aSeq) { mStack.SetSeqBase(aSeq, aSeq & 1U); }
+    void SetTimeBase(std::uint32_t aTimestamp) { mStack.SetTimeBase(aTimestamp, 0 != (aTimestamp & 1) ? 90000 : 0); }
+
     static std::int64_t Step(Input& aInput) { return static_cast<std::int8_t>(aInput.Byte()); }
 
     std::list<Known> mHeld;
