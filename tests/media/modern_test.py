@@ -139,6 +139,34 @@ class ModernLaunchTest(unittest.TestCase):
             self.assertGreater(int(count), 10, codec)
             self.assertLess(int(count), element.SECONDS * 43, codec)
 
+    def packets(self, path):
+        """The seconds at which those of each stream are shown, in order."""
+        probed = subprocess.run(
+            ["ffprobe", "-v", "error", "-show_entries", "packet=stream_index,pts_time", "-of", "csv=p=0", str(path)],
+            capture_output=True, text=True, timeout=media.PATIENCE)
+        self.assertEqual((0, ""), (probed.returncode, probed.stderr))
+        times = {}
+        for line in probed.stdout.split():
+            stream, seconds = line.split(",")[:2]
+            times.setdefault(stream, []).append(float(seconds))
+        return [sorted(times[stream]) for stream in sorted(times)]
+
+    def test_two_cameras_in_one_file(self):
+        clip = self.folder / "short.mp4"
+        subprocess.run(["ffmpeg", "-v", "error", "-i", str(element.av_clip(0)), "-t", "2", "-map", "0:v", "-c", "copy",
+                        str(clip)], check=True, timeout=media.PATIENCE)
+        serve = ("--launch", f"( filesrc location={clip} ! qtdemux ! rtph264pay name=pay0 pt=96 config-interval=0 )")
+        for profile, muxer in (("modern", "mp4mux"), ("classic", "matroskamux")):
+            path = self.folder / f"both.{muxer}"
+            with media.server(*serve) as one, media.server(*serve) as other:
+                cameras = [f"virertspsrc profile={profile} rtp-buffer-size=1 location={url} ! queue ! h264parse ! mux."
+                           for url in (one, other)]
+                self.tools.launch(f"{muxer} name=mux ! filesink location={path} {' '.join(cameras)}")
+            tracks = self.packets(path)
+            self.assertEqual([50, 50], [len(times) for times in tracks], profile)
+            for times in tracks:
+                self.assertAlmostEqual(49 / element.RATE, times[-1] - times[0], delta=0.01, msg=profile)
+
 
 if __name__ == "__main__":
     unittest.main()
