@@ -145,6 +145,16 @@ void Messages::warn_failed(const char* aWhat, const std::string& aLocation, cons
          g_strdup_printf("%s %s failed: %s.", aWhat, DisplayedLocation(aLocation).c_str(), aWhy), nullptr);
 }
 
+void Messages::fail_flow(unsigned int aTrack, GstFlowReturn aResult) const {
+    const char* const lName = gst_flow_get_name(aResult);
+    const std::string lDebug =
+        Player::StringWithFormat("streaming stopped, reason %s (%d)", lName, static_cast<int>(aResult));
+    gchar* const lText = GST_FLOW_NOT_LINKED == aResult
+                             ? g_strdup("Nothing is linked to any pad.")
+                             : g_strdup_printf("What is linked to src%u does not take its media: %s.", aTrack, lName);
+    fail(GST_MESSAGE_ERROR, GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED, lText, lDebug.c_str());
+}
+
 void Messages::refuse(GstResourceError aCode, const char* aText) const {
     GST_WARNING_OBJECT(m_element, "%s", aText);
     if (!m_options.profile().posts_refusals()) { return; }

@@ -36,6 +36,8 @@ public:
     /// `aWhat` is done to the location: "Playing", "Pausing", ...
     void warn_failed(const char* aWhat, const std::string& aLocation, const Player::Exception& aWhy) const;
     void warn_failed(const char* aWhat, const std::string& aLocation, const char* aWhy) const;
+    /// What is linked to the pad of the track gave that result.
+    void fail_flow(unsigned int aTrack, GstFlowReturn aResult) const;
     /// A start that is refused before the server is asked: in the log, and where the profile wants it on the bus.
     void refuse(GstResourceError aCode, const char* aText) const;
 

@@ -16,6 +16,7 @@ public:
     bool pauses_in_place() const override { return false; }
     bool heeds_events() const override { return false; }
     bool ends_with_its_peer() const override { return false; }
+    bool fails_with_its_peers() const override { return false; }
     bool keeps_settings() const override { return false; }
     bool positions_are_of_media() const override { return false; }
     bool prints_notes() const override { return true; }
@@ -32,6 +33,7 @@ public:
     bool pauses_in_place() const override { return true; }
     bool heeds_events() const override { return true; }
     bool ends_with_its_peer() const override { return true; }
+    bool fails_with_its_peers() const override { return true; }
     bool keeps_settings() const override { return true; }
     bool positions_are_of_media() const override { return true; }
     bool prints_notes() const override { return false; }

@@ -40,6 +40,9 @@ public:
     /// Whether a stream ends, alone, when what it is linked to says that it is at its end. Otherwise it goes on
     /// pushing.
     virtual bool ends_with_its_peer() const = 0;
+    /// Whether what is linked ends the pipeline, as with any source, when it fails, or when there is nothing. Otherwise
+    /// the streams stop or go on without a word.
+    virtual bool fails_with_its_peers() const = 0;
     /// Whether a player made anew after a time-out is given the settings, the pads stay, and the time-outs count.
     virtual bool keeps_settings() const = 0;
     /// Whether each stream's position is that of its media. Otherwise visual's is the pipeline's.

@@ -57,6 +57,12 @@ void Source::stream_controller_exception(const Player::Exception& aException, un
     handle_exception(&aException, "Receiving");
 }
 
+/// One error ends a pipeline. A track that nothing is linked to is the application's choice, as long as another is.
+void Source::stream_controller_peer_failed(GstFlowReturn aResult, unsigned int aTrack) {
+    if (GST_FLOW_NOT_LINKED == aResult && !m_streams.all_are_unlinked()) { return; }
+    if (!m_peersFailed.exchange(true)) { m_messages.fail_flow(aTrack, aResult); }
+}
+
 void Source::handle_exception(const Player::Exception* aException, const char* aWhat) {
     GST_ERROR_OBJECT(m_element, "Exception. Code: %d, Category: %d, Error: %d, Message: %s\r\n",
                      static_cast<int>(aException->Code()), aException->Category(), aException->Error(),

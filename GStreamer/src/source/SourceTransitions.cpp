@@ -31,6 +31,7 @@ bool Source::readyToPaused() {
     set_state(GST_STATE_READY);
     GST_DEBUG_OBJECT(m_element, "Ready -> Paused");
     m_profile = &m_options.profile();
+    m_peersFailed = false;
     if (!may_start("Not allowed when network is not available")) { return false; }
     bool lStarted = false;
     guarded("Playing", [this, &lStarted] { lStarted = start_session(); });

@@ -117,6 +117,15 @@ bool StreamList::all_have_no_data() const {
     return true;
 }
 
+bool StreamList::all_are_unlinked() const {
+    const Lock lStreams(m_streamsMutex);
+    for (unsigned int lTrack = 0; lTrack < m_streams->len; ++lTrack) {
+        const Stream* const lStream = at(lTrack);
+        if (nullptr != lStream && !lStream->is_unlinked()) { return false; }
+    }
+    return true;
+}
+
 guint64 StreamList::access_units(unsigned int aTrack) const {
     const Lock lStreams(m_streamsMutex);
     const Stream* const lStream = at(aTrack);

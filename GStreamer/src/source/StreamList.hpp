@@ -51,6 +51,8 @@ public:
 
     /// From any thread: whether no track has had data for a while.
     bool all_have_no_data() const;
+    /// From any thread: whether no stream finds anything linked.
+    bool all_are_unlinked() const;
     /// From any thread: how many the stream of the track has pushed; 0 where there is none.
     guint64 access_units(unsigned int aTrack) const;
 

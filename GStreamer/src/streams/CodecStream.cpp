@@ -85,6 +85,7 @@ void CodecStream::handle_push_result(GstFlowReturn aResult) {
         GST_DEBUG_OBJECT(pad(), "What is linked is at its end");
         end_of_stream();
     }
+    if (profile().fails_with_its_peers()) { report_push(aResult); }
     if (GST_FLOW_NOT_NEGOTIATED != aResult || m_refusalLogged) { return; }
     m_refusalLogged = true;
     GST_WARNING_OBJECT(pad(), "What is linked to %s does not take its caps: %s", GST_PAD_NAME(pad()),

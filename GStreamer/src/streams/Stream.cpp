@@ -84,6 +84,7 @@ bool Stream::task_run(bool aNewSegment) {
         m_ended = false;
     }
     m_resumed = !m_newSegment;
+    m_unlinked = false;
     m_noDataTime = 0;
     status_set(kOk);
     m_running = true;
@@ -164,6 +165,16 @@ void Stream::end(guint32 aSeqnum, gint64 aPosition) {
     m_endPosition = aPosition;
     m_endWanted = true;
     gst_task_start(m_task);
+}
+
+void Stream::report_push(GstFlowReturn aResult) {
+    const bool lUnlinked = GST_FLOW_NOT_LINKED == aResult;
+    const bool lNewlyUnlinked = lUnlinked && !m_unlinked;
+    m_unlinked = lUnlinked;
+    // All that is worse than an end.
+    if (lNewlyUnlinked || aResult < GST_FLOW_UNEXPECTED) {
+        m_controller->stream_controller_peer_failed(aResult, m_track);
+    }
 }
 
 void Stream::set_duration(gint64 aDuration) {

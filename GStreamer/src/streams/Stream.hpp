@@ -67,6 +67,8 @@ public:
     /// with that position, in ns, if there is one.
     void end(guint32 aSeqnum, gint64 aPosition = -1);
     bool has_ended() const { return m_ended; }
+    /// Whether the last push found nothing linked.
+    bool is_unlinked() const { return m_unlinked; }
     /// Before the task runs.
     void set_profile(const Profile& aProfile) { m_profile = &aProfile; }
     /// What the pad answers to duration queries.
@@ -96,6 +98,8 @@ protected:
     /// Pushes the event that starts a segment, with the number of what has led to it.
     void push_segment(GstEvent* aSegment);
     const Profile& profile() const { return *m_profile; }
+    /// Reports a push that failed for good; those that find nothing linked once in a row.
+    void report_push(GstFlowReturn aResult);
     void count_access_unit() { ++m_accessUnits; }
     /// The loop idles until the next `task_run`.
     void stop_processing() { m_running = false; }
@@ -126,6 +130,7 @@ private:
     std::atomic<bool> m_endWanted{false};
     std::atomic<gint64> m_endPosition{-1};
     std::atomic<bool> m_ended{false};  ///< The end of stream is out.
+    std::atomic<bool> m_unlinked{false};
     std::atomic<guint32> m_seqnum{0};  ///< Of the next segment or end; 0 for any.
     std::atomic<const Profile*> m_profile{&Profile::Named(Profile::kClassic)};
     PlayerAccess& m_player;

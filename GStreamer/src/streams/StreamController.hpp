@@ -19,6 +19,8 @@ public:
     virtual bool stream_controller_waits() const { return false; }
     /// Reading the track failed: once per run of its task.
     virtual void stream_controller_exception(const Player::Exception& /*aException*/, unsigned int /*aTrack*/) {}
+    /// What is linked to the pad of the track has failed, or nothing is linked any more.
+    virtual void stream_controller_peer_failed(GstFlowReturn /*aResult*/, unsigned int /*aTrack*/) {}
     /// A seek has come up a pad. Whether it is done; the event stays the caller's.
     virtual bool stream_controller_seek(GstEvent* /*aSeek*/) { return false; }
     /// Answers a query for what can be sought; false when it is left to others.
