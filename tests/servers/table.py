@@ -193,8 +193,9 @@ def servers():
         Server("VLC", vlc, ("udp", "udp,tcp"), (), live=True),
         # It answers nothing to a track at a URL that it does not know.
         Server("rtsp-server-perl", perl, ("udp", "udp,tcp"), (), live=True),
-        # It describes a track relative to a URL without a slash at its end, and dies of what RFC 3986 makes of that.
-        Server("rtsp-streaming-server (npm)", node(STREAMING_SERVER), (), (), live=True),
+        # It describes a track relative to a URL without a slash at its end, and dies of what RFC 3986 makes of that:
+        # modern asks for it below that URL first.
+        Server("rtsp-streaming-server (npm)", node(STREAMING_SERVER), ("udp", "udp,tcp"), (), live=True),
         Server("node-rtsp-rtmp-server (npm)", node(HYBRID_SERVER, one_port=True, publish_over="tcp"), live=True),
     ]
 
