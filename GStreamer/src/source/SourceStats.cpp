@@ -12,12 +12,15 @@ guint64 NanoSeconds(const Player::Time& aTime) {
 }
 
 GstStructure* FiguresOf(const Player::Reception& aReception, guint64 aAccessUnits) {
-    return gst_structure_new(
+    GstStructure* const lFigures = gst_structure_new(
         "track", "packets", G_TYPE_UINT, aReception.mPacketsReceived, "lost", G_TYPE_INT, aReception.mPacketsLost,
         "late", G_TYPE_UINT, aReception.mPacketsLate, "reordered", G_TYPE_UINT, aReception.mPacketsReordered,
         "duplicate", G_TYPE_UINT, aReception.mPacketsDuplicate, "bytes", G_TYPE_UINT64, guint64{aReception.mBytes},
         "jitter", G_TYPE_UINT64, NanoSeconds(aReception.mJitter), "buffered-time", G_TYPE_UINT64,
         NanoSeconds(aReception.mBufferedTime), "access-units", G_TYPE_UINT64, aAccessUnits, nullptr);
+    const guint64 lRoundTrip = NanoSeconds(aReception.mRoundTrip);
+    if (0 != lRoundTrip) { gst_structure_set(lFigures, "round-trip", G_TYPE_UINT64, lRoundTrip, nullptr); }
+    return lFigures;
 }
 
 }  // namespace

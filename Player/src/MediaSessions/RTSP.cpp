@@ -16,7 +16,11 @@ void RTSP::Configure(const Properties& aConfig) {
 }
 
 Reception RTSP::TrackReception(UInt aTrack) const {
-    return aTrack < mTracksAdded ? mTransport->GetTrackRTPStack(aTrack).GetReception() : Reception();
+    if (aTrack >= mTracksAdded) { return Reception(); }
+    constexpr UInt kMicroseconds = 1000000;
+    Reception lReception = mTransport->GetTrackRTPStack(aTrack).GetReception();
+    lReception.mRoundTrip = Time(mConnection.RoundTrip(), kMicroseconds);
+    return lReception;
 }
 
 void RTSP::ThrowRefused(const char* aFunction, const char* aWhat, const Refusal& aRefusal) {

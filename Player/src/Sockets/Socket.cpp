@@ -1,6 +1,8 @@
 #include "Sockets/Socket.hpp"
 
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -172,6 +174,17 @@ UInt Socket::RecvBufferSize() const {
     if (0 != ::getsockopt(mSocket, SOL_SOCKET, SO_RCVBUF, &lValue, &lSize)) { return 0; }
     // The system doubles what it was asked for, to have room for its own data.
     return static_cast<UInt>(lValue) / 2;
+}
+
+UInt Socket::RoundTrip() const {
+#ifdef TCP_INFO
+    tcp_info lInfo{};
+    socklen_t lSize = sizeof lInfo;
+    if (0 != ::getsockopt(mSocket, IPPROTO_TCP, TCP_INFO, &lInfo, &lSize)) { return 0; }
+    return lInfo.tcpi_rtt;
+#else
+    return 0;
+#endif
 }
 
 SInt Socket::NonBlockingMode(bool aEnable) {

@@ -46,6 +46,8 @@ public:
     SInt RecvBufferSize(UInt aBytes);
     /// What the system gives, 0 when it is unknown.
     UInt RecvBufferSize() const;
+    /// What the system measures on a TCP connection, in microseconds; 0 where it does not say.
+    UInt RoundTrip() const;
     /// Sets the descriptor's status flags to `O_NONBLOCK` alone, or to none.
     SInt NonBlockingMode(bool aEnable);
     /// For waiting; -1 when there is none.

@@ -4,6 +4,7 @@
 
 #include "MediaSessions/SessionFixture.hpp"
 #include "Player/String.hpp"
+#include "Sockets/Loopback.hpp"
 #include "support/ClockUnderTest.hpp"
 
 namespace Player::MediaSessions {
@@ -111,6 +112,15 @@ TEST_P(RTSPPauseAtAnEndTest, Stops) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tracks, RTSPPauseAtAnEndTest, testing::Values(kVideo, kAudio));
+
+TEST_F(RTSPPlayStateTest, TheRoundTripIsThatOfTheControlConnection) {
+    Start();
+    const bool lTold = Testing::SystemTellsRoundTrips();
+    EXPECT_EQ(lTold, Time(0) < mPlayer.GetTrackReception(kVideo).mRoundTrip);
+    EXPECT_EQ(lTold, Time(0) < mPlayer.GetTrackReception(kAudio).mRoundTrip);
+    EXPECT_LT(mPlayer.GetTrackReception(kVideo).mRoundTrip, Time(60, 1));
+    EXPECT_EQ(Time(0), mPlayer.GetTrackReception(2).mRoundTrip);
+}
 
 TEST_F(RTSPPlayStateTest, TakesInWithoutDelivering) {
     Start("Quenra Strand");

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -71,6 +72,22 @@ public:
 private:
     Descriptor mFd;
 };
+
+/// Whether it has a figure for a connection that has just been made: emulators may not know the question.
+inline bool SystemTellsRoundTrips() {
+#ifdef TCP_INFO
+    Server lServer;
+    lServer.Listen();
+    const Descriptor lSocket(::socket(AF_INET, SOCK_STREAM, 0));
+    const Address lAddr = lServer.Addr();
+    EXPECT_EQ(0, ::connect(lSocket.Get(), lAddr.Begin(), lAddr.Size()));
+    tcp_info lInfo{};
+    socklen_t lSize = sizeof lInfo;
+    return 0 == ::getsockopt(lSocket.Get(), IPPROTO_TCP, TCP_INFO, &lInfo, &lSize) && 0 != lInfo.tcpi_rtt;
+#else
+    return false;
+#endif
+}
 
 /// A listening server whose queue is full: further connecting gets no answer.
 class DeafServer : public Server {

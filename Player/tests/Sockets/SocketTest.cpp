@@ -201,6 +201,19 @@ TEST(Socket, EveryOperationTellsABadDescriptor) {
                             [&] { lSocket.RecvBufferSize(0xFFFFFFFF); });
 }
 
+TEST(Socket, RoundTripIsThatOfTheConnection) {
+    Server lServer;
+    lServer.Listen();
+    Socket lSocket(static_cast<UInt>(NewTCP()));
+    EXPECT_EQ(0U, lSocket.RoundTrip()) << "none yet";
+    EXPECT_EQ(0, lSocket.Connect(lServer.Addr()));
+    const Descriptor lPeer(lServer.Accept());
+    EXPECT_EQ(Testing::SystemTellsRoundTrips(), 0 != lSocket.RoundTrip());
+    EXPECT_GT(60 * 1000000U, lSocket.RoundTrip());
+    const Socket lOther(static_cast<UInt>(::socket(AF_INET, SOCK_DGRAM, 0)));
+    EXPECT_EQ(0U, lOther.RoundTrip()) << "no TCP";
+}
+
 TEST(Socket, HasClosed) {
     Server lServer;
     lServer.Listen();

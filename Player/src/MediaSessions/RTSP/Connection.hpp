@@ -33,6 +33,8 @@ public:
     UInt Count() const { return mCount; }
     /// Readable when something has arrived; -1 when it is not open.
     SInt Descriptor() const { return IsOpen() ? mSocket->Descriptor() : -1; }
+    /// Of the socket, in microseconds; 0 while it is unknown.
+    UInt RoundTrip() const { return IsOpen() ? mSocket->RoundTrip() : 0; }
 
     /// Whether the next connections, lost ones that are opened again included, go within TLS.
     void SetSecure(bool aIsSecure) { mIsSecure = aIsSecure; }
