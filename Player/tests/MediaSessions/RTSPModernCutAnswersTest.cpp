@@ -29,6 +29,7 @@ struct Course {
     /// The status and headers of the answer to a request, without its number; empty for the one that grants it.
     std::function<std::string(const std::string& aMethod, const std::string& aRequest)> mRefusal;
     const char* mSupported = "";
+    const char* mSession = "12";
 };
 
 void PrintTo(const Course& aCourse, std::ostream* aOut) {
@@ -129,7 +130,8 @@ private:
             lBody = "v=0\r\nm=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\na=control:t\r\n";
             lHeaders = mCourse.mSupported + ("Content-Length: " + std::to_string(lBody.size()) + "\r\n");
         } else if ("SETUP" == lMethod) {
-            lHeaders = "Session: 12\r\nTransport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n";
+            lHeaders =
+                std::string("Session: ") + mCourse.mSession + "\r\nTransport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n";
         }
         return "RTSP/1.0 200 OK\r\n" + lNumber + lHeaders + "\r\n" + lBody;
     }
@@ -158,16 +160,19 @@ private:
     std::thread mThread;
 };
 
+void Configure(MediaPlayer& aPlayer, const char* aTransports) {
+    for (const auto& lSetting : {std::pair("RTSP:Profile", "modern"), std::pair("RTSP:Transports", aTransports),
+                                 std::pair("RTSP:UserName", "me"), std::pair("RTSP:Password", "secret"),
+                                 std::pair("RTSP:TimeOutAfter", "5")}) {
+        aPlayer.SetConfigParam(lSetting.first, lSetting.second);
+    }
+}
+
 class RTSPModernCutTest : public testing::TestWithParam<Course> {
 protected:
     void SetUp() override {
         if (!Crypto::IsAvailable()) { GTEST_SKIP() << "built without GnuTLS"; }
-        for (const auto& lSetting :
-             {std::pair("RTSP:Profile", "modern"), std::pair("RTSP:Transports", GetParam().mTransports),
-              std::pair("RTSP:UserName", "me"), std::pair("RTSP:Password", "secret"),
-              std::pair("RTSP:TimeOutAfter", "5")}) {
-            mPlayer.SetConfigParam(lSetting.first, lSetting.second);
-        }
+        Configure(mPlayer, GetParam().mTransports);
     }
     std::string PlayThrough() {
         return Thrown([this] {
@@ -226,6 +231,45 @@ TEST_P(RTSPModernCutTest, AnyAnswerMayBeLate) {
     for (int lAnswer = 0; lAnswer < lAnswers; ++lAnswer) {
         mServer.Prepare(Way::Late, lAnswer);
         EXPECT_EQ("nothing", PlayThrough()) << lAnswer;
+    }
+}
+
+/// A question to a sign of life, which nothing waits for: what follows goes out on a connection that has ended in the
+/// middle of an answer, or at its end.
+TEST(RTSPModernKeepAliveTest, TheQuestionToItMayBeCutShort) {
+    if (!Crypto::IsAvailable()) { GTEST_SKIP() << "built without GnuTLS"; }
+    const Course lCourse{"QuestionToASignOfLife", "tcp",
+                         [](const std::string& aMethod, const std::string& aRequest) {
+                             const bool lAsks = "OPTIONS" == aMethod && !Has(aRequest, "Authorization: Digest");
+                             return std::string(lAsks ? kQuestion : "");
+                         },
+                         "", "12;timeout=1"};
+    constexpr int kAnswersBefore = 3;
+    const TestSupport::ReportCapture lReports;
+    OddServer lServer(lCourse);
+    MediaPlayer lPlayer;
+    Configure(lPlayer, lCourse.mTransports);
+    for (const std::size_t lSize : {0U, 50U, 1000U}) {
+        lServer.Prepare(Way::Cut, kAnswersBefore, lSize);
+        const std::string lFirst = Thrown([&] {
+            lPlayer.Play(lServer.URL(), Time(0));
+            for (int lLook = 0; lLook < 6000 && !lServer.HasDoneIt(); ++lLook) {
+                lPlayer.TakeIn();
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            }
+            EXPECT_TRUE(lServer.HasDoneIt());
+            lPlayer.TakeIn();
+            lPlayer.Pause();
+            lPlayer.Resume();
+            lPlayer.Close();
+        });
+        EXPECT_THAT(lFirst, AnyOf("nothing", StartsWith("3/"), StartsWith("17/"), StartsWith("18/"))) << lSize;
+        lServer.Prepare(Way::Whole, -1);
+        EXPECT_EQ("nothing", Thrown([&] {
+                      lPlayer.Play(lServer.URL(), Time(0));
+                      lPlayer.Close();
+                  }))
+            << lSize << " " << lFirst;
     }
 }
 
