@@ -4,6 +4,10 @@ namespace Player {
 
 void MediaSession::TakeIn() {}
 
+bool MediaSession::MediaWaits() const {
+    return false;
+}
+
 SInt MediaSession::MediaDescriptor(UInt /*aTrack*/) const {
     return -1;
 }

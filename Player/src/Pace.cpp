@@ -14,8 +14,10 @@ constexpr unsigned kMany = 80;
 
 }  // namespace
 
-std::chrono::milliseconds Pace::Next(unsigned aPackets) {
+std::chrono::milliseconds Pace::Next(unsigned aPackets, bool aMediaWaits) {
     const auto lWait = static_cast<unsigned>(mWait.count());
+    // A look takes in a part of what has come.
+    if (aMediaWaits && aPackets >= kMany) { return std::chrono::milliseconds::zero(); }
     if (aPackets >= kMany) {
         mWait = std::max(kShortest, mWait * kEnough / aPackets);
     } else if (aPackets * (lWait + 1) < kEnough * lWait && mWait < kLongest) {

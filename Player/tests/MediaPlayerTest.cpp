@@ -70,6 +70,8 @@ protected:
 };
 
 TEST_F(MediaPlayerTest, StartsWithNothing) {
+    EXPECT_FALSE(mPlayer.MediaWaits());
+    EXPECT_FALSE(MediaPlayer().MediaWaits()) << "no session";
     EXPECT_EQ(nullptr, mPlayer.GetCommonInfo().Ptr());
     EXPECT_EQ(0U, mPlayer.GetTrackCount());
     Time lBegin(1);

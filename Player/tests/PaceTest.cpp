@@ -21,6 +21,18 @@ TEST(PaceTest, IdleLooksGrowRareAndBurstsBringThemBack) {
     EXPECT_EQ(2, lPace.Next(23).count());
 }
 
+TEST(PaceTest, MediaThatWaitsIsReadSeldomAndThenAllAtOnce) {
+    Pace lPace;
+    EXPECT_EQ(0, lPace.Next(80, true).count()) << "more may be there";
+    EXPECT_EQ(2, lPace.Next(0, true).count());
+    for (int i = 0; i < 30; ++i) {
+        EXPECT_EQ(0, lPace.Next(100, true).count());
+        lPace.Next(30, true);
+    }
+    EXPECT_EQ(20, lPace.Next(30, true).count()) << "bursts bring it no nearer";
+    EXPECT_EQ(20, lPace.Next(79, true).count());
+}
+
 TEST(PaceTest, LooksBringTheSameNumberAtEveryRate) {
     const struct {
         unsigned mPacketsPerMillisecond;

@@ -90,17 +90,17 @@ Player::SharedPtr<Player::Packet, Player::SharedObject> PlayerAccess::TakePacket
     return lPlayer->GetTrackPacket(aTrack);
 }
 
-unsigned int PlayerAccess::TakeIn(unsigned int aTrack) {
+PlayerAccess::Intake PlayerAccess::TakeIn(unsigned int aTrack) {
     const Hold lPlayer(*this);
     try {
         lPlayer->TakeIn();
-        return lPlayer->GetTrackReception(aTrack).mPacketsReceived;
+        return {lPlayer->GetTrackReception(aTrack).mPacketsReceived, lPlayer->MediaWaits()};
     } catch (const Player::Exception&) {
         // Reported where it was thrown.
     } catch (const std::exception& lException) {
         Player::Report(__FILE__, __LINE__, Player::Severity::Error, "Taking in: %s", lException.what());
     }
-    return 0;
+    return {0, false};
 }
 
 PlayerAccess::Arrival PlayerAccess::NextArrival(unsigned int aTrack) {

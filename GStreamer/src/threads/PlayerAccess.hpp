@@ -49,9 +49,13 @@ public:
 
     /// The track's next packet, or null; reads from the network.
     Player::SharedPtr<Player::Packet, Player::SharedObject> TakePacket(unsigned int aTrack);
-    /// Reads what has arrived and keeps it; never throws. `TakePacket` reports what fails here. Returns how many
-    /// packets of the track have arrived since it was played or sought.
-    unsigned int TakeIn(unsigned int aTrack);
+    /// How many packets of the track have arrived since it was played or sought, and `MediaWaits`.
+    struct Intake {
+        unsigned int mReceived;
+        bool mMediaWaits;
+    };
+    /// Reads what has arrived and keeps it; never throws. `TakePacket` reports what fails here.
+    Intake TakeIn(unsigned int aTrack);
     /// What becomes readable when media of the track arrives, or -1, and how many of its packets have arrived.
     struct Arrival {
         int mDescriptor;

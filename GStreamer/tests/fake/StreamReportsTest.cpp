@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 
 #include "fake/StreamFixture.hpp"
@@ -53,6 +54,21 @@ TEST_F(StreamReports, ReportsMissingDataEveryHalfSecond) {
         EXPECT_GE(lBetween, 5);
         EXPECT_LE(lBetween, 6);
     }
+}
+
+/// Another track's packets, say, on the same connection.
+TEST_F(StreamReports, AServerThatSendsFasterThanItIsReadDoesNotMakeItRestForEver) {
+    mServer.KeepMedia();
+    const auto lReception = std::make_shared<Player::Reception>();
+    mServer.On("TakeIn", [this, lReception] {
+        lReception->mPacketsReceived += 100;
+        mServer.Receive(1, *lReception);
+    });
+    MakeH264();
+    const Clock::time_point lStart = Clock::now();
+    mStream->task_run();
+    ASSERT_TRUE(Eventually([this] { return 1 == mController.Count(kNoData); }));
+    EXPECT_GE(mController.Reports()[0].mTime - lStart, std::chrono::milliseconds(490)) << "its rests are no shorter";
 }
 
 TEST_F(StreamReports, ThatWaitsLooksAgainAsSoonAsSomethingArrives) {

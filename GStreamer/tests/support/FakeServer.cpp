@@ -66,6 +66,7 @@ public:
         return mServer.mReceptions[aTrack];
     }
     Player::SInt MediaDescriptor(Player::UInt /*aTrack*/) const override { return mServer.mDescriptor; }
+    bool MediaWaits() const override { return mServer.mMediaWaits; }
     void TakeIn() override {
         mServer.Enter("TakeIn", "");
         for (unsigned lTrack = 0; lTrack < mConsumers.size(); ++lTrack) {

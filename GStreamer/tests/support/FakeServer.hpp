@@ -53,6 +53,9 @@ public:
     /// What the session says that media can be awaited with, from now on.
     void AwaitWith(int aDescriptor) { mDescriptor = aDescriptor; }
 
+    /// What is not read waits at the server, from now on.
+    void KeepMedia() { mMediaWaits = true; }
+
     /// Drops the media and the ends that were not taken.
     void Forget();
 
@@ -101,6 +104,7 @@ private:
     std::map<std::string, std::string> mConfiguration;
     unsigned mPlayersMade = 0;
     std::atomic<int> mDescriptor{-1};
+    std::atomic<bool> mMediaWaits{false};
 };
 
 /// For `FakeServer::On`.

@@ -62,6 +62,8 @@ public:
 
     /// `MediaSession::MediaDescriptor`; -1 for a track that is not there.
     SInt MediaDescriptor(TrackIdx aIdx) const;
+    /// `MediaSession::MediaWaits`; false without a session.
+    bool MediaWaits() const { return Session() && Session()->MediaWaits(); }
     /// Figures of the track's reception; all zero for a track that is not there.
     Reception GetTrackReception(TrackIdx aIdx) const;
 

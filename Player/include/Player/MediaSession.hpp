@@ -43,6 +43,9 @@ public:
     virtual SInt MediaDescriptor(UInt aTrack) const;
     /// Figures for tools; all zero for a track that is not there.
     virtual Reception TrackReception(UInt aTrack) const;
+    /// Whether media that is not read waits at the server, as on the RTSP connection. Otherwise a socket holds little
+    /// of a fast stream, and the rest is lost.
+    virtual bool MediaWaits() const;
 };
 
 }  // namespace Player

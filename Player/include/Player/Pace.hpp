@@ -11,8 +11,9 @@ public:
     static constexpr std::chrono::milliseconds kShortest{1};
     static constexpr std::chrono::milliseconds kLongest{20};
 
-    /// `aPackets`: how many packets came since the last call.
-    std::chrono::milliseconds Next(unsigned aPackets);
+    /// `aPackets`: how many packets came since the last call. `aMediaWaits`: what is not read yet waits at the sender,
+    /// so that it need not be read soon; 0 then means that more may be there already.
+    std::chrono::milliseconds Next(unsigned aPackets, bool aMediaWaits = false);
 
 private:
     std::chrono::milliseconds mWait = kShortest;

@@ -47,6 +47,7 @@ public:
     bool Produce(UInt aTrack) override;
     void TakeIn() override;
     SInt MediaDescriptor(UInt aTrack) const override;
+    bool MediaWaits() const override { return mMessages.HasFrameReceiver(); }
     Reception TrackReception(UInt aTrack) const override;
 
     // What the transport of interleaved tracks asks of its session.

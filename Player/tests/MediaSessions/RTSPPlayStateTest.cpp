@@ -214,6 +214,7 @@ TEST_F(RTSPPlayStateTest, TheSameWithinTheConnection) {
     mServer->Set("first", lPacket(1, 0));
     mServer->Set("second", lPacket(2, 3 * kTicks[kVideo] + 1));
     Play();
+    EXPECT_TRUE(mPlayer.MediaWaits()) << "for the connection to be read";
     EXPECT_FALSE(TakesPacket(kVideo));
     EXPECT_THAT(States(), ElementsAre("WaitData"));
     mServer->Notify("waits");
@@ -438,6 +439,7 @@ TEST_F(RTSPPlayStateTest, SaysWhatAPacketCanBeAwaitedWith) {
     Serve(StartDialogue() + "> PAUSE clip 5\n< 200 5\n");
     EXPECT_EQ(-1, mPlayer.MediaDescriptor(kVideo)) << "nothing plays";
     Play();
+    EXPECT_FALSE(mPlayer.MediaWaits()) << "what finds no room in the socket is lost";
     const SInt lVideo = mPlayer.MediaDescriptor(kVideo);
     ASSERT_NE(-1, lVideo);
     EXPECT_NE(lVideo, mPlayer.MediaDescriptor(kAudio)) << "each track has a socket of its own";

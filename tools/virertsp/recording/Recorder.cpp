@@ -114,7 +114,7 @@ void Recorder::RunUntilOver(Observer& aObserver) {
         const bool lTaken = mIntake.Take(mSink, lNow);
         if (lTaken) { lWait.reset(); }
         if (IsEnough(lNow) || IsOver(lTaken, lNow) || !aObserver.Update(mPlayer, lNow)) { return; }
-        std::this_thread::sleep_for(mPace.Next(PacketsSinceLast()));
+        std::this_thread::sleep_for(mPace.Next(PacketsSinceLast(), mPlayer.MediaWaits()));
     }
 }
 
