@@ -3,6 +3,9 @@
 //
 //     bare_client udp URL     one blocking recv per packet
 //     bare_client tcp URL     reads blocks of 256 KiB and finds the frames where they lie
+//
+// A third argument, MEGABYTES, makes it keep packets as a player must: each is copied into blocks that hold that much,
+// and copied once more, into the memory of an access unit, when its block is wanted again.
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -13,7 +16,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -40,14 +45,49 @@ int Bound(int aType, unsigned aPort) {
     return 0 == ::bind(lSocket, reinterpret_cast<sockaddr*>(&lAddress), sizeof(lAddress)) ? lSocket : -1;
 }
 
-void ReceiveDatagrams(int aSocket) {
+/// What was received last, in blocks that are filled one after the other, round and round.
+class Kept {
+public:
+    explicit Kept(std::size_t aMegabytes) : mBlocks((aMegabytes * 1000000 + kBlockSize - 1) / kBlockSize) {
+        for (Block& lBlock : mBlocks) {
+            lBlock.mBytes.reset(new unsigned char[kBlockSize]);
+        }
+        mUnit.resize(kBlockSize);
+    }
+
+    void Take(const void* aData, std::size_t aSize) {
+        if (mBlocks.empty()) { return; }
+        if (kBlockSize - mBlocks[mAt].mUsed < aSize) {
+            mAt = (mAt + 1) % mBlocks.size();
+            std::memcpy(mUnit.data(), mBlocks[mAt].mBytes.get(), mBlocks[mAt].mUsed);
+            mBlocks[mAt].mUsed = 0;
+        }
+        Block& lBlock = mBlocks[mAt];
+        std::memcpy(lBlock.mBytes.get() + lBlock.mUsed, aData, aSize);
+        lBlock.mUsed += aSize;
+    }
+
+private:
+    static constexpr std::size_t kBlockSize = 65536;
+    struct Block {
+        std::unique_ptr<unsigned char[]> mBytes;
+        std::size_t mUsed = 0;
+    };
+
+    std::vector<Block> mBlocks;
+    std::vector<unsigned char> mUnit;
+    std::size_t mAt = 0;
+};
+
+void ReceiveDatagrams(int aSocket, Kept& aKept) {
     char lData[1500];
-    while (0 < ::recv(aSocket, lData, sizeof(lData), 0)) {
+    for (ssize_t lSize = 0; 0 < (lSize = ::recv(aSocket, lData, sizeof(lData), 0));) {
+        aKept.Take(lData, static_cast<std::size_t>(lSize));
         ++gPackets;
     }
 }
 
-void ReceiveFrames(int aControl) {
+void ReceiveFrames(int aControl, Kept& aKept) {
     static unsigned char lData[262144 + 1504];
     std::size_t lHave = 0;
     for (;;) {
@@ -58,6 +98,7 @@ void ReceiveFrames(int aControl) {
         while (lHave - lAt >= 4) {
             const std::size_t lFrame = 4U + lData[lAt + 2] * 256U + lData[lAt + 3];
             if (lHave - lAt < lFrame) { break; }
+            aKept.Take(lData + lAt + 4, lFrame - 4);
             lAt += lFrame;
             ++gPackets;
         }
@@ -69,7 +110,8 @@ void ReceiveFrames(int aControl) {
 }  // namespace
 
 int main(int aCount, char** aArgs) {
-    if (3 != aCount) { return 2; }
+    if (3 != aCount && 4 != aCount) { return 2; }
+    Kept lKept(4 == aCount ? std::strtoul(aArgs[3], nullptr, 10) : 0);
     const bool lTCP = 0 == std::strcmp("tcp", aArgs[1]);
     const std::string lURL = aArgs[2];
     const unsigned lPort = static_cast<unsigned>(std::strtoul(lURL.c_str() + lURL.rfind(':') + 1, nullptr, 10));
@@ -94,9 +136,9 @@ int main(int aCount, char** aArgs) {
     Ask(lControl, "SETUP", lURL + "/track1", 1, "Transport: " + lTransport + "\r\n");
     Ask(lControl, "PLAY", lURL, 2, "Session: 1\r\n");
     if (lTCP) {
-        ReceiveFrames(lControl);
+        ReceiveFrames(lControl, lKept);
     } else {
-        ReceiveDatagrams(lMedia);
+        ReceiveDatagrams(lMedia, lKept);
     }
     std::printf("%llu\n", static_cast<unsigned long long>(gPackets));
     return 0;

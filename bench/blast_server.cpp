@@ -35,6 +35,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
 constexpr unsigned kPacketSize = 1400;
 constexpr unsigned kHeaderSize = 12;
@@ -44,7 +45,8 @@ constexpr unsigned kPackets = 22;
 constexpr unsigned kPacketsOfKey = 100;
 constexpr unsigned kUnitsPerKey = 30;
 constexpr double kPacketsPerUnit = (kPackets * (kUnitsPerKey - 1.0) + kPacketsOfKey) / kUnitsPerKey;
-constexpr std::chrono::milliseconds kPatience(20);
+/// Before a unit is due, for which a sleep is precise enough.
+constexpr milliseconds kShortWait(20);
 constexpr std::uint32_t kSsrc = 0x1A2B3C4D;
 
 Bytes ReadFile(const char* aPath) {
@@ -173,7 +175,7 @@ Bytes Packet(const Bytes& aUnit, std::size_t aIdx, std::uint16_t aSeq, std::uint
     return lPacket;
 }
 
-/// Sends until the client has another request or leaves: `aIsWanted` then tells.
+/// Sends until the client has another request or leaves: `aIsWanted` tells, after so long or when anything came.
 template <typename IsWanted>
 void Blast(const Stream& aStream, Sender aSender, std::uint16_t& aSeq, IsWanted aIsWanted) {
     const auto lStart = Clock::now();
@@ -182,15 +184,15 @@ void Blast(const Stream& aStream, Sender aSender, std::uint16_t& aSeq, IsWanted 
         const auto lTime = static_cast<std::uint32_t>(static_cast<std::uint64_t>(lSince * 90000));
         const Bytes& lUnit = 0 == lIdx % kUnitsPerKey ? aStream.mKeyUnit : aStream.mUnit;
         const auto lDue = lStart + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(lSince));
-        // Between units that come seldom requests are answered all the same.
-        for (; lDue - Clock::now() > kPatience; std::this_thread::sleep_for(kPatience)) {
-            if (!aIsWanted()) { return; }
+        // Between units that come seldom requests are answered at once.
+        for (auto lLeft = lDue - Clock::now(); lLeft > kShortWait; lLeft = lDue - Clock::now()) {
+            if (!aIsWanted(std::chrono::duration_cast<milliseconds>(lLeft - kShortWait))) { return; }
         }
         std::this_thread::sleep_until(lDue);
         for (std::size_t i = 0; i < (lUnit.size() - 1) / kBody; ++i) {
             aSender.Send(Packet(lUnit, i, aSeq++, lTime));
         }
-        if (!aSender.Flush() || !aIsWanted()) { return; }
+        if (!aSender.Flush() || !aIsWanted(milliseconds::zero())) { return; }
     }
 }
 
@@ -223,7 +225,9 @@ public:
             } else if ("PLAY" == lMethod) {
                 Answer(lRequest, PlayHeaders(), "");
                 Blast(mStream, Sender(mInterleaved ? mControl : mMedia, mInterleaved), mSeq,
-                      [this] { return !HasRequest() && (!HasInput() || (Read() && !HasRequest())); });
+                      [this](milliseconds aWait) {
+                          return !HasRequest() && (!HasInput(aWait) || (Read() && !HasRequest()));
+                      });
             } else {
                 Answer(lRequest, "Public: DESCRIBE, SETUP, PLAY, TEARDOWN\r\n", "");
             }
@@ -231,9 +235,9 @@ public:
     }
 
 private:
-    bool HasInput() const {
+    bool HasInput(milliseconds aWait) const {
         pollfd lPoll{mControl, POLLIN, 0};
-        return 0 < ::poll(&lPoll, 1, 0);
+        return 0 < ::poll(&lPoll, 1, static_cast<int>(aWait.count()));
     }
 
     /// Takes in what the client sends. False when it is gone.

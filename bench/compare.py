@@ -9,8 +9,8 @@ Absolute times depend on the machine; the ratios within one run are what counts.
 With --realtime, as root, server and clients get their processor before all other programs: what is lost then is lost by
 the client, not by the machine's other work.
 
-{url}, {transport} and {build} in a command are replaced. OPENRTSP names the program openRTSP, which is left out
-otherwise.
+{url}, {transport}, {build} and {gathered} (the megabytes of 3 s) in a command are replaced. OPENRTSP names the program
+openRTSP, which is left out otherwise.
 """
 import argparse
 import os
@@ -24,10 +24,12 @@ import tempfile
 import time
 
 PACKET = 1400  # bytes
-WARM_UP = 4.5  # seconds: players gather 3 before they play
+GATHERED = 3  # seconds, before players play
+WARM_UP = 4.5  # seconds
 
 CLIENTS = {
     "bare loop": "{build}/bench/bare_client {transport} {url}",
+    "copying loop": "{build}/bench/bare_client {transport} {url} {gathered}",
     "virertsp": "{build}/tools/virertsp/virertsp record {url} --output /dev/null --transport {transport}",
     "virertspsrc": "gst-launch-1.0 -q --gst-plugin-path={build}/GStreamer/1.0 virertspsrc location={url} "
                    "transports={transport} ! fakesink sync=false",
@@ -125,7 +127,8 @@ def compare(arguments, clients, clip, rate, transport):
     with Server(arguments.build, clip, rate) as server:
         for _ in range(arguments.rounds):
             for name, command in clients.items():
-                command = filled(command, url=server.url, transport=transport, build=arguments.build)
+                command = filled(command, url=server.url, transport=transport, build=arguments.build,
+                                 gathered=round(rate * GATHERED / 8))
                 if shutil.which(command[0]):
                     runs[name].append(measure(server, command, arguments.seconds))
     bare = None
