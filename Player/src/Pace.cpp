@@ -15,12 +15,14 @@ constexpr unsigned kMany = 80;
 }  // namespace
 
 std::chrono::milliseconds Pace::Next(unsigned aPackets, bool aMediaWaits) {
+    const auto lLongest = aMediaWaits ? kLongestForWaiting : kLongest;
+    mWait = std::min(mWait, lLongest);
     const auto lWait = static_cast<unsigned>(mWait.count());
     // A look takes in a part of what has come.
     if (aMediaWaits && aPackets >= kMany) { return std::chrono::milliseconds::zero(); }
     if (aPackets >= kMany) {
         mWait = std::max(kShortest, mWait * kEnough / aPackets);
-    } else if (aPackets * (lWait + 1) < kEnough * lWait && mWait < kLongest) {
+    } else if (aPackets * (lWait + 1) < kEnough * lWait && mWait < lLongest) {
         ++mWait;
     }
     return mWait;

@@ -29,8 +29,12 @@ TEST(PaceTest, MediaThatWaitsIsReadSeldomAndThenAllAtOnce) {
         EXPECT_EQ(0, lPace.Next(100, true).count());
         lPace.Next(30, true);
     }
-    EXPECT_EQ(20, lPace.Next(30, true).count()) << "bursts bring it no nearer";
-    EXPECT_EQ(20, lPace.Next(79, true).count());
+    for (int i = 0; i < 30; ++i) {
+        lPace.Next(30, true);
+    }
+    EXPECT_EQ(40, lPace.Next(30, true).count()) << "bursts bring it no nearer";
+    EXPECT_EQ(40, lPace.Next(79, true).count());
+    EXPECT_EQ(20, lPace.Next(30).count()) << "a socket may be full then";
 }
 
 TEST(PaceTest, LooksBringTheSameNumberAtEveryRate) {

@@ -10,6 +10,8 @@ class Pace {
 public:
     static constexpr std::chrono::milliseconds kShortest{1};
     static constexpr std::chrono::milliseconds kLongest{20};
+    /// For media that waits at the sender until it is read.
+    static constexpr std::chrono::milliseconds kLongestForWaiting{40};
 
     /// `aPackets`: how many packets came since the last call. `aMediaWaits`: what is not read yet waits at the sender,
     /// so that it need not be read soon; 0 then means that more may be there already.
