@@ -1,5 +1,5 @@
 #!/bin/sh
-# Shows the element at work: plays a presentation with gst-launch, tells what came out of its pads and saves a sheet
+# Shows the element at work: plays a presentation with gst-launch, prints what came out of its pads and saves a sheet
 # of decoded pictures. Then records it with the command-line tool, over UDP and over TCP. Without a URL it makes a
 # short clip with picture and sound and serves it itself.
 #
@@ -14,7 +14,7 @@ out=$build/demo
 server=""
 url=${1-}
 
-# Of a presentation that does not end, so many seconds are played.
+# Seconds that are played of a presentation that does not end.
 longest=20
 
 say() { printf '\n== %s\n' "$*"; }
@@ -52,7 +52,7 @@ serve_clip() {
     url=$(cat "$out/url")
 }
 
-# pad NAME DIGITS: what the element's pad in front of the checksum sink NAME gave; its sums have so many digits
+# pad NAME DIGITS: what the element's pad in front of the checksum sink NAME gave; DIGITS: the length of its sums
 pad() {
     echo "$1:"
     sed -n "s/.*GstChecksumSink:$1\.GstPad:sink: caps = /    caps     /p" "$out/play.log" | tail -n 1

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Fuzzes every parser and depacketizer in turn and tells what came of it. A find ends its target's turn, is kept in
+# Fuzzes every parser and depacketizer in turn and prints a table of the results. A find ends its target's turn, is kept in
 # fuzz/finds/, where the ordinary tests replay it, and makes this script fail.
 #
 #   scripts/fuzz.sh MINUTES [TARGET...]     MINUTES in all, divided among the targets; without names all of them
@@ -59,7 +59,7 @@ for target; do
         -print_final_stats=1 -artifact_prefix="$found/" $words $inputs >"$log" 2>&1 || finds=1
     if [ $finds -ne 0 ]; then
         mkdir -p "fuzz/finds/$target"
-        # None when the program ended before it could write one: the log tells.
+        # None when the program ended before it could write one: see the log.
         find "$found" -type f -exec mv {} "fuzz/finds/$target/" \;
     fi
     all=$((all + finds))

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Builds everything for another machine with Debian's cross compiler and runs the tests under qemu's emulation.
-# Installs what is missing, as root; that machine's libraries are unpacked below build/, where they are in nobody's way:
+# Installs what is missing, as root; that machine's libraries are unpacked below build/, out of the way of this one's:
 # installed beside this machine's own they would have to be of the very same versions.
 #
 #   scripts/test-cross.sh armhf|s390x [--build] [CTEST-OPTION...]      32-bit ARM, or a big-endian machine

@@ -23,7 +23,7 @@ using Virertsp::Command;
 
 constexpr Command kCommands[] = {
     {"record", "Play a location and write its tracks to files", Virertsp::RunRecord},
-    {"probe", "Tell what a server says of a location, and what its tracks become", Virertsp::RunProbe},
+    {"probe", "Show what a server says of a location, and what its tracks become", Virertsp::RunProbe},
     {"stats", "Play a location and show its reception every second", Virertsp::RunStats},
     {"report", "Write a page of what a server says and of the reception", Virertsp::RunReport},
     {"watch", "Play several locations and show a line for each", Virertsp::RunWatch},

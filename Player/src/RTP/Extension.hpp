@@ -37,7 +37,7 @@ public:
     }
     /// The play range begins there instead, as far before or after the base as it is: nothing has been seen of it.
     void MoveBase(Number aBase) { StartAt(aBase); }
-    /// Numbers up to so many before the base belong to the play range as well; they count below 0.
+    /// Numbers up to `aLead` before the base belong to the play range as well; they count below 0.
     void Admit(Number aLead) { mLead = aLead; }
     /// The play range begins with the first number seen. A base of 0 stands for "not known".
     void LearnBase(Number aNumber) {

@@ -43,8 +43,8 @@ public:
     void SetLocalSSRC(unsigned int aSSRC) { mLocalSSRC = aSSRC; }
     /// The clock rate in Hz; 0 makes all times zero.
     void SetTimeRes(unsigned int aTimeRes) { mTimeRes = aTimeRes; }
-    /// First sequence number of the play range; indices go on from where they are.
-    /// They are `aStep` behind the last one; without a step the first packet counts as that one. With a step the range
+    /// First sequence number of the play range; indices continue from where they are.
+    /// They begin `aStep` after the last one; without a step the first packet counts as that one. With a step the range
     /// may begin a few numbers earlier than that.
     void SetSeqBase(unsigned short aSeq, UInt aStep = 0);
     /// RTP timestamp at the start of the play range; play times go on from where they are. What is numbered within the

@@ -62,7 +62,7 @@ bool ParseArguments(int aCount, char** aArguments, SessionOptions& aSession, Set
     return lGoOn;
 }
 
-/// Plays the location, with lines of all that comes to light, also before a failure. Throws `Failure`.
+/// Plays the location and prints a line for everything observed, also before a failure. Throws `Failure`.
 void Examine(const SessionOptions& aSession, double aSeconds, const StatsObserver::Print& aPrint, Gallery* aGallery) {
     ProbePlayer lPlayer;
     const Visit lVisit(lPlayer);

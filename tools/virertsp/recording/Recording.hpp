@@ -5,10 +5,10 @@
 
 namespace Virertsp {
 
-/// Records a session that plays to its end. Also when the connection breaks, what came is completed and told
-/// before the failure goes on. Throws `Failure`.
+/// Records a session that plays to its end. When the connection breaks, the files are completed and the observer
+/// concludes before the failure is thrown. Throws `Failure`.
 /// With `aSummary` a line per track goes to standard output. `aNextPart`, if it is not null, becomes the number
-/// behind that of the latest part once files were begun.
+/// after that of the latest part once files were begun.
 void RecordPlaying(ProbePlayer& aPlayer, const std::string& aURL, const Recorder::Settings& aSettings,
                    Observer& aObserver, bool aSummary, unsigned* aNextPart = nullptr);
 

@@ -9,7 +9,7 @@
 
 namespace Virertsp {
 
-/// Tells every track's reception each second, and a summary at the end.
+/// Prints every track's reception each second, and a summary at the end.
 class StatsObserver : public Observer {
 public:
     /// Takes one line or several.

@@ -18,9 +18,10 @@ constexpr UInt kInCapacity = 4096;
 constexpr UInt kMaxRead = 2 * 1024 * 1024;
 /// Consumed and unconsumed bytes of one message: wide enough for any description, an end for one that never ends.
 constexpr UInt kMaxBuffered = 4 * 1024 * 1024;
-/// One drain takes in so much at most; what is left waits in the socket for the next.
+/// One drain reads at most this much; the rest waits in the socket for the next.
 constexpr UInt kMaxDrain = 128 * 1024;
-/// A message may take that many time-outs: one that trickles in, or stays out while media flows, comes to an end.
+/// A message may take this many time-outs: neither one that trickles in, nor one that never comes while media flows,
+/// keeps the session waiting for ever.
 constexpr UInt kMostTimeOuts = 10;
 
 constexpr char kCR = 13;

@@ -80,7 +80,7 @@ public:
     virtual bool KeepsAlive() const = 0;
     /// The distance in numbers between the last packet before a resume and the first one after it.
     virtual UInt StepOverPause() const = 0;
-    /// What is numbered within the play range is taken although its time is so many seconds before it, at most.
+    /// A packet numbered within the play range is taken when its time is at most this many seconds before the range.
     virtual UInt SecondsBeforeStart() const = 0;
     /// Whether interleaved media that come before the answer to the first PLAY, or to that of a resume, belong to it.
     virtual bool KeepsEarlyMedia() const = 0;

@@ -38,7 +38,7 @@ void RTSP::SetTrackVars(TrackIdx aIdx, const TransportHeader& aVars) {
     const auto lIsKnown = [this](const auto& aVar) { return aVar && (Speaks().NeedsRTPInfo() || 0 != *aVar); };
     const bool lKnowsSeq = lIsKnown(aVars.mSeq);
     if (lKnowsSeq) { lStack.SetSeqBase(*aVars.mSeq, Speaks().StepOverPause()); }
-    // Without the number of the first packet its time alone tells the range from the one before.
+    // Without the number of the first packet only its time separates the range from the one before.
     const UInt lLead = lKnowsSeq ? Speaks().SecondsBeforeStart() * lStack.GetTimeRes() : 0;
     if (lIsKnown(aVars.mRTPTime)) { lStack.SetTimeBase(*aVars.mRTPTime, lLead); }
     if (aVars.mSource) { mTransport->SetTrackRemoteIP(aIdx, *aVars.mSource); }
