@@ -43,10 +43,7 @@ const Device kDevices[] = {
         S:
         > DESCRIBE clip 2 | Digest cam a1b2c3
         < 200 2 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 3 | Digest cam a1b2c3 | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY clip/ 4 | Digest cam a1b2c3 | Session: 5 | Range: npt=0.000000-
@@ -64,10 +61,7 @@ const Device kDevices[] = {
         ACCEPT
         > DESCRIBE clip 2 | Digest cam a1b2c3
         < 200 2 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 3 | Digest cam a1b2c3 | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY clip/ 4 | Digest cam a1b2c3 | Session: 5 | Range: npt=0.000000-
@@ -82,10 +76,7 @@ const Device kDevices[] = {
         S:
         > DESCRIBE clip 2 | Basic
         < 200 2 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 3 | Basic | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY clip/ 4 | Basic | Session: 5 | Range: npt=0.000000-
@@ -103,10 +94,7 @@ const Device kDevices[] = {
         ACCEPT
         > DESCRIBE clip 2 | Basic
         < 200 2 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 3 | Basic | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY clip/ 4 | Basic | Session: 5 | Range: npt=0.000000-
@@ -121,10 +109,7 @@ const Device kDevices[] = {
         S:
         > DESCRIBE clip 2 | Digest cam a1b2c3
         < 200 2 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 3 | Digest cam a1b2c3 | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY clip/ 4 | Digest cam a1b2c3 | Session: 5 | Range: npt=0.000000-
@@ -139,10 +124,7 @@ const Device kDevices[] = {
         S:
         > DESCRIBE clip 2 | Digest Login to 4F1C a1b2c3
         < 200 2 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 3 | Digest Login to 4F1C a1b2c3 | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY clip/ 4 | Digest Login to 4F1C a1b2c3 | Session: 5 | Range: npt=0.000000-
@@ -157,10 +139,7 @@ const Device kDevices[] = {
         S:
         > DESCRIBE clip 2 | Digest cam a1b2c3
         < 200 2 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 3 | Digest cam a1b2c3 | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY clip/ 4 | Digest cam a1b2c3 | Session: 5 | Range: npt=0.000000-
@@ -170,10 +149,7 @@ const Device kDevices[] = {
     {"PasswordForTheTracksAlone", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         S: RTSP/1.0 401 Unauthorized
         S: CSeq: 2
@@ -193,10 +169,7 @@ const Device kDevices[] = {
         S:
         > DESCRIBE clip 2 | Digest cam a1b2c3
         < 200 2 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 3 | Digest cam a1b2c3 | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY clip/ 4 | Digest cam a1b2c3 | Session: 5 | Range: npt=0.000000-
@@ -218,10 +191,7 @@ const Device kDevices[] = {
         < 302 2 | Location: rtsp://{host}/clip/1
         > DESCRIBE clip/1 3 | Digest cam a1b2c3
         < 200 3 | Content-Base: rtsp://{host}/clip/1/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/1/trackID=1 4 | Digest cam a1b2c3 | TCP 0
         < 200 4 | Session: 5 | TCP 0
         > PLAY clip/1/ 5 | Digest cam a1b2c3 | Session: 5 | Range: npt=0.000000-

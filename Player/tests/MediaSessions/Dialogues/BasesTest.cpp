@@ -193,10 +193,7 @@ const Device kDevices[] = {
     {"TracksBelowTheRequestWithoutABase", "tcp", "live/ch1", {"H264", "mpeg4-generic"}, R"(
         > DESCRIBE live/ch1 1
         < 200 1 | Content-Type: application/sdp | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:streamid=0
+        VIDEO streamid=0
         S| m=audio 0 RTP/AVP 97
         S| a=rtpmap:97 MPEG4-GENERIC/16000
         S| a=fmtp:97 streamtype=5;profile-level-id=1;mode=AAC-hbr;sizelength=13;indexlength=3;indexdeltalength=3;config=1408
@@ -213,10 +210,7 @@ const Device kDevices[] = {
     {"TracksBesideTheRequestWithoutABase", "tcp", "live/ch1.sdp", {"H264"}, R"(
         > DESCRIBE live/ch1.sdp 1
         < 200 1 | Content-Type: application/sdp | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:ch1/trackID=1
+        VIDEO ch1/trackID=1
         > SETUP live/ch1.sdp/ch1/trackID=1 2 | TCP 0
         < 404 2
         > SETUP live/ch1/trackID=1 3 | TCP 0
@@ -228,10 +222,7 @@ const Device kDevices[] = {
     {"ConnectionEndedAtAnUnknownURL", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:streamid=0
+        VIDEO streamid=0
         > SETUP streamid=0 2 | TCP 0
         CLOSE
         ACCEPT
@@ -248,10 +239,7 @@ const Device kDevices[] = {
      R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:streamid=0
+        VIDEO streamid=0
         > SETUP streamid=0 2 | TCP 0
         END
         ACCEPT
@@ -265,10 +253,7 @@ const Device kDevices[] = {
     {"ContentLocationAlone", "tcp", "movie", {"H264"}, R"(
         > DESCRIBE movie 1
         < 200 1 | Content-Location: rtsp://{host}/store/movie.mp4/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:streamid=0
+        VIDEO streamid=0
         > SETUP store/movie.mp4/streamid=0 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY store/movie.mp4/ 3 | Session: 5 | Range: npt=0.000000-
@@ -278,10 +263,7 @@ const Device kDevices[] = {
     {"StarOfTheOnlyTrack", "tcp", "ch1.h264", {"H264"}, R"(
         > DESCRIBE ch1.h264 1
         < 200 1 | Content-Base: rtsp://{host}/ch1.h264 | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:*
+        VIDEO *
         > SETUP ch1.h264 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY ch1.h264 3 | Session: 5 | Range: npt=0.000000-
@@ -317,10 +299,7 @@ const Device kDevices[] = {
     {"AddressOfTheNetworkInside", "tcp", "h264", {"H264"}, R"(
         > DESCRIBE h264 1
         < 200 1 | Content-Base: rtsp://10.0.0.20:554/h264/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:rtsp://10.0.0.20:554/h264/trackID=1
+        VIDEO rtsp://10.0.0.20:554/h264/trackID=1
         > SETUP rtsp://10.0.0.20:554/h264/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY rtsp://10.0.0.20:554/h264/ 3 | Session: 5 | Range: npt=0.000000-
@@ -330,10 +309,7 @@ const Device kDevices[] = {
     {"ControlFromTheRoot", "tcp", "live/0/main", {"H264"}, R"(
         > DESCRIBE live/0/main 1
         < 200 1 | Content-Base: rtsp://{host}/live/0/main/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:/live/0/main/trackID=1
+        VIDEO /live/0/main/trackID=1
         > SETUP live/0/main/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY live/0/main/ 3 | Session: 5 | Range: npt=0.000000-
@@ -343,10 +319,7 @@ const Device kDevices[] = {
     {"BaseWithoutAScheme", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: {host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=0
+        VIDEO trackID=0
         > SETUP clip/trackID=0 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -372,10 +345,7 @@ const Device kDevices[] = {
         < 302 1 | Location: rtsp://{host}/live/stream2
         > DESCRIBE live/stream2 2
         < 200 2 | Content-Base: rtsp://{host}/live/stream2/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=0
+        VIDEO trackID=0
         > SETUP live/stream2/trackID=0 3 | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY live/stream2/ 4 | Session: 5 | Range: npt=0.000000-
@@ -389,10 +359,7 @@ const Device kDevices[] = {
         ACCEPT
         > DESCRIBE live/stream2 2
         < 200 2 | Content-Base: rtsp://{host}/live/stream2/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=0
+        VIDEO trackID=0
         > SETUP live/stream2/trackID=0 3 | TCP 0
         < 200 3 | Session: 5 | TCP 0
         > PLAY live/stream2/ 4 | Session: 5 | Range: npt=0.000000-
@@ -402,18 +369,12 @@ const Device kDevices[] = {
     {"RedirectionOfTheSetup", "udp,tcp", "live", {"H264"}, R"(
         > DESCRIBE live 1
         < 200 1 | Content-Base: rtsp://{host}/live/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=0
+        VIDEO trackID=0
         > SETUP live/trackID=0 2 | UDP 0
         < 302 2 | Location: rtsp://{host}/live/edge
         > DESCRIBE live/edge 3
         < 200 3 | Content-Base: rtsp://{host}/live/edge/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=0
+        VIDEO trackID=0
         > SETUP live/edge/trackID=0 4 | UDP *
         < 461 4
         > SETUP live/edge/trackID=0 5 | TCP 0
@@ -425,10 +386,7 @@ const Device kDevices[] = {
     {"RedirectionOfThePlay", "tcp", "live", {"H264"}, R"(
         > DESCRIBE live 1
         < 200 1 | Content-Base: rtsp://{host}/live/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=0
+        VIDEO trackID=0
         > SETUP live/trackID=0 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY live/ 3 | Session: 5 | Range: npt=0.000000-
@@ -437,10 +395,7 @@ const Device kDevices[] = {
         ACCEPT
         > DESCRIBE live/edge 4
         < 200 4 | Content-Base: rtsp://{host}/live/edge/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=0
+        VIDEO trackID=0
         > SETUP live/edge/trackID=0 5 | TCP 0
         < 200 5 | Session: 6 | TCP 0
         > PLAY live/edge/ 6 | Session: 6 | Range: npt=0.000000-

@@ -258,10 +258,7 @@ const Device kDevices[] = {
     {"TwoVideosOfOneCamera", "tcp", "clip", {"H264", "H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         S| m=video 0 RTP/AVP 96
         S| a=rtpmap:96 H264/90000
         S| a=control:trackID=2

@@ -48,6 +48,13 @@ Bytes Numbered(Bytes aUnit, unsigned aNumber) {
     return aUnit;
 }
 
+/// "VIDEO trackID=1"
+std::string Description(std::istringstream& aRest) {
+    std::string lControl;
+    std::getline(aRest >> std::ws, lControl);
+    return "S| v=0\nS| m=video 0 RTP/AVP 96\nS| a=rtpmap:96 H264/90000\nS| a=control:" + lControl + "\n";
+}
+
 /// "M$ 0 H264 96"
 std::string Packets(const std::string& aWord, std::istringstream& aRest) {
     unsigned lTrack = 0;
@@ -103,6 +110,8 @@ std::string DeviceTest::Written() {
         lWords >> lWord;
         if (">" == lWord) {
             lScript += Request(lLine);
+        } else if ("VIDEO" == lWord) {
+            lScript += Description(lWords);
         } else if ("M$" == lWord || "MRTP" == lWord) {
             lScript += Packets(lWord, lWords);
         } else {

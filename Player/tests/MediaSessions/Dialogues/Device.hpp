@@ -21,6 +21,7 @@ struct Device {
     /// Formats of the tracks that play, in order.
     std::vector<std::string> mTracks;
     /// In the shorthand of `Dialogue`. {host} is the server's host and port. More words:
+    ///     VIDEO trackID=1         a description of a track of H.264, payload type 96, with this control URL
     ///     M$ 0 H264 96            access units 1 and 2 of that format and payload type, interleaved on channel 0
     ///     M$ 0 H264 96 3          the same of units 3 and 4
     ///     MRTP 0 H264 96          the same from Media(0)'s RTP port

@@ -8,10 +8,7 @@ const Device kDevices[] = {
     {"BlanksAroundTheTimeOut", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 2A9F0D7 ; timeout=60 | TCP 0
         > PLAY clip/ 3 | Session: 2A9F0D7 | Range: npt=0.000000-
@@ -21,10 +18,7 @@ const Device kDevices[] = {
     {"TimeOutThatIsNoNumber", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 2A9F0D7;timeout=forever | TCP 0
         > PLAY clip/ 3 | Session: 2A9F0D7 | Range: npt=0.000000-
@@ -34,10 +28,7 @@ const Device kDevices[] = {
     {"TimeOutWithoutAName", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 2A9F0D7;60 | TCP 0
         > PLAY clip/ 3 | Session: 2A9F0D7 | Range: npt=0.000000-
@@ -47,10 +38,7 @@ const Device kDevices[] = {
     {"SessionWithOddCharacters", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: k9/+a$-_.= | TCP 0
         > PLAY clip/ 3 | Session: k9/+a$-_.= | Range: npt=0.000000-
@@ -64,10 +52,7 @@ const Device kDevices[] = {
         S: content-base: rtsp://{host}/clip/
         S: content-length: {length}
         S:
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         S: RTSP/1.0 200 OK
         S: cseq: 2
@@ -88,10 +73,7 @@ const Device kDevices[] = {
         S: Content-Base:rtsp://{host}/clip/
         S: Content-Length:{length}
         S:
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         S: RTSP/1.0 200 OK
         S: CSeq:2
@@ -112,10 +94,7 @@ const Device kDevices[] = {
         S: Content-Base : rtsp://{host}/clip/
         S: Content-Length : {length}
         S:
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         S: RTSP/1.0 200 OK
         S: CSeq : 2
@@ -135,10 +114,7 @@ const Device kDevices[] = {
         S: Content-Base: rtsp://{host}/clip/
         S: Content-Length: {length}
         S:
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         S: RTSP/1.0 200
         S: CSeq: 2
@@ -159,10 +135,7 @@ const Device kDevices[] = {
         S:  rtsp://{host}/clip/
         S: Content-Length: {length}
         S:
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         S: RTSP/1.0 200 OK
         S: CSeq: 2
@@ -179,10 +152,7 @@ const Device kDevices[] = {
     {"ConnectionClosedAfterTheDescription", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Connection: close | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         CLOSE
         ACCEPT
         > SETUP clip/trackID=1 2 | TCP 0
@@ -194,10 +164,7 @@ const Device kDevices[] = {
     {"NoRTPInfo", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -207,10 +174,7 @@ const Device kDevices[] = {
     {"EmptyRTPInfo", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -220,10 +184,7 @@ const Device kDevices[] = {
     {"RTPInfoWithABareName", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -233,10 +194,7 @@ const Device kDevices[] = {
     {"RTPInfoWithoutURLs", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -246,10 +204,7 @@ const Device kDevices[] = {
     {"RTPInfoOfZeros", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -259,10 +214,7 @@ const Device kDevices[] = {
     {"RTPInfoWithoutATime", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -272,10 +224,7 @@ const Device kDevices[] = {
     {"RTPInfoWithQuotesAndBlanks", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -285,10 +234,7 @@ const Device kDevices[] = {
     {"RTPInfoOfAnotherPresentation", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -298,10 +244,7 @@ const Device kDevices[] = {
     {"RTPInfoWithASlashTooMany", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -311,10 +254,7 @@ const Device kDevices[] = {
     {"RangeFromNow", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -324,10 +264,7 @@ const Device kDevices[] = {
     {"RangeOfTheClock", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -337,10 +274,7 @@ const Device kDevices[] = {
     {"RangeWithoutAValue", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-

@@ -8,10 +8,7 @@ const Device kDevices[] = {
     {"KeptAliveByGetParameter", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5;timeout=1 | Public: OPTIONS, DESCRIBE, SETUP, GET_PARAMETER, PLAY | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -23,10 +20,7 @@ const Device kDevices[] = {
     {"NoPublic", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5;timeout=1 | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -38,10 +32,7 @@ const Device kDevices[] = {
     {"SignsOfLifeRefused", "udp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 200 2 | Session: 5;timeout=1 | Public: GET_PARAMETER | UDP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -54,10 +45,7 @@ const Device kDevices[] = {
     {"SignsOfLifeNotAnswered", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5;timeout=1 | Public: GET_PARAMETER | TCP 0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-

@@ -8,10 +8,7 @@ const Device kDevices[] = {
     {"ChannelsThatTheServerChooses", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=4-5
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -21,10 +18,7 @@ const Device kDevices[] = {
     {"OneChannelNamed", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -34,10 +28,7 @@ const Device kDevices[] = {
     {"NoChannelsNamed", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -47,10 +38,7 @@ const Device kDevices[] = {
     {"NoTransport", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -60,10 +48,7 @@ const Device kDevices[] = {
     {"SSRCBeforeTheChannels", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;ssrc=00CA3E7A;interleaved=2-3
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -73,10 +58,7 @@ const Device kDevices[] = {
     {"SSRCThatIsNotThatOfTheMedia", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=0-1;ssrc=1A2B3C4D
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -86,10 +68,7 @@ const Device kDevices[] = {
     {"SSRCThatIsDecimal", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=0-1;ssrc=13254266
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -99,10 +78,7 @@ const Device kDevices[] = {
     {"BlanksBetweenTheParameters", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP; unicast; interleaved=2-3; mode="PLAY"
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -112,10 +88,7 @@ const Device kDevices[] = {
     {"MediaBeforeTheAnswerToPlay", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=0-1
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -126,10 +99,7 @@ const Device kDevices[] = {
     {"ReportsBeforeTheMedia", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=0-1
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -140,10 +110,7 @@ const Device kDevices[] = {
     {"ReportsOnTheChannelOfTheMedia", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=0-1
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -154,10 +121,7 @@ const Device kDevices[] = {
     {"FramesOnAChannelOfNobody", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=0-1
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -169,10 +133,7 @@ const Device kDevices[] = {
     {"EmptyFrames", "tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | TCP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/TCP;unicast;interleaved=0-1
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -184,10 +145,7 @@ const Device kDevices[] = {
     {"NoServerPort", "udp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP;unicast;client_port={client_port0}-{client_port0+1}
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -197,10 +155,7 @@ const Device kDevices[] = {
     {"ServerPortOfZero", "udp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP;unicast;client_port={client_port0}-{client_port0+1};server_port=0-0
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -210,10 +165,7 @@ const Device kDevices[] = {
     {"SourceAndDestination", "udp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP/UDP;unicast;destination=127.0.0.1;source=127.0.0.1;client_port={client_port0}-{client_port0+1};server_port={server_port0}
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -223,10 +175,7 @@ const Device kDevices[] = {
     {"SourceOfNoAddress", "udp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP;unicast;source=0.0.0.0;client_port={client_port0}-{client_port0+1};server_port={server_port0}
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -236,10 +185,7 @@ const Device kDevices[] = {
     {"SSRCOverUDPThatIsNotThatOfTheMedia", "udp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP;unicast;client_port={client_port0}-{client_port0+1};server_port={server_port0};ssrc=00000001
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -249,10 +195,7 @@ const Device kDevices[] = {
     {"ReportsOnThePortOfTheMedia", "udp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 200 2 | Session: 5 | Transport: RTP/AVP;unicast;client_port={client_port0}-{client_port0+1};server_port={server_port0}
         > PLAY clip/ 3 | Session: 5 | Range: npt=0.000000-
@@ -263,10 +206,7 @@ const Device kDevices[] = {
     {"UDPRefused", "udp,tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 461 2
         > SETUP clip/trackID=1 3 | TCP 0
@@ -278,10 +218,7 @@ const Device kDevices[] = {
     {"UDPRefusedAndTheConnectionClosed", "udp,tcp", "clip", {"H264"}, R"(
         > DESCRIBE clip 1
         < 200 1 | Content-Base: rtsp://{host}/clip/ | Content-Length: {length}
-        S| v=0
-        S| m=video 0 RTP/AVP 96
-        S| a=rtpmap:96 H264/90000
-        S| a=control:trackID=1
+        VIDEO trackID=1
         > SETUP clip/trackID=1 2 | UDP 0
         < 461 2 | Connection: close
         CLOSE
