@@ -39,8 +39,6 @@ auto operator<<(std::ostream& aOut, const Row& aRow) -> decltype(aOut << aRow.mN
 
 namespace {
 
-using Test::BitWriter;
-using Test::FromHex;
 using Test::PlainChroma;
 using Test::PlainOrder;
 using Test::PlainPps;
@@ -48,6 +46,7 @@ using Test::PlainSps;
 using Test::PpsHead;
 using Test::SpsHead;
 using Test::SpsTail;
+using TestSupport::BitWriter;
 
 constexpr Byte kSpsHeader = 0x67;
 constexpr Byte kPpsHeader = 0x68;
@@ -101,8 +100,8 @@ const SetsRow kSets[] = {
     {"SliceGroupsWithoutNumber", kSps, Pps(PpsHead().ue(0xFFFFFFFE)), 0, 0},
     {"SliceGroupsOfMoreThanEight", kSps, Pps(PpsHead().ue(8)), 0, 0},
     {"AMapOfAllUnits", kSps, Pps(PpsHead().ue(1).ue(6).ue(0xFFFFFFFE)), 0, 0},
-    {"AStartCodeWithinTheSet", kSps.substr(0, 3) + FromHex("000001") + kSps.substr(3), kPps, 0, 0},
-    {"EmulationPreventionOfNothing", kSps.substr(0, 3) + FromHex("00000304") + kSps.substr(3), kPps, 0, 0},
+    {"AStartCodeWithinTheSet", kSps.substr(0, 3) + std::string("\0\0\1", 3) + kSps.substr(3), kPps, 0, 0},
+    {"EmulationPreventionOfNothing", kSps.substr(0, 3) + std::string("\0\0\3\4", 4) + kSps.substr(3), kPps, 0, 0},
     {"AHighProfileWithoutItsChroma", Sps(SpsHead(100)), kPps, 0, 0},
     {"AHighProfile", Sps(SpsHead(100).Append(PlainChroma()).Append(PlainOrder()).Append(SpsTail(10, 8))), kPps, 176,
      144},

@@ -75,7 +75,7 @@ public:
     void Slice(Input& aInput) {
         const unsigned lFirstBlock = aInput.Flag() ? 0 : aInput.Word32() >> 1;
         const unsigned lType = aInput.Below(10);
-        Bytes lSlice = BitWriter().PutGolomb(lFirstBlock).PutGolomb(lType).Put(1, 1).Get();
+        Bytes lSlice = TestSupport::BitWriter().ue(lFirstBlock).ue(lType).u(1, 1).All();
         Append(lSlice, aInput.Take(aInput.Byte()));
         lSlice.push_back(0x80);
         Append(mSample, Unit(kSlice, lSlice));

@@ -31,34 +31,34 @@ bool HasStartCode(const Bytes& aBytes) {
 
 /// A rectangular video object layer with the optional fields that `aChoice` asks for.
 Bytes WriteLayer(Input& aChoice, const Size& aSize) {
-    BitWriter lOut;
-    lOut.Put(32, 0x00000120).Put(1, aChoice.Below(2)).Put(8, aChoice.Byte());
+    TestSupport::BitWriter lOut;
+    lOut.u(32, 0x00000120).u(1, aChoice.Below(2)).u(8, aChoice.Byte());
     const bool lHasIdentifier = aChoice.Flag();
-    lOut.Put(1, lHasIdentifier);
-    if (lHasIdentifier) { lOut.Put(4, aChoice.Below(16)).Put(3, aChoice.Below(8)); }
+    lOut.u(1, lHasIdentifier);
+    if (lHasIdentifier) { lOut.u(4, aChoice.Below(16)).u(3, aChoice.Below(8)); }
     const unsigned lAspect = aChoice.Below(16);
-    lOut.Put(4, lAspect);
-    if (15 == lAspect) { lOut.Put(8, aChoice.Byte()).Put(8, aChoice.Byte()); }
+    lOut.u(4, lAspect);
+    if (15 == lAspect) { lOut.u(8, aChoice.Byte()).u(8, aChoice.Byte()); }
     const bool lHasControl = aChoice.Flag();
-    lOut.Put(1, lHasControl);
+    lOut.u(1, lHasControl);
     if (lHasControl) {
         const bool lHasBufferModel = aChoice.Flag();
-        lOut.Put(2, 1).Put(1, aChoice.Below(2)).Put(1, lHasBufferModel);
+        lOut.u(2, 1).u(1, aChoice.Below(2)).u(1, lHasBufferModel);
         if (lHasBufferModel) {
             for (const unsigned lBits : {15U, 1U, 15U, 1U, 15U, 1U, 3U, 11U, 1U, 15U, 1U}) {
-                lOut.Put(lBits, aChoice.Word16());
+                lOut.u(lBits, aChoice.Word16());
             }
         }
     }
-    lOut.Put(2, 0).Put(1, 1);  // rectangular
+    lOut.u(2, 0).u(1, 1);  // rectangular
     const unsigned lResolution = aChoice.Word16();
-    lOut.Put(16, lResolution).Put(1, 1);
+    lOut.u(16, lResolution).u(1, 1);
     // An increment of no ticks would take a width of 32 bits.
     const bool lHasIncrement = aChoice.Flag() && 0 != lResolution;
-    lOut.Put(1, lHasIncrement);
-    if (lHasIncrement) { lOut.Put(Parser::myLog2(lResolution - 1) + 1, aChoice.Word16()); }
-    lOut.Put(1, 1).Put(13, aSize.mWidth).Put(1, 1).Put(13, aSize.mHeight).Put(1, 1);
-    return lOut.Get();
+    lOut.u(1, lHasIncrement);
+    if (lHasIncrement) { lOut.u(Parser::myLog2(lResolution - 1) + 1, aChoice.Word16()); }
+    lOut.u(1, 1).u(13, aSize.mWidth).u(1, 1).u(13, aSize.mHeight).u(1, 1);
+    return lOut.All();
 }
 
 }  // namespace

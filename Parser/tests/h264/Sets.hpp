@@ -1,8 +1,11 @@
 #pragma once
 
-#include "BitWriter.hpp"
+#include "Parser/Types.hpp"
+#include "support/BitWriter.hpp"
 
 namespace Parser::Test {
+
+using TestSupport::BitWriter;
 
 // Pieces of parameter sets, in the order of the syntax.
 

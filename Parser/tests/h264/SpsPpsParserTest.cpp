@@ -4,11 +4,14 @@
 
 #include "Parser/Base64.hpp"
 #include "Sets.hpp"
+#include "support/Bytes.hpp"
 
 namespace Parser {
 namespace {
 
 using namespace Test;
+using TestSupport::AsText;
+using TestSupport::FromHex;
 
 constexpr Byte kSps = 0x67;
 constexpr Byte kPps = 0x68;
@@ -170,8 +173,8 @@ const Encoded kEncoded[] = {
 
 class EncodedSets : public testing::TestWithParam<Encoded> {
 protected:
-    std::string Sps() const { return FromHex(GetParam().mSps); }
-    std::string Pps() const { return FromHex(GetParam().mPps); }
+    std::string Sps() const { return AsText(FromHex(GetParam().mSps)); }
+    std::string Pps() const { return AsText(FromHex(GetParam().mPps)); }
     Values Whole() const {
         return Values(GetParam().mWidth, GetParam().mHeight, GetParam().mProfile, GetParam().mLevel);
     }

@@ -4,12 +4,12 @@
 
 #include <stdexcept>
 
-#include "BitWriter.hpp"
+#include "support/BitWriter.hpp"
 
 namespace Parser {
 namespace {
 
-using Test::BitWriter;
+using TestSupport::BitWriter;
 
 /// A bit stream in a heap block of just its size.
 struct Bits {

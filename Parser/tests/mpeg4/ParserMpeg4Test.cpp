@@ -4,13 +4,14 @@
 
 #include <random>
 
-#include "BitWriter.hpp"
+#include "support/BitWriter.hpp"
+#include "support/Bytes.hpp"
 
 namespace Parser {
 namespace {
 
-using Test::BitWriter;
-using Test::FromHex;
+using TestSupport::BitWriter;
+using TestSupport::FromHex;
 using Bytes = std::vector<Byte>;
 
 struct Size {
@@ -373,7 +374,7 @@ const Encoded kEncoded[] = {
 class EncodedConfigs : public testing::TestWithParam<Encoded> {
 protected:
     Bytes Config() const {
-        const std::string lConfig = FromHex(GetParam().mConfig);
+        const std::string lConfig = TestSupport::AsText(FromHex(GetParam().mConfig));
         return Bytes(lConfig.begin(), lConfig.end());
     }
     Size Whole() const { return Size(GetParam().mWidth, GetParam().mHeight); }
