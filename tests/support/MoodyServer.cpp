@@ -209,7 +209,7 @@ void MoodyServer::SendPacket(unsigned aTrack, const Bytes& aPacket) {
 
 void MoodyServer::SayGoodbye() {
     for (unsigned lTrack = 0; lTrack < kTracks; ++lTrack) {
-        const Bytes lGoodbye = EmptyReceiverReport(kSsrc + lTrack) + Goodbye(kSsrc + lTrack);
+        const Bytes lGoodbye = RtcpCompound(kSsrc + lTrack).RR().BYE().Build();
         if (mInterleaved) {
             Send(AsText(InterleavedFrame(2 * lTrack + 1, lGoodbye)));
         } else {

@@ -6,7 +6,6 @@ namespace TestSupport {
 
 namespace {
 
-constexpr std::uint8_t kVersion = 0x80;
 constexpr unsigned kVersionShift = 6;
 constexpr std::uint8_t kPaddingBit = 0x20;
 constexpr std::uint8_t kExtensionBit = 0x10;
@@ -28,15 +27,6 @@ Bytes ExtensionHeader(unsigned aProfile, std::size_t aWords) {
     Bytes lOut;
     Put16(lOut, aProfile);
     Put16(lOut, aWords);
-    return lOut;
-}
-
-Bytes RtcpHeader(unsigned aCount, unsigned aType, unsigned aWords, std::uint32_t aSsrc) {
-    Bytes lOut;
-    Put8(lOut, kVersion | aCount);
-    Put8(lOut, aType);
-    Put16(lOut, aWords - 1);
-    Put32(lOut, aSsrc);
     return lOut;
 }
 
@@ -125,23 +115,15 @@ Bytes RtpPacket::Build() const {
     return Bytes(lOut.begin(), lOut.end());
 }
 
-Bytes SenderReport(std::uint32_t aSsrc, std::uint64_t aNtp, std::uint32_t aRtpTime, std::uint32_t aPackets,
-                   std::uint32_t aOctets) {
-    Bytes lOut = RtcpHeader(0, 200, 7, aSsrc);
-    Put32(lOut, aNtp >> 32);
-    Put32(lOut, aNtp);
-    Put32(lOut, aRtpTime);
-    Put32(lOut, aPackets);
-    Put32(lOut, aOctets);
-    return lOut;
-}
-
-Bytes EmptyReceiverReport(std::uint32_t aSsrc) {
-    return RtcpHeader(0, 201, 2, aSsrc);
-}
-
-Bytes Goodbye(std::uint32_t aSsrc) {
-    return RtcpHeader(1, 203, 2, aSsrc);
+RtcpCompound& RtcpCompound::Raw(unsigned aType, const std::vector<std::uint32_t>& aWords, unsigned aVersion,
+                                unsigned aCount) {
+    Put8(mBytes, aVersion << kVersionShift | aCount);
+    Put8(mBytes, aType);
+    Put16(mBytes, aWords.size());
+    for (const std::uint32_t lWord : aWords) {
+        Put32(mBytes, lWord);
+    }
+    return *this;
 }
 
 Bytes InterleavedFrame(unsigned aChannel, const Bytes& aPacket) {

@@ -52,11 +52,32 @@ private:
     Bytes mPayload;
 };
 
-/// RTCP packets (RFC 3550 section 6); a compound packet is their concatenation with `+`.
-Bytes SenderReport(std::uint32_t aSsrc, std::uint64_t aNtp, std::uint32_t aRtpTime, std::uint32_t aPackets = 0,
-                   std::uint32_t aOctets = 0);
-Bytes EmptyReceiverReport(std::uint32_t aSsrc);
-Bytes Goodbye(std::uint32_t aSsrc);
+/// Writes a compound RTCP packet (RFC 3550 section 6): `RtcpCompound(7).RR().BYE().Build()`, all of it sent by 7.
+class RtcpCompound {
+public:
+    explicit RtcpCompound(std::uint32_t aSsrc) : mSsrc(aSsrc) {}
+
+    /// At this time, in seconds since 1900 and fractions of 2^-32, the source's clock showed `aRtpTime`.
+    RtcpCompound& SR(std::uint32_t aSeconds, std::uint32_t aFraction, std::uint32_t aRtpTime,
+                     std::uint32_t aPackets = 10, std::uint32_t aOctets = 1000) {
+        return Raw(200, {mSsrc, aSeconds, aFraction, aRtpTime, aPackets, aOctets});
+    }
+    /// Without a report.
+    RtcpCompound& RR() { return Raw(201, {mSsrc}); }
+    RtcpCompound& SDES() { return Raw(202, {mSsrc, 0x01020000}, 2, 1); }
+    RtcpCompound& BYE() { return Raw(203, {mSsrc}, 2, 1); }
+    RtcpCompound& APP() { return Raw(204, {mSsrc, 0x6E616D65}); }
+    /// A packet of any type, with these words after its header.
+    RtcpCompound& Raw(unsigned aType, const std::vector<std::uint32_t>& aWords, unsigned aVersion = 2,
+                      unsigned aCount = 0);
+
+    /// The datagram, in a heap block of exactly its size.
+    Bytes Build() const { return Bytes(mBytes.begin(), mBytes.end()); }
+
+private:
+    std::uint32_t mSsrc;
+    Bytes mBytes;
+};
 
 /// "$", the channel, the length in two bytes, the packet (RFC 2326 section 10.12).
 Bytes InterleavedFrame(unsigned aChannel, const Bytes& aPacket);

@@ -230,7 +230,7 @@ TEST(ScriptedServerTest, SendsDatagramsToTheCapturedPorts) {
     EXPECT_EQ("80 e0 12 34 00 00 00 05 00 00 00 06 65", Hex(lReceiver.ReceiveRtp()));
     EXPECT_EQ("81 c9", Hex(lReceiver.ReceiveRtcp()));
     EXPECT_EQ(std::to_string(lReceiver.RtpPort()), lServer.Get("client_port0"));
-    lServer.Media(0).SendRtcp(Goodbye(1));
+    lServer.Media(0).SendRtcp(RtcpCompound(1).BYE().Build());
     EXPECT_EQ("81 cb 00 01 00 00 00 01", Hex(lReceiver.ReceiveRtcp()));
     EXPECT_EQ("", lServer.Failure());
 }
@@ -275,8 +275,8 @@ TEST(PacketsTest, WriteEveryField) {
                       .Padding(2)
                       .Build()));
     EXPECT_EQ("80 c8 00 06 00 00 00 01 00 00 00 02 80 00 00 00 00 00 00 04 00 00 00 05 00 00 00 06",
-              Hex(SenderReport(1, 0x280000000, 4, 5, 6)));
-    EXPECT_EQ("80 c9 00 01 00 00 00 01", Hex(EmptyReceiverReport(1)));
+              Hex(RtcpCompound(1).SR(2, 0x80000000, 4, 5, 6).Build()));
+    EXPECT_EQ("80 c9 00 01 00 00 00 01", Hex(RtcpCompound(1).RR().Build()));
 }
 
 }  // namespace

@@ -108,10 +108,9 @@ std::string Media(std::istringstream& aWords, const Kind& aKind) {
 }
 
 std::string Bye(std::istringstream& aWords) {
-    using TestSupport::operator+;
     std::string lTrack;
     aWords >> lTrack;
-    const Bytes lBytes = TestSupport::EmptyReceiverReport(kSsrc) + TestSupport::Goodbye(kSsrc);
+    const Bytes lBytes = TestSupport::RtcpCompound(kSsrc).RR().BYE().Build();
     return "RTCP " + lTrack + " " + TestSupport::Hex(lBytes) + "\n";
 }
 

@@ -9,7 +9,6 @@ namespace Player::Hostile {
 using MediaSessions::SessionTest;
 using TestSupport::Hex;
 using TestSupport::RtpPacket;
-using TestSupport::operator+;
 
 /// Two tracks within the connection, of which the second is on channel 2.
 struct ChannelRow {
@@ -159,9 +158,9 @@ const StrangerRow kStrangers[] = {
     {"MediaOfNoSource", false, Of(0), 1},
     {"Noise", false, TestSupport::Bytes(1500, 0xA5), 1},
     {"AnEmptyDatagram", false, {}, 1},
-    {"AGoodbyeOfTheSource", true, TestSupport::EmptyReceiverReport(7) + TestSupport::Goodbye(7), 1, true},
-    {"AGoodbyeOfAnotherSource", true, TestSupport::EmptyReceiverReport(8) + TestSupport::Goodbye(8), 1},
-    {"AGoodbyeAlone", true, TestSupport::Goodbye(7), 1},
+    {"AGoodbyeOfTheSource", true, TestSupport::RtcpCompound(7).RR().BYE().Build(), 1, true},
+    {"AGoodbyeOfAnotherSource", true, TestSupport::RtcpCompound(8).RR().BYE().Build(), 1},
+    {"AGoodbyeAlone", true, TestSupport::RtcpCompound(7).BYE().Build(), 1},
     {"MediaWhereReportsBelong", true, Of(7), 1},
 };
 

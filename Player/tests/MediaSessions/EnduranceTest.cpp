@@ -83,7 +83,9 @@ protected:
     void SendReport(unsigned long aFrame) {
         const std::uint64_t lNtp =
             (std::uint64_t{3900000000U} << 32) + (std::uint64_t{aFrame} << 32) / kFramesPerSecond;
-        mServer->Media(0).SendRtcp(TestSupport::SenderReport(kSsrc, lNtp, StampOf(aFrame)));
+        mServer->Media(0).SendRtcp(TestSupport::RtcpCompound(kSsrc)
+                                       .SR(static_cast<UInt>(lNtp >> 32), static_cast<UInt>(lNtp), StampOf(aFrame))
+                                       .Build());
     }
 };
 

@@ -6,7 +6,6 @@ namespace Player::MediaSessions {
 namespace {
 
 using testing::ElementsAre;
-using TestSupport::operator+;
 using TestSupport::RtpPacket;
 
 /// Pause, resume and seek of a presentation of one track over UDP, of which no media has come yet.
@@ -156,7 +155,7 @@ TEST_F(RTSPControlTest, AResumeWithoutNewMediaPlaysWhatIsQueued) {
         EXPECT_FALSE(mHandler.Produce(0)) << "more may come";
         EXPECT_FALSE(mHandler.Fill(0));
         mHandler.TakeCalls();
-        mServer->Media(0).SendRtcp(TestSupport::EmptyReceiverReport(0) + TestSupport::Goodbye(0));
+        mServer->Media(0).SendRtcp(TestSupport::RtcpCompound(0).RR().BYE().Build());
         EXPECT_TRUE(lIsProduced ? mHandler.Produce(0) : mHandler.Fill(0));
         EXPECT_NE(lIsProduced, mHandler.Fetch(0));
         EXPECT_FALSE(mHandler.Produce(0));

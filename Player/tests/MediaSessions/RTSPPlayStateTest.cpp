@@ -11,8 +11,6 @@ namespace Player::MediaSessions {
 namespace {
 
 using testing::ElementsAre;
-using TestSupport::operator+;
-using TestSupport::Goodbye;
 using TestSupport::RtpPacket;
 
 constexpr UInt kVideo = 0;
@@ -55,7 +53,7 @@ protected:
                                            .Build());
     }
     void SendGoodbye(TrackIdx aTrack) {
-        mServer->Media(aTrack).SendRtcp(TestSupport::EmptyReceiverReport(kSSRC) + Goodbye(kSSRC));
+        mServer->Media(aTrack).SendRtcp(TestSupport::RtcpCompound(kSSRC).RR().BYE().Build());
     }
     bool TakesPacket(TrackIdx aTrack) { return nullptr != mPlayer.GetTrackPacket(aTrack).Ptr(); }
 };
@@ -184,7 +182,7 @@ TEST_F(RTSPPlayStateTest, EveryTrackReportsUnderANumberDrawnForIt) {
           lNumbers[1] + " ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ?? ??\n");
     mServer->Set("video", TestSupport::Hex(RtpPacket().Type(96).Seq(1).Ssrc(7).Payload({0x65}).Build()));
     mServer->Set("audio", TestSupport::Hex(RtpPacket().Type(97).Seq(1).Ssrc(7).Payload({0x65}).Build()));
-    mServer->Set("report", TestSupport::Hex(TestSupport::SenderReport(7, 1, 1)));
+    mServer->Set("report", TestSupport::Hex(TestSupport::RtcpCompound(7).SR(0, 1, 1).Build()));
     std::srand(kSeed);
     Play();
     mServer->Notify("plays");

@@ -24,7 +24,7 @@ protected:
     bool TakeFrame(UInt aSeq, Time aArrival = Time(1000, 1)) {
         return Take(Packet().Seq(aSeq).Timestamp(aSeq * 3600), aArrival);
     }
-    bool Control(const CompoundBuilder& aCompound, Time aArrival = Time(1000, 1)) {
+    bool Control(const TestSupport::RtcpCompound& aCompound, Time aArrival = Time(1000, 1)) {
         const Bytes lBytes = aCompound.Build();
         return mStack.HandleRTCP(lBytes.data(), SizeOf(lBytes), aArrival);
     }

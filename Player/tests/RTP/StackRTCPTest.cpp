@@ -8,10 +8,10 @@ namespace Player::RTP {
 
 using Testing::Bytes;
 using Testing::Compound;
-using Testing::CompoundBuilder;
 using Testing::Packet;
 using Testing::Prefix;
 using Testing::SizeOf;
+using TestSupport::RtcpCompound;
 
 namespace {
 
@@ -27,7 +27,7 @@ protected:
 TEST_F(StackRTCPTest, TakesWellFormedCompounds) {
     const struct {
         const char* mName;
-        CompoundBuilder mCompound;
+        RtcpCompound mCompound;
         bool mIsTaken;
     } kCases[] = {
         {"RR", Compound().RR(), true},
@@ -256,7 +256,7 @@ protected:
         Control(Compound().SR(100, 0x80000000, 5000 + 3 * 8000));
         SendToOther(Compound().SR(100, 0, 1000 + 2 * kRes));
     }
-    void SendToOther(const CompoundBuilder& aCompound) {
+    void SendToOther(const RtcpCompound& aCompound) {
         const Bytes lBytes = aCompound.Build();
         ASSERT_TRUE(mOther.HandleRTCP(lBytes.data(), SizeOf(lBytes), Time(1, 1)));
     }

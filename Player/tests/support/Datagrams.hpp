@@ -51,39 +51,9 @@ inline SharedPtr<Packets::RTP, SharedObject> HandedOut(const TestSupport::RtpPac
         lBytes.data(), SizeOf(lBytes), lLengths, BigEndian::Read16(&lBytes[2]), BigEndian::Read32(&lBytes[4])));
 }
 
-/// Builds a compound RTCP packet: `Compound().SR(seconds, fraction, rtp).BYE()`, sent by 0x11223344
-/// unless another is given.
-class CompoundBuilder {
-public:
-    explicit CompoundBuilder(UInt aSSRC) : mSSRC(aSSRC) {}
-
-    CompoundBuilder& SR(UInt aSeconds, UInt aFraction, UInt aRTPTime) {
-        return Raw(200, {mSSRC, aSeconds, aFraction, aRTPTime, 10, 1000});
-    }
-    CompoundBuilder& RR() { return Raw(201, {mSSRC}); }
-    CompoundBuilder& SDES() { return Raw(202, {mSSRC, 0x01020000}); }
-    CompoundBuilder& BYE() { return Raw(203, {mSSRC}); }
-    CompoundBuilder& APP() { return Raw(204, {mSSRC, 0x6E616D65}); }
-    /// A packet of any type, with these words after its header.
-    CompoundBuilder& Raw(Byte aType, const std::vector<UInt>& aWords, UInt aVersion = 2) {
-        mBytes.push_back(static_cast<Byte>(aVersion << 6));
-        mBytes.push_back(aType);
-        Append16(mBytes, static_cast<UInt>(aWords.size()));
-        for (const UInt lWord : aWords) {
-            Append32(mBytes, lWord);
-        }
-        return *this;
-    }
-
-    Bytes Build() const { return Exactly(mBytes); }
-
-private:
-    UInt mSSRC;
-    Bytes mBytes;
-};
-
-inline CompoundBuilder Compound(UInt aSSRC = 0x11223344) {
-    return CompoundBuilder(aSSRC);
+/// Sent by the source of `Packet` unless another is given.
+inline TestSupport::RtcpCompound Compound(UInt aSSRC = 0x11223344) {
+    return TestSupport::RtcpCompound(aSSRC);
 }
 
 }  // namespace Player::Testing

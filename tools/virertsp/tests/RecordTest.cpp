@@ -73,7 +73,7 @@ constexpr char kTeardown[] = R"(
 std::string Media() {
     const auto lFirst = RtpPacket().Seq(1).Timestamp(9000).Ssrc(6).Marker().Payload({0x65, 0x88}).Build();
     const auto lSecond = RtpPacket().Seq(2).Timestamp(12600).Ssrc(6).Marker().Payload({0x41, 0x9a}).Build();
-    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(6), TestSupport::Goodbye(6));
+    const auto lBye = TestSupport::RtcpCompound(6).RR().BYE().Build();
     return "S$ 0 " + Hex(lFirst) + "\nS$ 0 " + Hex(lSecond) + "\nS$ 1 " + Hex(lBye) + "\n";
 }
 
@@ -100,7 +100,7 @@ TEST(RecordTest, WhatWasOvertakenIsPutInOrder) {
             RtpPacket().Seq(aSeq).Timestamp(9000U * aSeq).Ssrc(6).Marker().Payload({0x41, aSeq}).Build();
         return "S$ 0 " + Hex(lPacket) + "\n";
     };
-    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(6), TestSupport::Goodbye(6));
+    const auto lBye = TestSupport::RtcpCompound(6).RR().BYE().Build();
     const Scratch lScratch;
     ScriptedServer lServer(Describe(kVideo) + kPlayInterleaved + lFrame(1) + lFrame(2) + "SPLIT\n" + lFrame(4) +
                            "SPLIT\n" + lFrame(3) + "S$ 1 " + Hex(lBye) + "\n" + kTeardown);
@@ -151,7 +151,7 @@ constexpr char kTeardownBoth[] = R"(
 
 TEST(RecordTest, EncryptedAudioIsDroppedWhileVideoGoesOn) {
     const Scratch lScratch;
-    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(7), TestSupport::Goodbye(7));
+    const auto lBye = TestSupport::RtcpCompound(7).RR().BYE().Build();
     ScriptedServer lServer(Describe(std::string(kVideo) + kEncrypted) + kPlayBoth + Media() + "S$ 3 " + Hex(lBye) +
                            "\n" + kTeardownBoth);
     const Outcome lOutcome = Record({lServer.URL(), "--tcp", "-o", lScratch.Path("out")});
@@ -359,7 +359,7 @@ std::string Groups() {
                   Hex(RtpPacket().Seq(lSeq).Timestamp(9000 * lSeq).Ssrc(6).Marker().Payload({lType, lNumber}).Build()) +
                   "\n";
     }
-    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(6), TestSupport::Goodbye(6));
+    const auto lBye = TestSupport::RtcpCompound(6).RR().BYE().Build();
     return lMedia + "S$ 1 " + Hex(lBye) + "\n";
 }
 
@@ -417,7 +417,7 @@ std::string OpenGroups() {
             lSend(lPicture, true, {0x41, 0x9A, static_cast<Player::Byte>(lPicture)});
         }
     }
-    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(6), TestSupport::Goodbye(6));
+    const auto lBye = TestSupport::RtcpCompound(6).RR().BYE().Build();
     return lMedia + "S$ 1 " + Hex(lBye) + "\n";
 }
 
@@ -503,7 +503,7 @@ TEST(RecordTest, FilesThatAreThereAreReplacedOnlyByForce) {
 
 TEST(RecordTest, OnlyTheChosenTracksAreWritten) {
     const Scratch lScratch;
-    const auto lBye = TestSupport::operator+(TestSupport::EmptyReceiverReport(7), TestSupport::Goodbye(7));
+    const auto lBye = TestSupport::RtcpCompound(7).RR().BYE().Build();
     const std::string lMedia = Media() + "S$ 3 " + Hex(lBye) + "\n";
     ScriptedServer lServer(Describe(std::string(kVideo) + kEncrypted) + kPlayBoth + lMedia + kTeardownBoth);
     const Outcome lOutcome = Record({lServer.URL(), "--tcp", "--tracks", "0", "-o", lScratch.Path("out")});

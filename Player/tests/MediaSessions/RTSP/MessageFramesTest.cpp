@@ -191,7 +191,7 @@ TEST_F(MessagesTest, DrainingAnswersWhateverIsNoFrame) {
 }
 
 TEST_F(MessagesTest, FramesAreDealtWithBeforeWhatStandsBehindThem) {
-    const TestSupport::Bytes lReport = TestSupport::SenderReport(7, 1, 1);
+    const TestSupport::Bytes lReport = TestSupport::RtcpCompound(7).SR(0, 1, 1).Build();
     EXPECT_TRUE(Recv(Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, lReport)) +
                      "OPTIONS * RTSP/1.0\r\nCSeq: 3\r\n\r\n" + kOk));
     // The receiver report goes out before the answer to the request.
@@ -278,7 +278,7 @@ TEST_F(MessagesTest, AReportGoesStraightToTheServer) {
 
 // The report that answers a frame finds the connection broken while the frames after it are still there.
 TEST_F(MessagesTest, AConnectionThatBreaksAmidFramesIsSurvived) {
-    const Bytes lReport = TestSupport::SenderReport(7, 1, 1);
+    const Bytes lReport = TestSupport::RtcpCompound(7).SR(0, 1, 1).Build();
     std::string lFrames = Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, lReport));
     for (unsigned lSeq = 2; lFrames.size() < 10000; ++lSeq) {
         lFrames += Frame(lSeq, std::string(100, 'b'));
@@ -298,7 +298,8 @@ TEST_F(MessagesTest, AConnectionThatBreaksAmidFramesIsSurvived) {
 // The answer can't come any more, and the caller learns why: the server took in no report for a whole time-out.
 TEST_F(MessagesTest, AReportThatTheServerDoesNotTakeEndsTheWait) {
     mPeer.FillClient();
-    mPeer.Send(Frame(1, "a") + AsText(TestSupport::InterleavedFrame(1, TestSupport::SenderReport(7, 1, 1))));
+    mPeer.Send(Frame(1, "a") +
+               AsText(TestSupport::InterleavedFrame(1, TestSupport::RtcpCompound(7).SR(0, 1, 1).Build())));
     EXPECT_EQ("3/39 RTSP::Flush(): The server reads nothing", TestSupport::Thrown([&] { mMessages.RecvResponse(1); }));
     EXPECT_FALSE(mConnection.IsOpen());
     EXPECT_THAT(mReceiver.Delivered(), ElementsAre("a"));

@@ -10,10 +10,10 @@ namespace Player::RTP::Transports {
 
 using Testing::Bytes;
 using Testing::Compound;
-using Testing::CompoundBuilder;
 using Testing::Packet;
 using Testing::RecordingProcessor;
 using Testing::SizeOf;
+using TestSupport::RtcpCompound;
 using Events = std::vector<std::string>;
 
 namespace {
@@ -250,7 +250,7 @@ TEST_F(TrackTransportTest, TrackWithoutAProcessorIsHarmless) {
 
 TEST_F(TrackTransportTest, AnsweredRTCPAlignsAllOtherTracks) {
     Byte lReport[32];
-    const auto lAnswer = [&](TrackIdx aIdx, const CompoundBuilder& aCompound) {
+    const auto lAnswer = [&](TrackIdx aIdx, const RtcpCompound& aCompound) {
         const Bytes lBytes = aCompound.Build();
         return mTransport.AnswerRTCP(mTransport.At(aIdx), lBytes.data(), SizeOf(lBytes), lReport, 32);
     };
