@@ -105,7 +105,6 @@ bool StreamList::all_have_ended() {
 
 void StreamList::stop() {
     for_each([](Stream& aStream) { aStream.task_stop(); });
-    for_each([](Stream& aStream) { aStream.task_join(); });
 }
 
 bool StreamList::all_have_no_data() const {

@@ -40,7 +40,6 @@ public:
     void run(bool aFlush, guint32 aSeqnum = 0);
     /// Runs the tasks in the segments that there are; where pads flush, others begin.
     void go_on();
-    /// Stops the tasks; they can be run again at once.
     void stop();
     /// See `Stream::begin_at`.
     void begin_at(gint64 aPosition);

@@ -87,6 +87,7 @@ bool Stream::task_run(bool aNewSegment) {
     m_unlinked = false;
     m_noDataTime = 0;
     status_set(kOk);
+    if (GST_TASK_STOPPED == gst_task_get_state(m_task)) { task_join(); }
     m_running = true;
     gst_task_start(m_task);
     return true;

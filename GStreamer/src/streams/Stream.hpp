@@ -39,8 +39,8 @@ public:
     bool task_run(bool aNewSegment = true);
     bool task_pause();
     bool task_stop();
-    /// Returns when the task's thread has left a task that was stopped. One that is run while its thread is on the way
-    /// out would be without a thread. From the thread itself, which can't wait for that, at once.
+    /// Returns when its thread has left a task that was stopped: one that is started while its thread is on the way out
+    /// gets no other. From the thread itself, which can't wait for that, at once.
     void task_join();
     /// Returns when no loop iteration is in progress. The task has been paused or stopped before: while it runs,
     /// GStreamer keeps the lock from one iteration to the next.
