@@ -64,11 +64,24 @@ def make_clips():
     visual_clip()
 
 
-def serve(clip):
+PICTURE, SOUND = 96, 97  # Payload types of what is served.
+
+
+def serve(clip, *options):
     """Serves both tracks of the clip."""
-    return media.server("--launch", f"( filesrc location={clip} ! qtdemux name=demux "
+    return media.server(*options, "--launch", f"( filesrc location={clip} ! qtdemux name=demux "
                         "demux.video_0 ! queue ! rtph264pay name=pay0 pt=96 config-interval=0 "
                         "demux.audio_0 ! queue ! rtpmp4apay name=pay1 pt=97 )")
+
+
+def sent(path):
+    """What the server has written down of the packets that left: of each payload type the numbers, counted from the first, with
+    whether they end an access unit."""
+    packets = {PICTURE: [], SOUND: []}
+    for line in path.read_text().splitlines():
+        kind, number, mark = map(int, line.split())
+        packets[kind].append((number, mark))
+    return {kind: {(number - numbers[0][0]) % 65536: mark for number, mark in numbers} for kind, numbers in packets.items()}
 
 
 def serve_generic(clip):

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <string>
 
+#include "Sent.hpp"
+
 namespace {
 
 struct Options {
@@ -26,6 +28,7 @@ struct Options {
     gboolean mBasic = FALSE;
     gchar* mCertificate = nullptr;
     gboolean mTwice = FALSE;
+    gchar* mSent = nullptr;
 };
 
 [[noreturn]] void Fail(const std::string& aText) {
@@ -51,6 +54,8 @@ void Parse(int aCount, char** aTexts, Options& aOptions) {
         {"certificate", 0, 0, G_OPTION_ARG_FILENAME, &aOptions.mCertificate,
          "Speak TLS; a certificate with its key, in PEM", "FILE"},
         {"twice", 0, 0, G_OPTION_ARG_NONE, &aOptions.mTwice, "Serve --file as two tracks", nullptr},
+        {"sent", 0, 0, G_OPTION_ARG_FILENAME, &aOptions.mSent,
+         "Write down the RTP packets that leave over UDP: type, sequence number, mark", "FILE"},
         {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
     };
     GOptionContext* const lContext = g_option_context_new("- serve one presentation over RTSP");
@@ -157,6 +162,7 @@ int main(int argc, char** argv) {
     const char* const lPath = nullptr != lOptions.mPath ? lOptions.mPath : "/clip";
     const char* const lAddress = nullptr != lOptions.mAddress ? lOptions.mAddress : "127.0.0.1";
 
+    if (nullptr != lOptions.mSent) { WriteDownWhatIsSent(lOptions.mSent); }
     GMainLoop* const lLoop = g_main_loop_new(nullptr, FALSE);
     GstRTSPServer* const lServer = gst_rtsp_server_new();
     gst_rtsp_server_set_address(lServer, lAddress);
