@@ -121,7 +121,8 @@ const ModernRow kRows[] = {
 class HostileModernTest : public SessionTest, public testing::WithParamInterface<ModernRow> {};
 
 TEST_P(HostileModernTest, HasItsOutcome) {
-    if (!Crypto::IsAvailable()) { GTEST_SKIP() << "built without GnuTLS"; }
+    const bool lAsks = std::string::npos != GetParam().mDialogue.find("Authenticate: Digest");
+    if (lAsks && !Crypto::IsAvailable()) { GTEST_SKIP() << "built without GnuTLS"; }
     Serve(GetParam().mDialogue);
     mPlayer.SetConfigParam("RTSP:Profile", "modern");
     mPlayer.SetConfigParam("RTSP:Transports", "tcp");

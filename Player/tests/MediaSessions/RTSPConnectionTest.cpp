@@ -81,13 +81,13 @@ TEST_F(RTSPRequestsTest, AServerThatSaysNothingRunsIntoTheTimeOut) {
                            "C: PLAY {*}\nC...\n" + OkTo("4") + kPlayed);
     mPlayer.SetConfigParam("RTSP:TimeOutAfter", "1");
     // The element's spelling has no effect.
-    mPlayer.SetConfigParam("RTSP:TimeoutAfter", "5");
+    mPlayer.SetConfigParam("RTSP:TimeoutAfter", "60");
     const auto lBegin = std::chrono::steady_clock::now();
     EXPECT_THAT(Thrown([&] { mPlayer.Play(lServer.URL(), Time(0)); }),
                 StartsWith("3/38 RTSP::FillBuf(): Failed to read from RTSP socket ["));
     const auto lTook = std::chrono::steady_clock::now() - lBegin;
     EXPECT_GE(lTook, std::chrono::milliseconds(990));
-    EXPECT_LT(lTook, std::chrono::seconds(4));
+    EXPECT_LT(lTook, std::chrono::seconds(20));
     mPlayer.Play(lServer.URL(), Time(0));
     EXPECT_EQ(1U, mPlayer.GetTrackCount());
     EXPECT_EQ("", lServer.Failure());
