@@ -99,6 +99,8 @@ TEST_F(PipelineSlow, ModernPausesAndSeeksFromTwoThreads) {
         EXPECT_TRUE(lPipeline.Set(GST_STATE_PLAYING));
     }
     lSeeks.join();
+    // As above: it must not stay so.
+    lPipeline.Watch(kPictures);
     ASSERT_TRUE(lPipeline.Set(GST_STATE_PAUSED));
     ASSERT_TRUE(lPipeline.Resume());
     ExpectAllShown(lPipeline.Watch(kPictures));
