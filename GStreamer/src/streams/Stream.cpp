@@ -235,20 +235,20 @@ void Stream::handle_got_packet() {
     m_controller->stream_controller_status(kOk, m_track);
 }
 
-/// Lets one interval pass. A socket holds less of a fast stream than comes in that time, so it is emptied
-/// now and then.
+/// Sleeps for one interval. A socket holds less of a fast stream than comes in that time, so it is emptied now and
+/// then. A server that sends faster than that is done does not make the interval longer.
 void Stream::rest() {
     using std::chrono::microseconds;
     using std::chrono::steady_clock;
     const auto lEnd = steady_clock::now() + microseconds(kPollInterval);
-    for (microseconds lLeft(kPollInterval); lLeft.count() > 0;) {
+    for (microseconds lLeft(kPollInterval); lLeft.count() > 0 && steady_clock::now() < lEnd;) {
         const auto [lReceived, lMediaWaits] = m_player.TakeIn(m_track);
         // Fewer than last time: it was played or sought again.
         const unsigned int lNew = lReceived < m_received ? lReceived : lReceived - m_received;
         m_received = lReceived;
         const microseconds lSleep = std::min<microseconds>(m_pace.Next(lNew, lMediaWaits), lLeft);
         if (lSleep.count() > 0) { usleep(static_cast<useconds_t>(lSleep.count())); }
-        lLeft = std::chrono::ceil<microseconds>(lEnd - steady_clock::now());
+        lLeft -= lSleep;
     }
 }
 
