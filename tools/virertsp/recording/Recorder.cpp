@@ -164,7 +164,10 @@ bool Recorder::IsOver(bool aTakenIn, Clock::time_point aNow) {
 }
 
 unsigned Recorder::PacketsSinceLast() {
-    const std::uint64_t lPackets = Totals::Of(mPlayer).mPackets;
+    // Frames within a connection may be as large as dozens of datagrams.
+    constexpr std::uint64_t kFullSize = 1400;
+    const Totals lTotals = Totals::Of(mPlayer);
+    const std::uint64_t lPackets = std::max<std::uint64_t>(lTotals.mPackets, lTotals.mBytes / kFullSize);
     const std::uint64_t lMore = lPackets > mLastPackets ? lPackets - mLastPackets : 0;
     mLastPackets = lPackets;
     return static_cast<unsigned>(lMore);
