@@ -8,6 +8,10 @@ bool MediaSession::MediaWaits() const {
     return false;
 }
 
+Time MediaSession::RoundTrip() const {
+    return Time(0);
+}
+
 SInt MediaSession::MediaDescriptor(UInt /*aTrack*/) const {
     return -1;
 }

@@ -122,18 +122,19 @@ Player::Properties PlayerAccess::TrackInfo(unsigned int aTrack) {
     return *lPlayer->GetTrackInfo(aTrack);
 }
 
-std::vector<Player::Reception> PlayerAccess::Receptions() {
+PlayerAccess::Figures PlayerAccess::GetFigures() {
     if (m_playerMutex.try_lock()) {
         const Hold lPlayer(*this, std::adopt_lock);
-        std::vector<Player::Reception> lNow;
+        Figures lNow;
+        lNow.mRoundTrip = lPlayer->RoundTrip();
         for (unsigned int lTrack = 0; lTrack < lPlayer->GetTrackCount(); ++lTrack) {
-            lNow.push_back(lPlayer->GetTrackReception(lTrack));
+            lNow.mTracks.push_back(lPlayer->GetTrackReception(lTrack));
         }
         const Lock lLock(m_pendingMutex);
-        m_receptions.swap(lNow);
+        std::swap(m_figures, lNow);
     }
     const Lock lLock(m_pendingMutex);
-    return m_receptions;
+    return m_figures;
 }
 
 void PlayerAccess::SetUnplayedTracks(std::vector<unsigned int> aTracks) {

@@ -65,8 +65,13 @@ public:
     /// A copy of the track's description, good without the lock.
     Player::Properties TrackInfo(unsigned int aTrack);
 
-    /// Figures of all tracks' reception, without ever waiting: while the player is held, those of the last time.
-    std::vector<Player::Reception> Receptions();
+    /// Those of each track's reception, and of the session.
+    struct Figures {
+        std::vector<Player::Reception> mTracks;
+        Player::Time mRoundTrip;
+    };
+    /// Never waits: while the player is held, these are the figures of the last time.
+    Figures GetFigures();
 
     /// The tracks that no stream plays: what arrives for them is read and dropped along with the others, so
     /// that it does not pile up and their end is noticed.
@@ -95,7 +100,7 @@ private:
     std::unique_ptr<Player::MediaPlayer> m_player VIRE_GUARDED_BY(m_playerMutex);
     std::vector<unsigned int> m_unplayed VIRE_GUARDED_BY(m_playerMutex);
     Mutex m_pendingMutex;  ///< A leaf.
-    std::vector<Player::Reception> m_receptions VIRE_GUARDED_BY(m_pendingMutex);
+    Figures m_figures VIRE_GUARDED_BY(m_pendingMutex);
     Pairs m_pending VIRE_GUARDED_BY(m_pendingMutex);  ///< In the order in which they came.
 };
 

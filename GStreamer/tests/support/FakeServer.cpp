@@ -65,6 +65,7 @@ public:
         const std::lock_guard<std::mutex> lLock(mServer.mMutex);
         return mServer.mReceptions[aTrack];
     }
+    Player::Time RoundTrip() const override { return Player::Time(mServer.mRoundTrip, 1000); }
     Player::SInt MediaDescriptor(Player::UInt /*aTrack*/) const override { return mServer.mDescriptor; }
     bool MediaWaits() const override { return mServer.mMediaWaits; }
     void TakeIn() override {

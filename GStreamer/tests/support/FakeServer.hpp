@@ -55,6 +55,7 @@ public:
 
     /// What is not read waits at the server, from now on.
     void KeepMedia() { mMediaWaits = true; }
+    void SetRoundTrip(unsigned aMilliseconds) { mRoundTrip = aMilliseconds; }
 
     /// Drops the media and the ends that were not taken.
     void Forget();
@@ -105,6 +106,7 @@ private:
     unsigned mPlayersMade = 0;
     std::atomic<int> mDescriptor{-1};
     std::atomic<bool> mMediaWaits{false};
+    std::atomic<unsigned> mRoundTrip{0};
 };
 
 /// For `FakeServer::On`.

@@ -64,6 +64,8 @@ public:
     SInt MediaDescriptor(TrackIdx aIdx) const;
     /// `MediaSession::MediaWaits`; false without a session.
     bool MediaWaits() const { return Session() && Session()->MediaWaits(); }
+    /// `MediaSession::RoundTrip`; 0 without a session.
+    Time RoundTrip() const { return Session() ? Session()->RoundTrip() : Time(0); }
     /// Figures of the track's reception; all zero for a track that is not there.
     Reception GetTrackReception(TrackIdx aIdx) const;
 

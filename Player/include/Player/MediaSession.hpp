@@ -46,6 +46,9 @@ public:
     /// Whether media that is not read waits at the server, as on the RTSP connection. Otherwise a socket holds little
     /// of a fast stream, and the rest is lost.
     virtual bool MediaWaits() const;
+    /// Round trip of the control connection, to the server or a proxy, as the system measures it; 0 while it is
+    /// unknown.
+    virtual Time RoundTrip() const;
 };
 
 }  // namespace Player

@@ -33,9 +33,6 @@ struct Reception {
     /// Play time between the oldest and the newest packet still held in order.
     Time mBufferedTime;
     End mEnd = End::kRunning;
-    /// Round trip of the control connection, to the server or a proxy, as the system measures it; 0 while it is
-    /// unknown.
-    Time mRoundTrip;
 
     /// Packets that the track's samples lack.
     SInt Missing() const { return mPacketsLost + static_cast<SInt>(mPacketsDropped); }

@@ -16,11 +16,12 @@ void RTSP::Configure(const Properties& aConfig) {
 }
 
 Reception RTSP::TrackReception(UInt aTrack) const {
-    if (aTrack >= mTracksAdded) { return Reception(); }
+    return aTrack < mTracksAdded ? mTransport->GetTrackRTPStack(aTrack).GetReception() : Reception();
+}
+
+Time RTSP::RoundTrip() const {
     constexpr UInt kMicroseconds = 1000000;
-    Reception lReception = mTransport->GetTrackRTPStack(aTrack).GetReception();
-    lReception.mRoundTrip = Time(mConnection.RoundTrip(), kMicroseconds);
-    return lReception;
+    return Time(mConnection.RoundTrip(), kMicroseconds);
 }
 
 void RTSP::ThrowRefused(const char* aFunction, const char* aWhat, const Refusal& aRefusal) {

@@ -49,6 +49,7 @@ public:
     SInt MediaDescriptor(UInt aTrack) const override;
     bool MediaWaits() const override { return mMessages.HasFrameReceiver(); }
     Reception TrackReception(UInt aTrack) const override;
+    Time RoundTrip() const override;
 
     // What the transport of interleaved tracks asks of its session.
     bool RecvInterleavedPackets() override { return mMessages.RecvInterleavedPackets(); }
