@@ -42,6 +42,9 @@ void Source::set_config_param(ConfigParamKey aKey, const char* aValue) {
         heed_requests();
     } else if (Settings::has(aKey)) {
         m_settings.set(aKey, aValue);
+        if (kRtpBufferSize == aKey) {
+            m_gathers = nullptr == aValue || '\0' == *aValue || 0 != Player::DecimalToUInt(aValue);
+        }
         give(Settings::library_key(aKey), nullptr == aValue ? "" : aValue);
         if (m_options.profile().keeps_settings()) { give_time_outs(); }
     }

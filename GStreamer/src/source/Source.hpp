@@ -86,7 +86,8 @@ public:
 
     // From the streaming threads. (SourceReports.cpp)
     void stream_controller_status(StreamStatus aStatus, unsigned int aTrack) override;
-    bool stream_controller_waits() const override { return m_options.profile().waits_for_media(); }
+    /// Not where media are gathered: what comes is due in seconds then, and to look for it now and then costs less.
+    bool stream_controller_waits() const override { return !m_gathers && m_options.profile().waits_for_media(); }
     void stream_controller_exception(const Player::Exception& aException, unsigned int aTrack) override;
     void stream_controller_peer_failed(GstFlowReturn aResult, unsigned int aTrack) override;
 
@@ -215,6 +216,7 @@ private:
     Resumption m_resumption;
     bool m_goesToPlaying = false;                ///< The transition was done; the element's state may still be PAUSED.
     bool m_channelChanged = false;               ///< A channel was started while the server was paused: pads flush.
+    std::atomic<bool> m_gathers{true};           ///< Before playing. From any thread.
     std::atomic<bool> m_networkTimedOut{false};  ///< The player is worn out; rebuilt on PAUSED to READY.
     std::atomic<bool> m_peersFailed{false};      ///< Was posted since the start.
     gint64 m_streamStartTime = -1;               ///< In ns, as the next two; -1 is unknown.
